@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/common/Export.h"
+#include "platform/qz/CDevice.h"
+#include "platform/qz/CMultistateMap.h"
+#include "platform/qz/CSingleAlarmConfig.h"
+#include "platform/qz/CValue.h"
+#include "platform/qz/datatype.h"
+#include "platform/tessapi/DataAlarms.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tessapi {
+
+/// Everything that the store knows of one channel.
+struct ChannelRecord {
+    std::uint64_t id{~std::uint64_t{0}};
+    std::uint64_t deviceId{~std::uint64_t{0}};
+    std::string name; ///< for instance "PowerDistribution.Measure.Voltage"
+    qz::datatype type{qz::datatype::unknown};
+    qz::CValue value; ///< invalid while `initialized` is false
+    bool initialized{false};
+    std::int64_t writtenMs{
+        0}; ///< last write, also of an unchanged value: milliseconds since 1970 UTC, 0 for never
+    std::int64_t changedMs{0}; ///< last change of the value, likewise
+    std::string unit;          ///< from the catalogue; empty for states, texts and factors
+    std::string description;   ///< from the catalogue; empty for a name that it does not know
+    qz::CMultistateMap states;
+    qz::tess::CSingleAlarmConfig alarmConfig;
+    std::vector<ActiveAlarm> activeAlarms; ///< most critical first
+};
+
+/// The store at one moment.
+struct StoreSnapshot {
+    std::vector<qz::CDevice> devices;    ///< by identifier
+    std::vector<ChannelRecord> channels; ///< by device, then by identifier
+};
+
+/// One change of the store as a watcher sees it.
+struct ChannelWrite {
+    std::uint64_t channel{~std::uint64_t{0}};
+    qz::CValue value;
+    std::int64_t timeMs{0}; ///< when it was written: milliseconds since 1970 UTC
+};
+
+/// What programs that show the store need beyond the accessors: all of it at once.
+/// Threads: any.
+class VELK_EXPORT StoreBrowser {
+public:
+    virtual ~StoreBrowser();
+
+    /// Devices and channels as they were at one moment: no write is seen half.
+    virtual StoreSnapshot snapshot() = 0;
+
+    /// Calls `callback` on the client thread for every write of any channel of the store, in order, channels
+    /// that come into being later among them. Ended by InBandAccessor::unsubscribe.
+    virtual void subscribeAllChannels(std::function<void(const ChannelWrite&)> callback,
+                                      std::uint64_t* subscription) = 0;
+
+    /// Which store this is, for messages: "sqlite:/var/lib/velk/tess.db", "memory:test".
+    virtual std::string url() const = 0;
+};
+
+} // namespace tessapi

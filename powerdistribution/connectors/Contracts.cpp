@@ -1,0 +1,18 @@
+// The out-of-line destructors of the connector contract: one vtable each, in this library.
+
+#include "powerdistribution/connectors/IConnector.h"
+#include "powerdistribution/connectors/IConnectorFactory.h"
+#include "powerdistribution/connectors/IConnectorListener.h"
+#include "powerdistribution/connectors/IDatabaseManager.h"
+
+namespace velk::powerdistribution::connectors {
+
+IConnector::~IConnector() = default;
+
+IConnectorFactory::~IConnectorFactory() = default;
+
+IConnectorListener::~IConnectorListener() = default;
+
+IDatabaseManager::~IDatabaseManager() = default;
+
+} // namespace velk::powerdistribution::connectors
