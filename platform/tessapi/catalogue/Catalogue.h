@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/common/Export.h"
+#include "platform/tessapi/catalogue/CatalogueEntry.h"
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace tessapi {
+
+/// The types, units, descriptions and state names of the store's channels, by channel name.
+///
+/// The built-in catalogue is catalogue.json of this folder. Files of the same form add names to it or change
+/// what it says:
+///
+///     {
+///       "PowerDistribution.Status.Source": {"states": {"1": "mains", "2": "generator"}},
+///       "Plant.Humidity": {"type": "float32", "unit": "%", "description": "Humidity of the room"}
+///     }
+///
+/// A member that an entry leaves out stays as it was: "type" is needed for a new name alone, "states"
+/// replaces all states. A new "type" without "states" keeps the states as far as their keys fit it. The keys
+/// of "states" are written as values of the type: numbers in decimal, false and true.
+///
+/// Threads: read-only after construction.
+class VELK_EXPORT Catalogue {
+public:
+    using Entries = std::map<std::string, CatalogueEntry, std::less<>>;
+
+    /// The catalogue without any files. Parsed on the first call, under the guard of a static.
+    static const Catalogue& builtin();
+
+    /// The built-in catalogue with the files `catalogue.d/*.json` beside `storeFile` merged over it, in byte
+    /// order of their names. A bad file gives one line "FILE:LINE:COLUMN: reason" on the standard error and
+    /// is skipped as a whole.
+    static Catalogue forStore(const std::filesystem::path& storeFile);
+
+    /// What is known of channels of this name, or null. A channel without entry is a string.
+    /// Lives as long as the catalogue.
+    const CatalogueEntry* find(std::string_view name) const;
+
+    const Entries& entries() const { return known; }
+
+private:
+    Catalogue() = default;
+
+    Entries known;
+};
+
+} // namespace tessapi
