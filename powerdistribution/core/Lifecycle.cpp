@@ -1,0 +1,132 @@
+#include "powerdistribution/core/Lifecycle.h"
+
+#include "powerdistribution/alarms/AlarmProxyWrapperFactory.h"
+#include "powerdistribution/datamodel/powerEquipmentBuilder.h"
+#include "powerdistribution/protocols/ProxyWrapperFactory.h"
+#include "powerdistribution/protocols/WriteReportWrapperFactory.h"
+
+#include <cstdint>
+
+namespace velk::powerdistribution::lifecycle {
+
+namespace {
+
+// The service state as others read it.
+constexpr std::int32_t STARTING = 3;
+constexpr std::int32_t STOPPING = 4;
+constexpr std::int32_t STOPPED = 5;
+constexpr std::int32_t IN_SERVICE = 16;
+
+void publishServiceState(Context& context, std::int32_t state) {
+    context.serviceStateWrapper->write(Value{state});
+    context.dataModelManager->updateServiceState();
+}
+
+std::shared_ptr<protocols::IWrapperFactory> decorate(const Context& context) {
+    std::shared_ptr<protocols::IWrapperFactory> device = context.protocolsManager->wrapperFactory;
+    if (context.onDeviceWrite) {
+        device = std::make_shared<protocols::WriteReportWrapperFactory>(device, context.onDeviceWrite);
+    }
+    return std::make_shared<protocols::ProxyWrapperFactory>(buildAlarmProxyWrapperFactory(device));
+}
+
+/// Notes which device this is; true when the data model was built for another one. A device without Uuid is
+/// always another one.
+bool identify(Context& context) {
+    DeviceIdentifier& known = context.deviceIdentifier;
+    const velk::common::Uuid candidate = handlers::getDeviceUuid(*context.wrapperFactory);
+    bool changed = candidate.isNil() || candidate != known.uuid;
+    known.uuid = candidate;
+    const std::string firmware = handlers::getFirmwareVersion(*context.wrapperFactory);
+    changed = changed || firmware != known.firmwareVersion;
+    known.firmwareVersion = firmware;
+    return changed;
+}
+
+const LifecycleState& begin(Context& context) {
+    publishServiceState(context, STARTING);
+    return DISCOVER;
+}
+
+const LifecycleState& discover(Context& context) {
+    return context.protocolsManager->discover() ? ENUMERATE : DISCOVER;
+}
+
+const LifecycleState& enumerate(Context& context) {
+    if (!context.protocolsManager->enumerate()) {
+        return ENUMERATE;
+    }
+    context.wrapperFactory = decorate(context);
+    return identify(context) ? BUILD : INITIALIZE;
+}
+
+const LifecycleState& build(Context& context) {
+    context.dataModelManager->clear();
+    context.builtFactories.push_back(context.wrapperFactory);
+    const connectors::IConnectorFactory& connectorFactory = context.databaseManager->connectorFactory();
+    const bool built = context.dataModelManager->build(*context.wrapperFactory, connectorFactory,
+                                                       datamodel::powerEquipmentBuilder);
+    return built ? INITIALIZE : BUILD;
+}
+
+const LifecycleState& initialize(Context& context) {
+    if (!context.dataModelManager->initialize()) {
+        return INITIALIZE;
+    }
+    context.databaseManager->sanitize();
+    return START;
+}
+
+const LifecycleState& start(Context& context) {
+    context.dataModelManager->start();
+    publishServiceState(context, IN_SERVICE);
+    return MONITOR;
+}
+
+const LifecycleState& monitor(Context&) {
+    return MONITOR;
+}
+
+const LifecycleState& communicationLost(Context& context) {
+    context.dataModelManager->updateCommunicationState();
+    return WAIT_COMMUNICATION_RECOVERY;
+}
+
+const LifecycleState& waitCommunicationRecovery(Context& context) {
+    if (!context.communicationLost) {
+        return ENUMERATE;
+    }
+    context.dataModelManager->updateCommunicationState();
+    return WAIT_COMMUNICATION_RECOVERY;
+}
+
+const LifecycleState& stop(Context& context) {
+    publishServiceState(context, STOPPING);
+    context.dataModelManager->stop();
+    context.protocolsManager->disconnect();
+    context.dataModelManager->updateCommunicationState();
+    publishServiceState(context, STOPPED);
+    return END;
+}
+
+const LifecycleState& end(Context&) {
+    return END;
+}
+
+} // namespace
+
+// clang-format off
+const LifecycleState BEGIN                      {FsmState::BEGIN,                       begin};                     // DISCOVER
+const LifecycleState DISCOVER                   {FsmState::DISCOVER,                    discover};                  // found: ENUMERATE; not: stay
+const LifecycleState ENUMERATE                  {FsmState::ENUMERATE,                   enumerate};                 // failed: stay; other device: BUILD; same: INITIALIZE
+const LifecycleState BUILD                      {FsmState::BUILD,                       build};                     // built: INITIALIZE; failed: stay
+const LifecycleState INITIALIZE                 {FsmState::INITIALIZE,                  initialize};                // done: START; failed: stay
+const LifecycleState START                      {FsmState::START,                       start};                     // MONITOR
+const LifecycleState MONITOR                    {FsmState::MONITOR,                     monitor};                   // stay
+const LifecycleState COMMUNICATION_LOST         {FsmState::COMMUNICATION_LOST,          communicationLost};         // WAIT_COMMUNICATION_RECOVERY
+const LifecycleState WAIT_COMMUNICATION_RECOVERY{FsmState::WAIT_COMMUNICATION_RECOVERY, waitCommunicationRecovery}; // back: ENUMERATE; not: stay
+const LifecycleState STOP                       {FsmState::STOP,                        stop};                      // END
+const LifecycleState END                        {FsmState::END,                         end};                       // never run
+// clang-format on
+
+} // namespace velk::powerdistribution::lifecycle

@@ -1,0 +1,72 @@
+#include "powerdistribution/core/PowerDistributionManager.h"
+
+#include "powerdistribution/core/Context.h"
+#include "powerdistribution/core/Lifecycle.h"
+#include "powerdistribution/core/StateMachine.h"
+
+#include <iostream>
+
+namespace velk::powerdistribution {
+
+using lifecycle::LifecycleState;
+
+/// The running lifecycle: the context and where the machine stands.
+class PowerDistributionManager::Private : public Context {
+public:
+    void exec(Attributes&& attributes);
+
+private:
+    const LifecycleState* state{&lifecycle::BEGIN};
+};
+
+void PowerDistributionManager::Private::exec(Attributes&& attributes) {
+    onDeviceWrite = std::move(attributes.onDeviceWrite);
+    const Configuration configuration = Configuration::load(attributes.path);
+    protocolsManager = std::make_unique<protocols::ProtocolsManager>(configuration);
+    dataModelManager = std::make_unique<datamodel::DataModelManager>(configuration);
+    dataModelManager->subscribe(*this);
+
+    velk::common::Clock& clock =
+        attributes.clock != nullptr ? *attributes.clock : velk::common::Clock::system();
+    state = &lifecycle::BEGIN;
+    runStateMachine<Context>(*this, state, lifecycle::COMMUNICATION_LOST, lifecycle::STOP, clock);
+
+    dataModelManager->unsubscribe(*this);
+}
+
+PowerDistributionManager::PowerDistributionManager() = default;
+
+PowerDistributionManager::~PowerDistributionManager() = default;
+
+void PowerDistributionManager::exec(Attributes&& attributes) {
+    {
+        const velk::common::MutexLock one{creation};
+        if (owned) {
+            return;
+        }
+        owned = std::make_unique<Private>();
+        published = owned.get();
+    }
+    published.load()->exec(std::move(attributes));
+}
+
+void PowerDistributionManager::exit() {
+    Private* running = published;
+    if (running == nullptr) {
+        return;
+    }
+    std::cout << std::string{"Exit PowerDistributionManager state machine is requested\n"} << std::flush;
+    running->exitRequested = true;
+}
+
+std::uint32_t PowerDistributionManager::operatingStatus() const {
+    const Private* running = published;
+    if (running == nullptr || running->serviceStateWrapper == nullptr) {
+        return 0;
+    }
+    const Value value = running->serviceStateWrapper->read();
+    const auto* state = value.getIf<std::uint32_t>();
+    return state != nullptr ? *state : 0;
+}
+
+} // namespace velk::powerdistribution

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/common/Clock.h"
+#include "platform/common/Export.h"
+#include "platform/common/Mutex.h"
+#include "powerdistribution/core/DeviceWrite.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace velk::powerdistribution {
+
+/// Connects one power device to the store of its machine: the entry class of the library.
+///
+/// Threads: `exec` on a thread of its own, `exit` and `operatingStatus` from any thread. The manager is
+/// destroyed after `exec` has returned.
+class VELK_EXPORT PowerDistributionManager {
+public:
+    /// What a run needs to know.
+    struct Attributes {
+        std::string path; ///< the configuration file, which also tells where the plug-ins are
+        DeviceWriteListener onDeviceWrite; ///< told of each write to the device; empty for nobody
+        velk::common::Clock* clock{
+            nullptr}; ///< what the lifecycle's pauses go by; null for the machine's clock
+    };
+
+    PowerDistributionManager();
+
+    /// Releases everything that `exec` has made, in reverse order.
+    ~PowerDistributionManager();
+    PowerDistributionManager(const PowerDistributionManager&) = delete;
+    PowerDistributionManager& operator=(const PowerDistributionManager&) = delete;
+
+    /// Runs the lifecycle and returns when the device has been let go. A manager runs once in its life: a
+    /// further call returns at once. Exceptions of the store, of plug-ins and of the alarm file pass through.
+    void exec(Attributes&& attributes);
+
+    /// Asks for the end and does not wait for it; `exec` notices within two seconds. Does nothing before
+    /// `exec`.
+    void exit();
+
+    /// The service state: 0 before the first state, 3 starting, 16 in service, 4 stopping, 5 stopped.
+    std::uint32_t operatingStatus() const;
+
+private:
+    class Private;
+
+    velk::common::Mutex creation;
+    std::unique_ptr<Private> owned VELK_GUARDED_BY(creation);
+    std::atomic<Private*> published{nullptr};
+};
+
+} // namespace velk::powerdistribution
