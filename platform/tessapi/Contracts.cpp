@@ -1,0 +1,18 @@
+// The out-of-line destructors of the store's interfaces: one vtable each, in this library.
+
+#include "platform/tessapi/DataAlarms.h"
+#include "platform/tessapi/ITessAccessor.h"
+#include "platform/tessapi/InBandAccessor.h"
+#include "platform/tessapi/StoreBrowser.h"
+
+namespace tessapi {
+
+ITessAccessor::~ITessAccessor() = default;
+
+InBandAccessor::~InBandAccessor() = default;
+
+DataAlarms::~DataAlarms() = default;
+
+StoreBrowser::~StoreBrowser() = default;
+
+} // namespace tessapi
