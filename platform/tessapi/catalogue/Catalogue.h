@@ -21,9 +21,9 @@ namespace tessapi {
 ///       "Plant.Humidity": {"type": "float32", "unit": "%", "description": "Humidity of the room"}
 ///     }
 ///
-/// A member that an entry leaves out stays as it was: "type" is needed for a new name alone, "states"
-/// replaces all states. A new "type" without "states" keeps the states as far as their keys fit it. The keys
-/// of "states" are written as values of the type: numbers in decimal, false and true.
+/// A member that an entry leaves out stays as it was; "type" is needed for a new name only. "states" replaces
+/// all states, and a changed "type" without "states" drops them. The keys of "states" are values of the type:
+/// decimal numbers, "false" and "true", or texts.
 ///
 /// Threads: read-only after construction.
 class VELK_EXPORT Catalogue {
@@ -35,7 +35,7 @@ public:
 
     /// The built-in catalogue with the files `catalogue.d/*.json` beside `storeFile` merged over it, in byte
     /// order of their names. A bad file gives one line "FILE:LINE:COLUMN: reason" on the standard error and
-    /// is skipped as a whole.
+    /// is skipped as a whole; one that cannot be read gives "FILE: reason".
     static Catalogue forStore(const std::filesystem::path& storeFile);
 
     /// What is known of channels of this name, or null. A channel without entry is a string.

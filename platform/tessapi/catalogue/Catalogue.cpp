@@ -1,0 +1,98 @@
+#include "platform/tessapi/catalogue/Catalogue.h"
+
+#include "platform/tessapi/catalogue/BuiltinCatalogue.h"
+#include "platform/tessapi/catalogue/CatalogueReader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <system_error>
+#include <vector>
+
+namespace tessapi {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// One write, so that lines of several threads do not mix.
+void report(const std::string& line) {
+    std::cerr << line + "\n";
+}
+
+bool isCatalogueFile(const fs::path& file) {
+    const std::string name = file.filename().string();
+    return file.extension() == ".json" && name.front() != '.';
+}
+
+std::vector<fs::path> catalogueFiles(const fs::path& folder) {
+    std::vector<fs::path> files;
+    std::error_code error;
+    fs::directory_iterator entry{folder, error};
+    if (error == std::errc::no_such_file_or_directory) {
+        return files;
+    }
+    for (; !error && entry != fs::directory_iterator{}; entry.increment(error)) {
+        if (isCatalogueFile(entry->path())) {
+            files.push_back(entry->path());
+        }
+    }
+    if (error) {
+        report(folder.string() + ": " + error.message());
+    }
+    std::sort(files.begin(), files.end(), [](const fs::path& a, const fs::path& b) {
+        return a.filename().native() < b.filename().native();
+    });
+    return files;
+}
+
+std::string contentOf(const fs::path& file) {
+    errno = 0;
+    std::ifstream stream{file, std::ios::binary};
+    if (stream) {
+        stream.peek(); // a folder opens but cannot be read
+    }
+    if (!stream.good() && !stream.eof()) {
+        throw std::system_error{errno != 0 ? errno : EIO, std::generic_category()};
+    }
+    stream.clear();
+    return {std::istreambuf_iterator<char>{stream}, {}};
+}
+
+} // namespace
+
+const Catalogue& Catalogue::builtin() {
+    static const Catalogue catalogue = [] {
+        Catalogue made;
+        mergeCatalogue(builtinCatalogueText(), made.known);
+        return made;
+    }();
+    return catalogue;
+}
+
+Catalogue Catalogue::forStore(const std::filesystem::path& storeFile) {
+    Catalogue catalogue{builtin()};
+    for (const fs::path& file : catalogueFiles(storeFile.parent_path() / "catalogue.d")) {
+        Entries merged{catalogue.known};
+        try {
+            mergeCatalogue(contentOf(file), merged);
+        } catch (const std::system_error& failure) {
+            report(file.string() + ": " + failure.code().message());
+            continue;
+        } catch (const std::runtime_error& failure) {
+            report(file.string() + ":" + failure.what());
+            continue;
+        }
+        catalogue.known = std::move(merged);
+    }
+    return catalogue;
+}
+
+const CatalogueEntry* Catalogue::find(std::string_view name) const {
+    const auto entry = known.find(name);
+    return entry == known.end() ? nullptr : &entry->second;
+}
+
+} // namespace tessapi
