@@ -87,4 +87,19 @@ private:
     std::unique_ptr<Document> document;
 };
 
+template <>
+VELK_EXPORT bool Deserializer::extractValue<bool>(const Node& node);
+template <>
+VELK_EXPORT std::int32_t Deserializer::extractValue<std::int32_t>(const Node& node);
+template <>
+VELK_EXPORT std::uint32_t Deserializer::extractValue<std::uint32_t>(const Node& node);
+template <>
+VELK_EXPORT std::int64_t Deserializer::extractValue<std::int64_t>(const Node& node);
+template <>
+VELK_EXPORT float Deserializer::extractValue<float>(const Node& node);
+template <>
+VELK_EXPORT double Deserializer::extractValue<double>(const Node& node);
+template <>
+VELK_EXPORT std::string Deserializer::extractValue<std::string>(const Node& node);
+
 } // namespace velk::common::lwjson
