@@ -1,11 +1,11 @@
 #include "platform/common/lwjson/Deserializer.h"
 
+#include "platform/common/lwjson/JsonError.h"
 #include "platform/common/lwjson/JsonSource.h"
 #include "platform/common/lwjson/NodeData.h"
 
 #include <deque>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
 
 namespace velk::common::lwjson {
 
@@ -53,7 +53,7 @@ public:
     bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
                      const nlohmann::detail::exception& failure) override {
         const std::size_t stop = source.isExhausted() ? source.offset() : source.offset() - 1;
-        throw std::runtime_error{atPosition(source.positionOf(stop), reason(failure.what()))};
+        throw JsonError{source.positionOf(stop), reason(failure.what())};
     }
 
 private:
@@ -104,9 +104,8 @@ private:
     bool open(ValueType type) {
         const std::size_t begin = tokenBegin();
         if (open_.size() == Deserializer::MAX_DEPTH) {
-            throw std::runtime_error{
-                atPosition(source.positionOf(begin),
-                           "nested deeper than " + std::to_string(Deserializer::MAX_DEPTH) + " levels")};
+            throw JsonError{source.positionOf(begin),
+                            "nested deeper than " + std::to_string(Deserializer::MAX_DEPTH) + " levels"};
         }
         Node::Data& node = add(type, begin);
         open_.push_back({&node, begin});
@@ -138,7 +137,7 @@ Deserializer::Deserializer(std::string_view json) : document{std::make_unique<Do
     Json::sax_parse(source.begin(), source.end(), &builder);
     // The parser takes a NUL byte for the end of its input.
     if (const std::size_t nul = json.find('\0'); nul != std::string_view::npos) {
-        throw std::runtime_error{atPosition(source.positionOf(nul), "unexpected NUL byte")};
+        throw JsonError{source.positionOf(nul), "unexpected NUL byte"};
     }
 }
 

@@ -43,8 +43,8 @@ public:
     /// The first member of this name, or null. The result lives as long as the `Deserializer`.
     const Node* findMember(std::string_view memberName) const;
 
-    /// Typed extraction; throws std::runtime_error that names the value, its position and what was expected
-    /// when the value is of another kind or out of range.
+    /// Typed extraction; throws JsonError (a std::runtime_error) that names the value, its position and what
+    /// was expected when the value is of another kind or out of range.
     bool asBool() const;
     std::int32_t asInt32() const;
     std::uint32_t asUint32() const;
@@ -64,7 +64,7 @@ public:
     /// Nesting beyond this depth is refused, so that hostile text cannot exhaust the stack.
     static constexpr std::size_t MAX_DEPTH = 64;
 
-    /// Parses the whole text. Empty, malformed or trailing text throws std::runtime_error with line and
+    /// Parses the whole text. Empty, malformed or trailing text throws JsonError with line and
     /// column.
     explicit Deserializer(std::string_view json);
     ~Deserializer();

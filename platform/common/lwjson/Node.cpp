@@ -1,8 +1,8 @@
+#include "platform/common/lwjson/JsonError.h"
 #include "platform/common/lwjson/NodeData.h"
 
 #include <algorithm>
 #include <charconv>
-#include <stdexcept>
 
 namespace velk::common::lwjson {
 
@@ -23,8 +23,7 @@ std::string description(const Node& node) {
 
 [[noreturn]] void refuse(const Node& node, const std::string& expected) {
     const std::string subject = node.name().empty() ? "value" : "\"" + node.name() + "\"";
-    throw std::runtime_error{
-        atPosition(node.position(), subject + " is " + description(node) + ", expected " + expected)};
+    throw JsonError{node.position(), subject + " is " + description(node) + ", expected " + expected};
 }
 
 void require(bool fits, const Node& node, const std::string& expected) {
@@ -57,11 +56,6 @@ T number(const Node& node, const std::string& expected) {
 }
 
 } // namespace
-
-std::string atPosition(const Position& position, const std::string& message) {
-    return "line " + std::to_string(position.line) + ", column " + std::to_string(position.column) + ": " +
-           message;
-}
 
 const std::string& Node::name() const {
     return data->name;

@@ -16,7 +16,4 @@ struct Node::Data {
     std::vector<Node> children;
 };
 
-/// "line 3, column 7: " and what follows it: the form of every message of this reader.
-std::string atPosition(const Position& position, const std::string& message);
-
 } // namespace velk::common::lwjson

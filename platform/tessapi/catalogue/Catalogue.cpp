@@ -1,5 +1,6 @@
 #include "platform/tessapi/catalogue/Catalogue.h"
 
+#include "platform/common/lwjson/JsonError.h"
 #include "platform/tessapi/catalogue/BuiltinCatalogue.h"
 #include "platform/tessapi/catalogue/CatalogueReader.h"
 
@@ -81,8 +82,10 @@ Catalogue Catalogue::forStore(const std::filesystem::path& storeFile) {
         } catch (const std::system_error& failure) {
             report(file.string() + ": " + failure.code().message());
             continue;
-        } catch (const std::runtime_error& failure) {
-            report(file.string() + ":" + failure.what());
+        } catch (const velk::common::lwjson::JsonError& failure) {
+            const auto [line, column] = failure.position();
+            report(file.string() + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " +
+                   failure.reason());
             continue;
         }
         catalogue.known = std::move(merged);

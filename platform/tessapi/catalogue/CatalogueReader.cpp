@@ -1,24 +1,22 @@
 #include "platform/tessapi/catalogue/CatalogueReader.h"
 
 #include "platform/common/lwjson/Deserializer.h"
+#include "platform/common/lwjson/JsonError.h"
 
-#include <algorithm>
 #include <charconv>
 #include <optional>
 #include <set>
-#include <stdexcept>
 
 namespace tessapi {
 
 namespace {
 
+using velk::common::lwjson::JsonError;
 using velk::common::lwjson::Node;
 using velk::common::lwjson::ValueType;
 
 [[noreturn]] void fail(const Node& node, const std::string& reason) {
-    const auto position = node.position();
-    throw std::runtime_error{std::to_string(position.line) + ":" + std::to_string(position.column) + ": " +
-                             reason};
+    throw JsonError{node.position(), reason};
 }
 
 const std::string& textOf(const Node& node) {

@@ -6,8 +6,8 @@
 
 namespace tessapi {
 
-/// Merges a catalogue's text into `entries`. Throws std::runtime_error "LINE:COLUMN: reason" for text that is
-/// none; `entries` may hold a part of it then.
+/// Merges a catalogue's text into `entries`. Throws velk::common::lwjson::JsonError for text that is none;
+/// `entries` may hold a part of it then.
 void mergeCatalogue(std::string_view json, Catalogue::Entries& entries);
 
 } // namespace tessapi
