@@ -25,7 +25,7 @@ public:
     template <typename T, typename = std::enable_if_t<IS_ALTERNATIVE<std::decay_t<T>>>>
     TValue(T&& alternative) // NOLINT(google-explicit-constructor, bugprone-forwarding-reference-overload)
         :
-        held{Variant{std::in_place_type<std::decay_t<T>>, std::forward<T>(alternative)}} {}
+        held{std::in_place, std::in_place_type<std::decay_t<T>>, std::forward<T>(alternative)} {}
 
     bool hasValue() const { return held.has_value(); }
     void reset() { held.reset(); }
