@@ -1,0 +1,75 @@
+#include "cli/Communication.h"
+
+#include "cli/ValueText.h"
+
+namespace velk::cli {
+
+namespace {
+
+constexpr std::uint32_t CONNECTED = 2;
+constexpr std::uint32_t LOST = 3;
+
+std::string stateText(const tessapi::ChannelRecord& channel) {
+    if (!channel.value.isValid()) {
+        return "unknown";
+    }
+    if (const std::optional<std::string> label = labelOf(channel.value, channel)) {
+        return *label;
+    }
+    const double number = channel.value.asNumber().value_or(0.0);
+    return number == CONNECTED ? "connected" : number == LOST ? "lost" : "unknown";
+}
+
+} // namespace
+
+std::optional<Connection> Communication::stated(std::uint64_t deviceId) const {
+    const Point* state = view.pointOf(deviceId, "CommunicationStatus.State");
+    if (state == nullptr || state->channel == nullptr) {
+        return std::nullopt;
+    }
+    Connection connection;
+    connection.good = state->channel->value.asNumber().value_or(0.0) == CONNECTED;
+    connection.state = stateText(*state->channel);
+    connection.toldMs = state->channel->changedMs;
+    connection.sinceMs = connection.toldMs;
+    const Point* since = view.pointOf(deviceId, "CommunicationStatus.Since");
+    if (since != nullptr && since->channel != nullptr && since->channel->value.isValid()) {
+        connection.sinceMs = static_cast<std::int64_t>(since->channel->value.asNumber().value_or(0.0)) * 1000;
+    }
+    return connection;
+}
+
+Connection Communication::ofBranch(std::uint64_t deviceId) const {
+    std::optional<Connection> nearestGood;
+    const StoreView::Branch* branch = view.branch(deviceId);
+    while (branch != nullptr && branch->equipment) {
+        const std::optional<Connection> here = stated(branch->device->id);
+        if (here && !here->good) {
+            return *here;
+        }
+        if (!nearestGood && here) {
+            nearestGood = here;
+        }
+        branch = view.branch(branch->device->parentId);
+    }
+    // Nothing stated on the whole way: nobody has heard of the device.
+    return nearestGood.value_or(Connection{});
+}
+
+Connection Communication::of(const Point& point) const {
+    const StoreView::Branch* branch = view.branch(point.deviceId);
+    if (branch == nullptr || !branch->equipment || point.name.starts_with("CommunicationStatus.")) {
+        return Connection{true, "connected", 0, 0};
+    }
+    return ofBranch(point.deviceId);
+}
+
+bool Communication::isUnconfirmed(const Point& point) const {
+    if (!point.isSetting() || point.channel == nullptr) {
+        return false;
+    }
+    const Connection connection = of(point);
+    return !connection.good && point.channel->changedMs > connection.toldMs;
+}
+
+} // namespace velk::cli

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "cli/StoreView.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace velk::cli {
+
+/// Whether the device behind a point can be reached, as the store says.
+struct Connection {
+    bool good{false};
+    std::string state{"unknown"}; ///< for people: "connected", "lost", "unknown"
+    std::int64_t sinceMs{0};      ///< 0 when nobody has said
+    std::int64_t toldMs{0};       ///< when the store was told of the present state; 0 for never
+};
+
+/// Tells which values of a store are fresh and which are only the last known.
+///
+/// An unchanged value is not written again, so its age says nothing: what counts is whether the communication
+/// with the device is good, and with every part between the device and the point that has a communication
+/// state of its own, such as the power bank. What the programs of this machine say of themselves is always
+/// fresh: the service state, the communication states, the host's addresses.
+class Communication {
+public:
+    /// `view` must outlive this object.
+    explicit Communication(const StoreView& view) : view{view} {}
+
+    /// With the device itself.
+    Connection device() const { return ofBranch(StoreView::POWER_DISTRIBUTION); }
+
+    /// With the device or part behind `point`: the worst on the way to it.
+    Connection of(const Point& point) const;
+
+    bool isFresh(const Point& point) const { return of(point).good; }
+
+    /// A setting that somebody asked for while the device could not be reached: the device may not have it.
+    bool isUnconfirmed(const Point& point) const;
+
+private:
+    Connection ofBranch(std::uint64_t deviceId) const;
+    std::optional<Connection> stated(std::uint64_t deviceId) const;
+
+    const StoreView& view;
+};
+
+} // namespace velk::cli

@@ -1,0 +1,53 @@
+#include "cli/JournalEntry.h"
+
+#include <nlohmann/json.hpp>
+
+namespace velk::cli {
+
+namespace {
+
+using Json = nlohmann::json;
+
+std::optional<JournalEntry> entryOf(const Json& json) {
+    try {
+        JournalEntry entry;
+        entry.sequence = json.at("sequence").get<std::uint64_t>();
+        entry.device = json.at("device").get<std::string>();
+        entry.channel = json.at("channel").get<std::string>();
+        entry.asked = json.at("asked").get<std::string>();
+        entry.accepted = json.at("accepted").get<bool>();
+        if (const Json& error = json.at("error"); !error.is_null()) {
+            entry.error = error.get<std::string>();
+        }
+        entry.time = json.at("time").get<std::string>();
+        return entry;
+    } catch (const Json::exception&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+velk::common::Uuid JournalEntry::deviceUuid() {
+    return velk::common::Uuid{velk::common::Uuid::VELK_NAMESPACE, "Daemon"};
+}
+
+std::optional<JournalEntry> JournalEntry::parse(std::string_view text) {
+    return entryOf(Json::parse(text, nullptr, false));
+}
+
+std::vector<JournalEntry> JournalEntry::parseAll(std::string_view text) {
+    std::vector<JournalEntry> entries;
+    const Json array = Json::parse(text, nullptr, false);
+    if (!array.is_array()) {
+        return entries;
+    }
+    for (const Json& element : array) {
+        if (const std::optional<JournalEntry> entry = entryOf(element)) {
+            entries.push_back(*entry);
+        }
+    }
+    return entries;
+}
+
+} // namespace velk::cli

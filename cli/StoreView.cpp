@@ -1,0 +1,206 @@
+#include "cli/StoreView.h"
+
+#include "cli/EditDistance.h"
+#include "cli/Failure.h"
+#include "cli/JournalEntry.h"
+#include "platform/tessapi/DeviceAttribute.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace velk::cli {
+
+namespace {
+
+constexpr std::uint64_t ROOT = 1;
+constexpr std::string_view CHANNEL_PREFIX = "PowerDistribution.";
+constexpr auto PATH_ATTRIBUTE = static_cast<std::size_t>(tessapi::DeviceAttribute::path);
+
+struct AttributeName {
+    tessapi::DeviceAttribute attribute;
+    const char* name;
+};
+
+constexpr auto attributeNames = std::to_array<AttributeName>({
+    {tessapi::DeviceAttribute::productName, "Attribute.ProductName"},
+    {tessapi::DeviceAttribute::model, "Attribute.Model"},
+    {tessapi::DeviceAttribute::friendlyName, "Attribute.FriendlyName"},
+    {tessapi::DeviceAttribute::serialNumber, "Attribute.SerialNumber"},
+    {tessapi::DeviceAttribute::vendor, "Attribute.Vendor"},
+    {tessapi::DeviceAttribute::physicalName, "Attribute.PhysicalName"},
+    {tessapi::DeviceAttribute::location, "Attribute.Location"},
+    {tessapi::DeviceAttribute::hardwareVersion, "Attribute.HardwareVersion"},
+    {tessapi::DeviceAttribute::firmwareVersion, "Attribute.FirmwareVersion"},
+});
+
+std::string pathOf(const qz::CDevice& device) {
+    if (device.id == ROOT || device.id == StoreView::POWER_DISTRIBUTION) {
+        return "";
+    }
+    const std::string& path = device.attributes.at(PATH_ATTRIBUTE);
+    return path.empty() ? "#" + std::to_string(device.id) : path;
+}
+
+std::string titleOf(const qz::CDevice& device) {
+    if (device.id == ROOT) {
+        return "Store";
+    }
+    return device.id == StoreView::POWER_DISTRIBUTION ? "PowerDistribution" : pathOf(device);
+}
+
+std::string shortName(const std::string& channelName, const std::string& devicePath) {
+    if (channelName.starts_with(CHANNEL_PREFIX)) {
+        return channelName.substr(CHANNEL_PREFIX.size());
+    }
+    const std::string own = devicePath + ".";
+    return channelName.starts_with(own) ? channelName.substr(own.size()) : channelName;
+}
+
+bool isBelow(std::string_view path, const std::string& wanted) {
+    return !wanted.empty() && path.starts_with(wanted + ".");
+}
+
+std::string join(const std::string& devicePath, const std::string& name) {
+    return devicePath.empty() ? name : devicePath + "." + name;
+}
+
+} // namespace
+
+StoreView::StoreView(tessapi::StoreSnapshot snapshot) : taken{std::move(snapshot)} {
+    for (const qz::CDevice& device : taken.devices) {
+        children[device.parentId].push_back(&device);
+    }
+    for (const tessapi::ChannelRecord& channel : taken.channels) {
+        channels[channel.deviceId].push_back(&channel);
+    }
+    grow(0, 0, false);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        byPath.try_emplace(all[i].path, i);
+        if (all[i].channel != nullptr) {
+            byChannel.try_emplace(all[i].channel->id, i);
+        }
+    }
+}
+
+void StoreView::grow(std::uint64_t parentId, unsigned int depth, bool equipment) {
+    const auto found = children.find(parentId);
+    if (found == children.end()) {
+        return;
+    }
+    for (const qz::CDevice* device : found->second) {
+        Branch branch;
+        branch.device = device;
+        branch.path = pathOf(*device);
+        branch.title = titleOf(*device);
+        branch.depth = depth;
+        branch.equipment = equipment || device->id == POWER_DISTRIBUTION;
+        branch.hidden = device->uuid == JournalEntry::deviceUuid();
+        addPoints(branch);
+        byDevice.try_emplace(device->id, tree.size());
+        tree.push_back(branch);
+        grow(device->id, depth + 1, branch.equipment);
+    }
+}
+
+void StoreView::addPoints(Branch& branch) {
+    branch.firstPoint = all.size();
+    if (branch.equipment) {
+        for (const AttributeName& row : attributeNames) {
+            const std::string& text = branch.device->attributes.at(static_cast<std::size_t>(row.attribute));
+            if (!text.empty()) {
+                all.push_back(
+                    {join(branch.path, row.name), branch.path, row.name, branch.device->id, nullptr, text});
+            }
+        }
+    }
+    for (const tessapi::ChannelRecord* channel : channels[branch.device->id]) {
+        const std::string name = shortName(channel->name, branch.path);
+        all.push_back({join(branch.path, name), branch.path, name, branch.device->id, channel, ""});
+    }
+    std::sort(all.begin() + static_cast<std::ptrdiff_t>(branch.firstPoint), all.end(),
+              [](const Point& a, const Point& b) { return a.name < b.name; });
+    branch.pointCount = all.size() - branch.firstPoint;
+}
+
+const StoreView::Branch* StoreView::branch(std::uint64_t deviceId) const {
+    const auto found = byDevice.find(deviceId);
+    return found == byDevice.end() ? nullptr : &tree[found->second];
+}
+
+const Point* StoreView::find(std::string_view path) const {
+    const auto found = byPath.find(std::string{path});
+    return found == byPath.end() ? nullptr : &all[found->second];
+}
+
+const Point* StoreView::pointOf(std::uint64_t channel) const {
+    const auto found = byChannel.find(channel);
+    return found == byChannel.end() ? nullptr : &all[found->second];
+}
+
+const Point* StoreView::pointOf(std::uint64_t deviceId, std::string_view name) const {
+    const Branch* owner = branch(deviceId);
+    return owner == nullptr ? nullptr : find(join(owner->path, std::string{name}));
+}
+
+std::vector<const Point*> StoreView::select(const std::string& wanted) const {
+    if (const Point* exact = find(wanted)) {
+        return {exact};
+    }
+    const PathPattern pattern{wanted};
+    std::vector<const Point*> chosen;
+    for (const Branch& owner : tree) {
+        if (owner.hidden && !wanted.starts_with(owner.title)) {
+            continue;
+        }
+        for (std::size_t i = owner.firstPoint; i < owner.firstPoint + owner.pointCount; ++i) {
+            if (pattern.isGlob() ? pattern.matches(all[i].path) : isBelow(all[i].path, wanted)) {
+                chosen.push_back(&all[i]);
+            }
+        }
+    }
+    if (chosen.empty()) {
+        failNoSuchPath(wanted, paths());
+    }
+    return chosen;
+}
+
+const Point& StoreView::require(const std::string& path) const {
+    if (const Point* point = find(path)) {
+        return *point;
+    }
+    failNoSuchPath(path, paths());
+}
+
+const StoreView::Branch& StoreView::requireBranch(const std::string& path) const {
+    const std::string place = path == "." || path == "PowerDistribution" ? std::string{} : path;
+    std::vector<std::string> candidates;
+    for (const Branch& candidate : tree) {
+        if (candidate.equipment && candidate.path == place) {
+            return candidate;
+        }
+        if (candidate.equipment) {
+            candidates.push_back(candidate.title);
+        }
+    }
+    failNoSuchPath(path, candidates);
+}
+
+std::vector<std::string> StoreView::paths() const {
+    std::vector<std::string> candidates;
+    for (const Point& point : all) {
+        candidates.push_back(point.path);
+    }
+    return candidates;
+}
+
+void StoreView::failNoSuchPath(const std::string& wanted, const std::vector<std::string>& candidates) {
+    if (PathPattern{wanted}.isGlob()) {
+        throw Failure{ExitCode::NoSuchPath, "nothing in the store matches \"" + wanted + "\""};
+    }
+    const std::string near = nearest(wanted, candidates);
+    const std::string hint = near.empty() ? std::string{} : "; did you mean \"" + near + "\"?";
+    throw Failure{ExitCode::NoSuchPath, "no such path: \"" + wanted + "\"" + hint};
+}
+
+} // namespace velk::cli

@@ -1,0 +1,72 @@
+#include "cli/TimeText.h"
+
+#include <array>
+#include <cstdio>
+#include <ctime>
+
+namespace velk::cli {
+
+namespace {
+
+std::int64_t wholeSeconds(std::int64_t ms) {
+    return ms >= 0 ? ms / 1000 : (ms - 999) / 1000;
+}
+
+std::string withMillis(const char* format, const std::tm& time, std::int64_t ms, const char* tail) {
+    std::array<char, 40> text{};
+    const std::size_t length = std::strftime(text.data(), text.size(), format, &time);
+    const auto millis = static_cast<unsigned int>(ms - wholeSeconds(ms) * 1000);
+    std::array<char, 8> fraction{};
+    std::snprintf(fraction.data(), fraction.size(), ".%03u", millis % 1000);
+    return std::string{text.data(), length} + fraction.data() + tail;
+}
+
+std::tm local(std::int64_t ms) {
+    const auto seconds = static_cast<std::time_t>(wholeSeconds(ms));
+    std::tm time{};
+    localtime_r(&seconds, &time);
+    return time;
+}
+
+} // namespace
+
+std::string utcText(std::int64_t ms) {
+    const auto seconds = static_cast<std::time_t>(wholeSeconds(ms));
+    std::tm time{};
+    gmtime_r(&seconds, &time);
+    return withMillis("%Y-%m-%dT%H:%M:%S", time, ms, "Z");
+}
+
+std::string localText(std::int64_t ms) {
+    const std::tm time = local(ms);
+    std::array<char, 40> text{};
+    const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &time);
+    return {text.data(), length};
+}
+
+std::string localClockText(std::int64_t ms) {
+    return withMillis("%H:%M:%S", local(ms), ms, "");
+}
+
+std::string ageText(std::int64_t ms, std::int64_t nowMs) {
+    const std::int64_t seconds = (nowMs - ms) / 1000;
+    if (seconds < 2) {
+        return "just now";
+    }
+    if (seconds < 120) {
+        return std::to_string(seconds) + " s ago";
+    }
+    if (seconds < 120 * 60) {
+        return std::to_string(seconds / 60) + " min ago";
+    }
+    if (seconds < 48 * 3600) {
+        return std::to_string(seconds / 3600) + " h ago";
+    }
+    return std::to_string(seconds / 86400) + " d ago";
+}
+
+std::string timeAndAge(std::int64_t ms, std::int64_t nowMs) {
+    return ms == 0 ? "never" : localText(ms) + " (" + ageText(ms, nowMs) + ")";
+}
+
+} // namespace velk::cli

@@ -1,0 +1,95 @@
+#include "cli/CommandLine.h"
+#include "cli/Failure.h"
+#include "platform/tessapi/TessAccessor.h"
+
+#include <boost/system/system_error.hpp>
+
+#include <chrono>
+#include <csignal>
+#include <iostream>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace {
+
+using velk::cli::CommandLine;
+using velk::cli::ExitCode;
+using velk::cli::Failure;
+using velk::cli::Session;
+using velk::cli::Style;
+
+/// Keeps the signals that end programs from the threads that are started meanwhile, so that they come to the
+/// main thread.
+class SignalsForMainThread {
+public:
+    SignalsForMainThread() {
+        sigset_t signals;
+        sigemptyset(&signals);
+        sigaddset(&signals, SIGINT);
+        sigaddset(&signals, SIGTERM);
+        pthread_sigmask(SIG_BLOCK, &signals, &before);
+    }
+    ~SignalsForMainThread() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+    SignalsForMainThread(const SignalsForMainThread&) = delete;
+    SignalsForMainThread& operator=(const SignalsForMainThread&) = delete;
+
+private:
+    sigset_t before{};
+};
+
+std::int64_t nowMs() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+std::unique_ptr<tessapi::TessAccessor> openStore(const CommandLine& line) {
+    const bool named = !line.store.empty();
+    const std::string url = named ? line.store : tessapi::TessAccessor::defaultUrl();
+    const SignalsForMainThread signals;
+    try {
+        return tessapi::TessAccessor::open("tess", url, false);
+    } catch (const std::invalid_argument& failure) {
+        throw Failure{named ? ExitCode::Usage : ExitCode::BadConfiguration, failure.what()};
+    }
+}
+
+ExitCode runCommand(const CommandLine& line) {
+    const auto store = openStore(line);
+    Session session{*store,
+                    std::cin,
+                    std::cout,
+                    std::cerr,
+                    velk::common::Clock::system(),
+                    line.json,
+                    isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1,
+                    Style::forFile(STDOUT_FILENO),
+                    nowMs};
+    return line.run(session);
+}
+
+ExitCode runReporting(const CommandLine& line) {
+    try {
+        return runCommand(line);
+    } catch (const Failure& failure) {
+        std::cerr << "tess: " << failure.what() << "\n";
+        return failure.exitCode();
+    } catch (const boost::system::system_error& failure) {
+        std::cerr << "tess: " << failure.what() << "\n";
+        return ExitCode::StoreUnreachable;
+    } catch (const std::exception& failure) {
+        std::cerr << "tess: " << failure.what() << "\n";
+        return ExitCode::Failed;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CommandLine line;
+    if (const auto ended = line.parse(argc, argv)) {
+        return static_cast<int>(*ended);
+    }
+    const ExitCode code = runReporting(line);
+    std::cout.flush();
+    return static_cast<int>(std::cout.good() ? code : ExitCode::Failed);
+}
