@@ -4,6 +4,7 @@
 #include "powerdistribution/connectors/IConnectorFactory.h"
 #include "powerdistribution/connectors/IConnectorListener.h"
 #include "powerdistribution/connectors/IDatabaseManager.h"
+#include "powerdistribution/connectors/ITessConnector.h"
 
 namespace velk::powerdistribution::connectors {
 
@@ -14,5 +15,7 @@ IConnectorFactory::~IConnectorFactory() = default;
 IConnectorListener::~IConnectorListener() = default;
 
 IDatabaseManager::~IDatabaseManager() = default;
+
+ITessConnector::~ITessConnector() = default;
 
 } // namespace velk::powerdistribution::connectors
