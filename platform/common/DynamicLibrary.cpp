@@ -44,14 +44,18 @@ bool isPluginName(const std::string& name) {
     return fs::path{name}.extension() == ".so";
 }
 
+bool isFolder(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
+
 /// The plug-ins of a folder, in byte order of their names. A folder that is not there has none.
 std::vector<fs::path> pluginsIn(const fs::path& folder) {
     std::vector<fs::path> files;
     std::error_code failure;
     fs::directory_iterator entries{folder, failure};
     for (; !failure && entries != fs::directory_iterator{}; entries.increment(failure)) {
-        std::error_code ignored;
-        if (isPluginName(entries->path().filename()) && !entries->is_directory(ignored)) {
+        if (isPluginName(entries->path().filename()) && !isFolder(entries->path())) {
             files.push_back(entries->path());
         }
     }
@@ -69,30 +73,45 @@ fs::path folderOf(const fs::path& file) {
     return file.has_parent_path() ? file.parent_path() : fs::path{"."};
 }
 
-/// What the file's member "protocolLibraries" names, or nothing if the file has no such list. A file that
-/// cannot be read counts as one without: its failure is reported where the configuration is loaded.
-std::optional<std::vector<fs::path>> listedPlaces(const fs::path& file) {
+std::string textOf(const fs::path& file) {
     std::ifstream stream{file};
     std::ostringstream text;
     text << stream.rdbuf();
+    return text.str();
+}
+
+std::vector<fs::path> placesIn(const lwjson::Node& list, const fs::path& file) {
     std::vector<fs::path> places;
-    try {
-        const lwjson::Deserializer json{text.str()};
-        const lwjson::Node* const list = json.findMember("protocolLibraries");
-        if (list == nullptr || list->getValueType() != lwjson::ValueType::Array) {
-            return std::nullopt;
-        }
-        for (const lwjson::Node& place : list->members()) {
+    for (const lwjson::Node& place : list.members()) {
+        try {
             places.push_back(folderOf(file) / place.asString());
+        } catch (const std::runtime_error& failure) {
+            report("Failed to read \"protocolLibraries\" of " + file.string(), failure.what());
         }
-    } catch (const std::runtime_error&) {
-        return std::nullopt;
     }
     return places;
 }
 
+/// What the file's member "protocolLibraries" names, or nothing if the file has no such list. A file that
+/// cannot be read counts as one without: its failure is reported where the configuration is loaded.
+std::optional<std::vector<fs::path>> listedPlaces(const fs::path& file) {
+    try {
+        const lwjson::Deserializer json{textOf(file)};
+        const lwjson::Node* const list = json.findMember("protocolLibraries");
+        if (list != nullptr && list->getValueType() == lwjson::ValueType::Array) {
+            return placesIn(*list, file);
+        }
+        if (list != nullptr) {
+            report("Failed to read \"protocolLibraries\" of " + file.string(), "expected an array");
+        }
+    } catch (const std::runtime_error&) {
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
 std::vector<fs::path> pluginFiles(const fs::path& path) {
-    if (fs::is_directory(path)) {
+    if (isFolder(path)) {
         return pluginsIn(path);
     }
     const auto places = listedPlaces(path);
@@ -101,7 +120,7 @@ std::vector<fs::path> pluginFiles(const fs::path& path) {
     }
     std::vector<fs::path> files;
     for (const fs::path& place : *places) {
-        if (fs::is_directory(place)) {
+        if (isFolder(place)) {
             const auto inside = pluginsIn(place);
             files.insert(files.end(), inside.begin(), inside.end());
         } else {

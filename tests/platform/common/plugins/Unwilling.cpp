@@ -1,0 +1,5 @@
+#include "EntryObject.h"
+
+VELK_TEST_ENTRY IProtocolLibrary* velkProtocolLibrary(const char* /*configurationPath*/) {
+    return nullptr;
+}

@@ -1,0 +1,5 @@
+#include "EntryObject.h"
+
+VELK_TEST_ENTRY int velkSomethingElse() {
+    return 1;
+}
