@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/tessapi/StoreBrowser.h"
+#include "platform/tessapi/client/Dispatcher.h"
+#include "platform/tessapi/engine/Engine.h"
+
+namespace tessapi {
+
+/// A store as an engine has it, for programs that show it.
+/// Threads: any.
+class BrowserClient final : public StoreBrowser {
+public:
+    /// Both outlive the object.
+    BrowserClient(Engine& opened, Dispatcher& client) : engine{opened}, dispatcher{client} {}
+
+    StoreSnapshot snapshot() override;
+    void subscribeAllChannels(std::function<void(const ChannelWrite&)> callback,
+                              std::uint64_t* subscription) override;
+    std::string url() const override;
+
+private:
+    Engine& engine;
+    Dispatcher& dispatcher;
+};
+
+} // namespace tessapi

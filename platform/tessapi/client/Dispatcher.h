@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/common/Mutex.h"
+#include "platform/tessapi/client/Subscription.h"
+#include "platform/tessapi/engine/Engine.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tessapi {
+
+/// The client thread of one accessor: it follows the store's change log and makes the calls that the
+/// subscriptions want, in the order of the changes, holding no lock. It sleeps without looking at the store
+/// while there is no subscription.
+///
+/// Threads: any. The last release must not happen in a callback.
+class Dispatcher {
+public:
+    using Maker = std::function<std::unique_ptr<Subscription>(const Engine::Start&)>;
+
+    /// `name` is the program's name, for messages.
+    Dispatcher(std::string name, std::shared_ptr<Engine> opened);
+    /// Waits for a call that is running.
+    ~Dispatcher();
+    Dispatcher(const Dispatcher&) = delete;
+    Dispatcher& operator=(const Dispatcher&) = delete;
+
+    /// Adds what `make` makes for the present state of the store and of `channels`; its identifier, never 0,
+    /// is written to `*subscription` before its first call, unless that is null.
+    void subscribe(const std::vector<std::uint64_t>& channels, const Maker& make, std::uint64_t* subscription)
+        VELK_EXCLUDES(mutex);
+
+    /// Returns at once; nothing happens for an unknown identifier.
+    void unsubscribe(std::uint64_t subscription) VELK_EXCLUDES(mutex);
+
+private:
+    using Subscriptions = std::map<std::uint64_t, std::shared_ptr<Subscription>>;
+
+    void run() VELK_EXCLUDES(mutex);
+    /// False when the thread is to end.
+    bool waitForSubscriptions() VELK_EXCLUDES(mutex);
+    /// Makes the calls for the changes that there are; gives whether there were some.
+    bool followLog() VELK_EXCLUDES(mutex);
+    bool tryToFollow() VELK_EXCLUDES(mutex);
+    void deliver(const Change& change) VELK_EXCLUDES(mutex);
+    void call(Subscription& subscription, const Change& change) VELK_EXCLUDES(mutex);
+    bool isStopping() VELK_EXCLUDES(mutex);
+    void report(const std::string& text) const;
+
+    const std::string program;
+    const std::shared_ptr<Engine> engine;
+    bool failing{false}; // of the client thread
+    velk::common::Mutex mutex;
+    std::condition_variable_any condition;
+    bool stopping VELK_GUARDED_BY(mutex){false};
+    std::uint64_t lastId VELK_GUARDED_BY(mutex){0};
+    std::int64_t position VELK_GUARDED_BY(mutex){0}; ///< the newest change that was dealt with
+    Subscriptions subscriptions VELK_GUARDED_BY(mutex);
+    std::thread thread;
+};
+
+} // namespace tessapi

@@ -1,0 +1,124 @@
+#include "platform/tessapi/engine/ChannelTable.h"
+
+namespace tessapi {
+
+namespace {
+
+constexpr std::uint64_t UNKNOWN = ~std::uint64_t{0};
+
+} // namespace
+
+ChannelTable::ChannelTable(Database& owner) :
+    database{owner}, //
+    idByName{owner, "SELECT id FROM channel WHERE device = ? AND name = ?"},
+    one{owner, "SELECT id, device, name, type, value, written_ms, changed_ms, triggers FROM channel"
+               " WHERE id = ?"},
+    every{owner, "SELECT id, device, name, type, value, written_ms, changed_ms, triggers FROM channel"
+                 " ORDER BY device, id"},
+    ids{owner, "SELECT id FROM channel WHERE device = ? ORDER BY id"},
+    type{owner, "SELECT type FROM channel WHERE id = ?"},
+    value{owner, "SELECT value FROM channel WHERE id = ?"},
+    insertOne{owner, "INSERT INTO channel(device, name, type) VALUES(?, ?, ?)"},
+    removeOne{owner, "DELETE FROM channel WHERE id = ?"},
+    write{owner, "UPDATE channel SET value = ?2, written_ms = ?3, changed_ms = ?4, seq = ?5 WHERE id = ?1"},
+    clear{owner, "UPDATE channel SET type = ?2, value = NULL, written_ms = 0, changed_ms = 0 WHERE id = ?1"},
+    mark{owner, "UPDATE channel SET triggers = ?2 WHERE id = ?1"},
+    states{owner, "SELECT value, name FROM state WHERE channel = ? ORDER BY place"},
+    everyState{owner, "SELECT channel, value, name FROM state ORDER BY channel, place"},
+    removeStates{owner, "DELETE FROM state WHERE channel = ?"},
+    insertState{owner, "INSERT INTO state(channel, place, value, name) VALUES(?, ?, ?, ?)"} {}
+
+std::uint64_t ChannelTable::find(std::uint64_t device, const std::string& name) {
+    auto run = idByName.with(device, name);
+    return run.next() ? run.id(0) : UNKNOWN;
+}
+
+ChannelTable::Row ChannelTable::read(const Statement::Run& run) {
+    return {run.id(0),    run.id(1),      run.text(2),    static_cast<qz::datatype>(run.integer(3)),
+            run.value(4), run.integer(5), run.integer(6), run.integer(7) != 0};
+}
+
+std::optional<ChannelTable::Row> ChannelTable::get(std::uint64_t channel) {
+    auto run = one.with(channel);
+    if (!run.next()) {
+        return std::nullopt;
+    }
+    return read(run);
+}
+
+std::vector<ChannelTable::Row> ChannelTable::all() {
+    std::vector<Row> rows;
+    auto run = every.with();
+    while (run.next()) {
+        rows.push_back(read(run));
+    }
+    return rows;
+}
+
+std::vector<std::uint64_t> ChannelTable::idsOf(std::uint64_t device) {
+    std::vector<std::uint64_t> found;
+    auto run = ids.with(device);
+    while (run.next()) {
+        found.push_back(run.id(0));
+    }
+    return found;
+}
+
+qz::datatype ChannelTable::typeOf(std::uint64_t channel) {
+    auto run = type.with(channel);
+    return run.next() ? static_cast<qz::datatype>(run.integer(0)) : qz::datatype::unknown;
+}
+
+qz::CValue ChannelTable::valueOf(std::uint64_t channel) {
+    auto run = value.with(channel);
+    return run.next() ? run.value(0) : qz::CValue{};
+}
+
+std::uint64_t ChannelTable::insert(std::uint64_t device, const std::string& name, qz::datatype kind) {
+    insertOne.execute(device, name, static_cast<std::uint32_t>(kind));
+    return static_cast<std::uint64_t>(database.lastInsertedId());
+}
+
+void ChannelTable::remove(std::uint64_t channel) {
+    removeOne.execute(channel);
+}
+
+void ChannelTable::setValue(const Row& row, std::int64_t seq) {
+    write.execute(row.id, row.value, row.writtenMs, row.changedMs, seq);
+}
+
+void ChannelTable::retype(std::uint64_t channel, qz::datatype kind) {
+    clear.execute(channel, static_cast<std::uint32_t>(kind));
+}
+
+void ChannelTable::setHasTriggers(std::uint64_t channel, bool hasTriggers) {
+    mark.execute(channel, std::int32_t{hasTriggers});
+}
+
+qz::CMultistateMap ChannelTable::statesOf(std::uint64_t channel) {
+    qz::CMultistateMap map;
+    auto run = states.with(channel);
+    while (run.next()) {
+        map.add(run.value(0), run.text(1));
+    }
+    return map;
+}
+
+void ChannelTable::setStates(std::uint64_t channel, const qz::CMultistateMap& map) {
+    removeStates.execute(channel);
+    std::int64_t place = 0;
+    for (const auto& [key, name] : map.entries()) {
+        insertState.execute(channel, place++, key, name);
+    }
+}
+
+std::vector<std::pair<std::uint64_t, qz::CMultistateMap::Entry>> ChannelTable::allStates() {
+    std::vector<std::pair<std::uint64_t, qz::CMultistateMap::Entry>> found;
+    auto run = everyState.with();
+    while (run.next()) {
+        found.emplace_back(run.id(0), qz::CMultistateMap::Entry{run.value(1), run.text(2)});
+    }
+    return found;
+}
+
+} // namespace tessapi

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "platform/qz/CMultistateMap.h"
+#include "platform/qz/CValue.h"
+#include "platform/qz/datatype.h"
+#include "platform/tessapi/engine/Statement.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tessapi {
+
+/// The channels of the store with their values and the names of their states.
+/// Threads: those of its database.
+class ChannelTable {
+public:
+    struct Row {
+        std::uint64_t id{0};
+        std::uint64_t device{0};
+        std::string name;
+        qz::datatype type{qz::datatype::unknown};
+        qz::CValue value; ///< invalid when the channel has none
+        std::int64_t writtenMs{0};
+        std::int64_t changedMs{0};
+        bool hasTriggers{false};
+    };
+
+    explicit ChannelTable(Database& owner);
+
+    /// All ones when there is none.
+    std::uint64_t find(std::uint64_t device, const std::string& name);
+    std::optional<Row> get(std::uint64_t channel);
+    /// By device, then by identifier.
+    std::vector<Row> all();
+    /// The channels of `device`, by identifier.
+    std::vector<std::uint64_t> idsOf(std::uint64_t device);
+
+    /// `unknown` for an unknown channel.
+    qz::datatype typeOf(std::uint64_t channel);
+    /// Invalid for an unknown channel and one without value.
+    qz::CValue valueOf(std::uint64_t channel);
+
+    std::uint64_t insert(std::uint64_t device, const std::string& name, qz::datatype type);
+    void remove(std::uint64_t channel);
+    /// Takes the value, its times and its number in the change log from `row` and `seq`.
+    void setValue(const Row& row, std::int64_t seq);
+    /// Another type; the value goes.
+    void retype(std::uint64_t channel, qz::datatype type);
+    void setHasTriggers(std::uint64_t channel, bool hasTriggers);
+
+    qz::CMultistateMap statesOf(std::uint64_t channel);
+    void setStates(std::uint64_t channel, const qz::CMultistateMap& states);
+    /// Channel and one of its states, by channel.
+    std::vector<std::pair<std::uint64_t, qz::CMultistateMap::Entry>> allStates();
+
+private:
+    static Row read(const Statement::Run& run);
+
+    Database& database;
+    Statement idByName;
+    Statement one;
+    Statement every;
+    Statement ids;
+    Statement type;
+    Statement value;
+    Statement insertOne;
+    Statement removeOne;
+    Statement write;
+    Statement clear;
+    Statement mark;
+    Statement states;
+    Statement everyState;
+    Statement removeStates;
+    Statement insertState;
+};
+
+} // namespace tessapi

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/common/Mutex.h"
+#include "platform/tessapi/engine/Database.h"
+#include "platform/tessapi/engine/Model.h"
+
+#include <string>
+
+namespace tessapi {
+
+/// A database connection with its statements, and the lock under which one thread at a time uses them.
+struct Connection {
+    Connection(const std::string& path, const std::string& store, const Catalogue& catalogue,
+               std::int64_t changesKept) :
+        database{path, store}, model{database, catalogue, changesKept} {}
+
+    velk::common::Mutex mutex;
+    Database database VELK_GUARDED_BY(mutex);
+    Model model VELK_GUARDED_BY(mutex);
+};
+
+} // namespace tessapi

@@ -1,0 +1,111 @@
+#include "platform/tessapi/engine/Database.h"
+
+#include "platform/tessapi/engine/StoreError.h"
+
+#include <algorithm>
+#include <sqlite3.h>
+#include <utility>
+
+namespace tessapi {
+
+namespace {
+
+sqlite3_file* fileOf(sqlite3* connection, int opcode) {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(connection, "main", opcode, &file);
+    return file != nullptr && file->pMethods != nullptr ? file : nullptr;
+}
+
+int noteFrames(void* frames, sqlite3*, const char*, int count) {
+    *static_cast<int*>(frames) = count;
+    return SQLITE_OK;
+}
+
+} // namespace
+
+void Database::Closer::operator()(sqlite3* handle) const {
+    sqlite3_close_v2(handle);
+}
+
+Database::Database(const std::string& path, std::string storeName) : store{std::move(storeName)} {
+    sqlite3* opened = nullptr;
+    const int flags =
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    const int result = sqlite3_open_v2(path.c_str(), &opened, flags, nullptr);
+    connection.reset(opened);
+    if (result != SQLITE_OK) {
+        throwSqliteFailure(store, result, "cannot open");
+    }
+    configure();
+}
+
+void Database::configure() {
+    sqlite3_busy_timeout(handle(), BUSY_TIMEOUT_MS);
+    // Checkpoints run under the lock between the processes only: several versions of the database corrupt the
+    // file when one runs beside a writer that starts the log anew.
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    execute("PRAGMA wal_autocheckpoint=0; PRAGMA mmap_size=0; PRAGMA synchronous=NORMAL;"
+            "PRAGMA foreign_keys=ON; PRAGMA secure_delete=OFF; PRAGMA temp_store=MEMORY;"
+            "PRAGMA page_size=1024");
+    sqlite3_wal_hook(handle(), noteFrames, &frames);
+}
+
+void Database::execute(const char* sql) {
+    if (const int result = sqlite3_exec(handle(), sql, nullptr, nullptr, nullptr); result != SQLITE_OK) {
+        fail(result);
+    }
+}
+
+std::int64_t Database::lastInsertedId() const {
+    return sqlite3_last_insert_rowid(handle());
+}
+
+int Database::changes() const {
+    return sqlite3_changes(handle());
+}
+
+void Database::checkStillThere() const {
+    int moved = 0;
+    sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    if (moved != 0) {
+        throwStoreFault(store, StoreFault::disappeared, "");
+    }
+}
+
+void Database::checkpoint() {
+    const int result =
+        sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+    if (result != SQLITE_OK && result != SQLITE_BUSY) {
+        fail(result);
+    }
+}
+
+void Database::syncLog() {
+    sqlite3_file* log = fileOf(handle(), SQLITE_FCNTL_JOURNAL_POINTER);
+    if (log == nullptr) {
+        return;
+    }
+    if (const int result = log->pMethods->xSync(log, SQLITE_SYNC_NORMAL); result != SQLITE_OK) {
+        throwSqliteFailure(store, result, "cannot sync the log");
+    }
+}
+
+std::string Database::headOfFile(std::size_t size) const {
+    sqlite3_file* file = fileOf(handle(), SQLITE_FCNTL_FILE_POINTER);
+    sqlite3_int64 length = 0;
+    if (file == nullptr || file->pMethods->xFileSize(file, &length) != SQLITE_OK) {
+        return "";
+    }
+    std::string head(std::min(size, static_cast<std::size_t>(length)), '\0');
+    const int result = file->pMethods->xRead(file, head.data(), static_cast<int>(head.size()), 0);
+    if (result != SQLITE_OK) {
+        throwSqliteFailure(store, result, "cannot read");
+    }
+    return head;
+}
+
+void Database::fail(int resultCode) const {
+    throwSqliteFailure(store, resultCode, sqlite3_errmsg(handle()));
+}
+
+} // namespace tessapi

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+struct sqlite3;
+
+namespace tessapi {
+
+/// One connection to a database. A failure throws boost::system::system_error that names the store.
+/// Threads: one at a time; its owner guards it.
+class Database {
+public:
+    /// How long a statement waits for a lock that a program holds which does not go through this library.
+    static constexpr int BUSY_TIMEOUT_MS = 3000;
+
+    /// `path` is a file, made when it is missing, or ":memory:". `store` names the store in messages.
+    Database(const std::string& path, std::string store);
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /// Runs statements that give no rows, or whose rows nobody wants.
+    void execute(const char* sql);
+
+    std::int64_t lastInsertedId() const;
+    /// Rows that the last statement inserted, changed or removed.
+    int changes() const;
+
+    /// Throws `StoreFault::disappeared` when the path no longer leads to the file that is open.
+    void checkStillThere() const;
+
+    /// Frames in the log after the last commit of this connection.
+    int logFrames() const { return frames; }
+
+    /// Copies the log into the file and syncs both. The caller holds the lock between the processes.
+    void checkpoint();
+
+    /// Syncs the log, so that a power cut loses nothing that was committed before the call.
+    void syncLog();
+
+    /// The first bytes of the file as they are on disk, at most `size`; empty for a file without content.
+    std::string headOfFile(std::size_t size) const;
+
+    [[noreturn]] void fail(int resultCode) const;
+
+    const std::string& storeName() const { return store; }
+    sqlite3* handle() const { return connection.get(); }
+
+private:
+    struct Closer {
+        void operator()(sqlite3* handle) const;
+    };
+
+    void configure();
+
+    std::string store;
+    int frames{0};
+    std::unique_ptr<sqlite3, Closer> connection;
+};
+
+} // namespace tessapi

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/common/ThreadAnnotations.h"
+#include "platform/tessapi/engine/SharedPage.h"
+
+#include <chrono>
+#include <string>
+
+namespace tessapi {
+
+/// The one lock under which every program writes the store and copies its log. The kernel frees it when its
+/// holder dies, also by SIGKILL; the database then drops what the dead one had not committed.
+/// Threads: any, of any process.
+class VELK_CAPABILITY("mutex") InterprocessLock {
+public:
+    /// `page` outlives the lock. `store` names the store in messages.
+    InterprocessLock(SharedPage& owner, std::string storeName, std::chrono::milliseconds longestWait);
+
+    /// Throws boost::system::system_error `StoreFault::locked` when it is not free within the longest wait.
+    void lock() VELK_ACQUIRE();
+    void unlock() VELK_RELEASE();
+
+private:
+    SharedPage& page;
+    std::string store;
+    std::chrono::milliseconds patience;
+};
+
+/// Holds an `InterprocessLock` for a scope.
+class VELK_SCOPED_CAPABILITY InterprocessHold {
+public:
+    explicit InterprocessHold(InterprocessLock& owner) VELK_ACQUIRE(owner) : held{owner} { held.lock(); }
+    ~InterprocessHold() VELK_RELEASE() { held.unlock(); }
+    InterprocessHold(const InterprocessHold&) = delete;
+    InterprocessHold& operator=(const InterprocessHold&) = delete;
+
+private:
+    InterprocessLock& held;
+};
+
+} // namespace tessapi

@@ -1,0 +1,91 @@
+#include "platform/tessapi/engine/Keeper.h"
+
+#include <chrono>
+#include <iostream>
+
+namespace tessapi {
+
+namespace {
+
+using velk::common::MutexLock;
+
+constexpr std::chrono::milliseconds REST{500};
+
+} // namespace
+
+Keeper::Keeper(const std::string& path, const std::string& store, InterprocessLock& lock) :
+    writers{lock}, database{path, store}, clock{velk::common::Clock::system()} {
+    database.execute("SELECT count(*) FROM sqlite_master"); // the log is open from the first read on
+    thread = std::thread{[this] { run(); }};
+}
+
+Keeper::~Keeper() {
+    {
+        MutexLock lock{mutex};
+        stopping = true;
+    }
+    condition.notify_all();
+    thread.join();
+}
+
+void Keeper::noteCommit(int logFrames) {
+    bool news = false;
+    {
+        MutexLock lock{mutex};
+        if (logFrames != 0 && logFrames < frames) {
+            framesToCopy = FRAMES_TO_COPY; // the log was started anew
+        }
+        if (logFrames != 0) {
+            frames = logFrames;
+        }
+        news = !dirty || frames >= framesToCopy;
+        dirty = true;
+    }
+    if (news) {
+        condition.notify_all();
+    }
+}
+
+void Keeper::waitForWork(MutexLock& lock) {
+    while (!dirty && !stopping) {
+        clock.waitFor(condition, lock, std::chrono::hours{1});
+    }
+    // What comes within the rest shares the sync.
+    const auto end = clock.now() + REST;
+    while (!stopping && frames < framesToCopy && clock.now() < end) {
+        clock.waitFor(condition, lock, end - clock.now());
+    }
+}
+
+void Keeper::run() {
+    MutexLock lock{mutex};
+    while (!stopping) {
+        waitForWork(lock);
+        if (!dirty) {
+            continue;
+        }
+        const bool copy = frames >= framesToCopy;
+        if (copy) {
+            framesToCopy = frames + FRAMES_TO_COPY;
+        }
+        dirty = false;
+        lock.unlock();
+        keep(copy);
+        lock.lock();
+    }
+}
+
+void Keeper::keep(bool copy) {
+    try {
+        if (copy) {
+            InterprocessHold hold{writers};
+            database.checkpoint();
+        } else {
+            database.syncLog();
+        }
+    } catch (const std::exception& failure) {
+        std::cerr << std::string{"WARNING - "} + failure.what() + "\n" << std::flush;
+    }
+}
+
+} // namespace tessapi

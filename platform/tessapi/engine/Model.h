@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/common/Uuid.h"
+#include "platform/tessapi/StoreBrowser.h"
+#include "platform/tessapi/catalogue/Catalogue.h"
+#include "platform/tessapi/engine/AlarmTable.h"
+#include "platform/tessapi/engine/ChangeLog.h"
+#include "platform/tessapi/engine/ChannelTable.h"
+#include "platform/tessapi/engine/DeviceTable.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tessapi {
+
+/// The rules of the store over its tables, on one connection: what a call means, apart from locks,
+/// transactions and programs. What changes something runs within a write transaction and enters it in the
+/// change log. Threads: those of its database.
+class Model {
+public:
+    /// `names` outlives the model. `changesKept` is for the change log.
+    Model(Database& database, const Catalogue& names, std::int64_t changesKept);
+
+    std::uint64_t emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent, std::uint64_t wanted);
+    void removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep, unsigned int limit);
+    void setAttribute(std::uint64_t device, std::uint32_t number, const std::string& text);
+
+    std::uint64_t emplaceChannel(std::uint64_t device, const std::string& name);
+    void removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep);
+    void setValue(std::uint64_t channel, const qz::CValue& value);
+    void setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config);
+    void setStates(std::uint64_t channel, const qz::CMultistateMap& states);
+
+    /// Gives the channels whose type the catalogue has changed their new type; they lose their values.
+    void retypeChannels();
+    /// Whether `retypeChannels` would change something.
+    bool hasOutdatedTypes();
+
+    StoreSnapshot snapshot();
+
+    DeviceTable devices;
+    ChannelTable channels;
+    AlarmTable alarms;
+    ChangeLog changes;
+
+private:
+    qz::datatype typeFor(const std::string& name) const;
+    /// Evaluates the triggers of a channel; gives whether the set of its active alarms has changed.
+    bool evaluate(const ChannelTable::Row& channel);
+    void announceAlarms(std::uint64_t device, std::int64_t timeMs);
+    ChannelRecord recordOf(ChannelTable::Row row) const;
+
+    const Catalogue& catalogue;
+};
+
+} // namespace tessapi

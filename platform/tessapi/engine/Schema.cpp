@@ -1,0 +1,125 @@
+#include "platform/tessapi/engine/Schema.h"
+
+#include "platform/common/Uuid.h"
+#include "platform/tessapi/engine/Statement.h"
+#include "platform/tessapi/engine/StoreError.h"
+#include "platform/tessapi/engine/Transaction.h"
+
+#include <string>
+
+namespace tessapi {
+
+namespace {
+
+// `seq` columns hold the number of the last entry of `change` that tells of the row. They bring a listener up
+// to date that has slept longer than `change` keeps its entries.
+constexpr const char* TABLES = R"sql(
+CREATE TABLE device(
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    uuid BLOB NOT NULL UNIQUE,
+    parent INTEGER REFERENCES device(id) ON DELETE CASCADE,
+    attribute_seq INTEGER NOT NULL DEFAULT 0,
+    alarm_seq INTEGER NOT NULL DEFAULT 0);
+CREATE INDEX device_by_parent ON device(parent);
+
+CREATE TABLE attribute(
+    device INTEGER NOT NULL REFERENCES device(id) ON DELETE CASCADE,
+    number INTEGER NOT NULL,
+    text TEXT NOT NULL,
+    PRIMARY KEY(device, number)) WITHOUT ROWID;
+
+CREATE TABLE channel(
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    device INTEGER NOT NULL REFERENCES device(id) ON DELETE CASCADE,
+    name TEXT NOT NULL,
+    type INTEGER NOT NULL,
+    value BLOB,
+    written_ms INTEGER NOT NULL DEFAULT 0,
+    changed_ms INTEGER NOT NULL DEFAULT 0,
+    seq INTEGER NOT NULL DEFAULT 0,
+    triggers INTEGER NOT NULL DEFAULT 0,
+    UNIQUE(device, name));
+
+CREATE TABLE state(
+    channel INTEGER NOT NULL REFERENCES channel(id) ON DELETE CASCADE,
+    place INTEGER NOT NULL,
+    value BLOB,
+    name TEXT NOT NULL,
+    PRIMARY KEY(channel, place)) WITHOUT ROWID;
+
+CREATE TABLE alarm(
+    channel INTEGER NOT NULL REFERENCES channel(id) ON DELETE CASCADE,
+    place INTEGER NOT NULL,
+    level INTEGER NOT NULL,
+    type INTEGER NOT NULL,
+    threshold1 BLOB,
+    threshold2 BLOB,
+    priority INTEGER NOT NULL,
+    code TEXT NOT NULL,
+    extra BLOB,
+    extra_word INTEGER NOT NULL,
+    active INTEGER NOT NULL DEFAULT 0,
+    PRIMARY KEY(channel, place)) WITHOUT ROWID;
+
+CREATE TABLE change(
+    seq INTEGER PRIMARY KEY,
+    kind INTEGER NOT NULL,
+    object INTEGER NOT NULL,
+    value BLOB,
+    time_ms INTEGER NOT NULL);
+
+INSERT INTO sqlite_sequence(name, seq) VALUES('device', 999), ('channel', 999);
+)sql";
+
+/// Device 1 of every store. It must not change: other programs know the root by it.
+constexpr velk::common::Uuid ROOT_UUID{
+    velk::common::Uuid::Bytes{0x0d, 0x5b, 0x1b, 0x1e, 0x7a, 0x52, 0x4a, 0x2f, //
+                              0x9a, 0x55, 0x7f, 0x6f, 0x1c, 0x1e, 0x00, 0x01}};
+
+std::string single(Database& database, const char* query) {
+    Statement statement{database, query};
+    auto run = statement.with();
+    return run.next() ? run.text(0) : "";
+}
+
+std::int64_t number(Database& database, const char* query) {
+    Statement statement{database, query};
+    auto run = statement.with();
+    return run.next() ? run.integer(0) : 0;
+}
+
+qz::CValue::Bytes rootUuid() {
+    return {ROOT_UUID.data().begin(), ROOT_UUID.data().end()};
+}
+
+} // namespace
+
+bool Schema::isEmpty(Database& database) {
+    return number(database, "SELECT count(*) FROM sqlite_master") == 0 &&
+           number(database, "PRAGMA application_id") == 0;
+}
+
+void Schema::create(Database& database) {
+    Transaction transaction{database, Transaction::Kind::write};
+    database.execute(TABLES);
+    database.execute(("PRAGMA application_id=" + std::to_string(APPLICATION_ID)).c_str());
+    database.execute(("PRAGMA user_version=" + std::to_string(VERSION)).c_str());
+    Statement{database, "INSERT INTO device(id, uuid, parent) VALUES(1, ?, NULL)"}.execute(rootUuid());
+    transaction.commit();
+}
+
+void Schema::verify(Database& database) {
+    const auto& store = database.storeName();
+    if (number(database, "PRAGMA application_id") != APPLICATION_ID) {
+        throwStoreFault(store, StoreFault::foreign, "");
+    }
+    if (const auto found = number(database, "PRAGMA user_version"); found != VERSION) {
+        throwStoreFault(store, StoreFault::wrongVersion,
+                        "version " + std::to_string(found) + ", expected " + std::to_string(VERSION));
+    }
+    if (const auto verdict = single(database, "PRAGMA quick_check(1)"); verdict != "ok") {
+        throwStoreFault(store, StoreFault::corrupt, verdict);
+    }
+}
+
+} // namespace tessapi

@@ -1,0 +1,87 @@
+#include "platform/tessapi/engine/StoreFile.h"
+
+#include "platform/tessapi/engine/Schema.h"
+#include "platform/tessapi/engine/Statement.h"
+#include "platform/tessapi/engine/StoreError.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+
+namespace tessapi {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t HEADER_SIZE = 100;
+constexpr std::size_t APPLICATION_ID_OFFSET = 68;
+
+std::uint32_t applicationIdOf(const std::string& header) {
+    std::uint32_t id = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        id = id << 8U | static_cast<unsigned char>(header[APPLICATION_ID_OFFSET + i]);
+    }
+    return id;
+}
+
+/// Looks at the file itself: a log that is left beside a file which somebody has replaced would hide what the
+/// file is, and the next copy of the log would overwrite it.
+void refuseForeignFile(const Database& database) {
+    const auto header = database.headOfFile(HEADER_SIZE);
+    if (header.size() < HEADER_SIZE || applicationIdOf(header) != Schema::APPLICATION_ID) {
+        throwStoreFault(database.storeName(), StoreFault::foreign, "");
+    }
+}
+
+void useLog(Database& database) {
+    Statement statement{database, "PRAGMA journal_mode=WAL"};
+    auto run = statement.with();
+    if (!run.next() || run.text(0) != "wal") {
+        throwStoreFault(database.storeName(), StoreFault::corrupt, "the file system does not bear a log");
+    }
+}
+
+} // namespace
+
+std::string StoreFile::locate(const std::string& path, const std::string& store, bool create) {
+    std::error_code error;
+    const auto absolute = fs::absolute(path, error);
+    if (error) {
+        throwSystemFailure(store, error.value(), "cannot find " + path);
+    }
+    const auto status = fs::status(absolute, error);
+    if (status.type() == fs::file_type::none) {
+        throwSystemFailure(store, error.value(), "cannot open " + path);
+    }
+    if (fs::exists(status)) {
+        if (!fs::is_regular_file(status)) {
+            throwStoreFault(store, StoreFault::foreign, "");
+        }
+        return absolute;
+    }
+    if (!create) {
+        throwStoreFault(store, StoreFault::missing, "");
+    }
+    error.clear();
+    fs::create_directories(absolute.parent_path(), error);
+    if (error) {
+        throwSystemFailure(store, error.value(), "cannot make " + absolute.parent_path().string());
+    }
+    return absolute;
+}
+
+void StoreFile::prepare(Database& database, bool create) {
+    if (Schema::isEmpty(database)) {
+        if (!create) {
+            throwStoreFault(database.storeName(), StoreFault::missing, "");
+        }
+        // Before the log is in use, so that the file itself says from its first byte on that it is a store.
+        Schema::create(database);
+    }
+    refuseForeignFile(database);
+    Schema::verify(database);
+    useLog(database);
+}
+
+} // namespace tessapi
