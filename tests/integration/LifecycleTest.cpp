@@ -1,0 +1,246 @@
+#include "tests/integration/LifecycleFixture.h"
+
+namespace velk::testing {
+namespace {
+
+using namespace velk::powerdistribution;
+
+class LifecycleTest : public LifecycleFixture {};
+
+TEST_F(LifecycleTest, ManagerThatNeverRanSaysNothing) {
+    PowerDistributionManager idle;
+    idle.exit();
+    EXPECT_EQ(idle.operatingStatus(), 0U);
+    EXPECT_EQ(output.text(), "");
+}
+
+TEST_F(LifecycleTest, FirstStartGoesThroughEveryStateAndPublishesTheDevice) {
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    EXPECT_EQ(output.states(), "DISCOVER ENUMERATE BUILD INITIALIZE START MONITOR");
+    EXPECT_EQ(manager->operatingStatus(), 16U);
+    EXPECT_TRUE(store->await("PowerEquipment.Status.OperatingStatus", qz::CValue{std::uint32_t{16}}));
+    EXPECT_TRUE(store->await("PowerDistribution.Status.Mode", qz::CValue{std::uint32_t{2}}));
+    EXPECT_TRUE(store->await("PowerDistribution.Status.OperatingStatus", qz::CValue{std::uint32_t{16}}));
+    EXPECT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{2}}));
+    EXPECT_EQ(store->client().uuidOf(20), deviceUuid);
+    EXPECT_EQ(store->client().inbandAccessor().getDevice(20).parentId, 2U);
+    EXPECT_EQ(store->client().inbandAccessor().getDevice(2).parentId, 1U);
+    EXPECT_EQ(
+        store->client().inbandAccessor().getDeviceAttribute(20, tessapi::DeviceAttribute::firmwareVersion),
+        "1.0");
+}
+
+TEST_F(LifecycleTest, ExitGoesThroughStopToEndAndTheStoreKeepsTheLastState) {
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    finish();
+    EXPECT_EQ(output.states(), "DISCOVER ENUMERATE BUILD INITIALIZE START MONITOR STOP END");
+    EXPECT_NE(output.text().find("Exit PowerDistributionManager state machine is requested\n"),
+              std::string::npos);
+    EXPECT_EQ(manager->operatingStatus(), 5U);
+    EXPECT_EQ(store->value("PowerEquipment.Status.OperatingStatus"), qz::CValue{std::uint32_t{5}});
+    EXPECT_EQ(store->value("PowerDistribution.Status.Mode"), qz::CValue{std::uint32_t{2}});
+    EXPECT_EQ(device->log->calls().back(), "protocol.disconnect");
+    manager.reset();
+    EXPECT_EQ(device->log->count("protocol.stop"), 1U);
+    EXPECT_EQ(device->log->calls().back(), "protocol.destroyed");
+}
+
+TEST_F(LifecycleTest, SecondExecReturnsAtOnceDuringAndAfterTheFirst) {
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    manager->exec({directory / "velk.json", {}, &clock});
+    EXPECT_EQ(countOf("DISCOVER"), 1U);
+    finish();
+    manager->exec({directory / "velk.json", {}, &clock});
+    EXPECT_EQ(countOf("DISCOVER"), 1U);
+}
+
+TEST_F(LifecycleTest, ExitEndsASearchThatFindsNothing) {
+    device->found = false;
+    start();
+    pass();
+    pass();
+    EXPECT_EQ(output.states(), "DISCOVER");
+    EXPECT_EQ(manager->operatingStatus(), 3U);
+    EXPECT_GE(device->log->count("protocol.discover"), 2U);
+    finish();
+    EXPECT_EQ(output.states(), "DISCOVER STOP END");
+}
+
+TEST_F(LifecycleTest, SameDeviceBackAfterALossKeepsItsModel) {
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    ASSERT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{2}}));
+    const std::uint64_t channel = store->channel("PowerDistribution.Status.Mode").id;
+
+    link->setValue(Value{std::uint32_t{3}});
+    ASSERT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{3}}));
+    ASSERT_TRUE(runTo("WAIT_COMMUNICATION_RECOVERY"));
+    link->setValue(Value{std::uint32_t{2}});
+    ASSERT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{2}}));
+    ASSERT_TRUE(runTo("MONITOR", 2));
+
+    EXPECT_EQ(output.states(), "DISCOVER ENUMERATE BUILD INITIALIZE START MONITOR COMMUNICATION_LOST "
+                               "WAIT_COMMUNICATION_RECOVERY ENUMERATE INITIALIZE START MONITOR");
+    EXPECT_EQ(store->channel("PowerDistribution.Status.Mode").id, channel);
+    EXPECT_EQ(device->log->count("protocol.disconnect"), 0U);
+
+    device->factory->point({EStatus::Mode}).setValue(Value{std::uint32_t{3}});
+    EXPECT_TRUE(store->await("PowerDistribution.Status.Mode", qz::CValue{std::uint32_t{3}}));
+}
+
+TEST_F(LifecycleTest, OtherFirmwareAfterALossBuildsTheModelAnew) {
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    link->setValue(Value{std::uint32_t{3}});
+    ASSERT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{3}}));
+    ASSERT_TRUE(runTo("WAIT_COMMUNICATION_RECOVERY"));
+    device->factory->point({EProperty::Identification, EAttribute::FirmwareVersion})
+        .setValue(Value{std::string{"2.0"}});
+    link->setValue(Value{std::uint32_t{2}});
+    ASSERT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{2}}));
+    ASSERT_TRUE(runTo("MONITOR", 2));
+    EXPECT_EQ(countOf("BUILD"), 2U);
+    EXPECT_EQ(
+        store->client().inbandAccessor().getDeviceAttribute(20, tessapi::DeviceAttribute::firmwareVersion),
+        "2.0");
+    EXPECT_EQ(store->client().uuidOf(20), deviceUuid);
+}
+
+TEST_F(LifecycleTest, OtherDeviceAfterALossTakesTheSeatOfTheFormer) {
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    link->setValue(Value{std::uint32_t{3}});
+    ASSERT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{3}}));
+    ASSERT_TRUE(runTo("WAIT_COMMUNICATION_RECOVERY"));
+    const velk::common::Uuid other{"11111111-2222-4333-8444-555555555555"};
+    device->factory->point({EProperty::Identification, EAttribute::Uuid}).setValue(Value{other.toString()});
+    link->setValue(Value{std::uint32_t{2}});
+    ASSERT_TRUE(runTo("MONITOR", 2));
+    EXPECT_EQ(countOf("BUILD"), 2U);
+    EXPECT_EQ(store->client().uuidOf(20), other);
+}
+
+TEST_F(LifecycleTest, DeviceWithoutIdentityIsBuiltOnEveryPass) {
+    device->factory->remove({EProperty::Identification, EAttribute::Uuid});
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    link->setValue(Value{std::uint32_t{3}});
+    awaitLinkSeen();
+    ASSERT_TRUE(runTo("WAIT_COMMUNICATION_RECOVERY"));
+    link->setValue(Value{std::uint32_t{2}});
+    awaitLinkSeen();
+    ASSERT_TRUE(runTo("MONITOR", 2));
+    EXPECT_EQ(countOf("BUILD"), 2U);
+}
+
+TEST_F(LifecycleTest, FailingBuildIsTriedAgainUntilItWorks) {
+    device->factory->throwOnBuild({EStatus::Overload}, "no answer");
+    ::testing::internal::CaptureStderr();
+    start();
+    pass();
+    pass();
+    EXPECT_EQ(output.states(), "DISCOVER ENUMERATE BUILD");
+    device->factory->throwOnBuild({EStatus::Overload}, "");
+    EXPECT_TRUE(runTo("MONITOR"));
+    const std::string errors = ::testing::internal::GetCapturedStderr();
+    EXPECT_NE(errors.find("Failed to build data model: no answer\n"), std::string::npos) << errors;
+}
+
+TEST_F(LifecycleTest, SampleOfTheWrongTypeKeepsTheModelFromInitialisingAndNothingIsCleaned) {
+    device->factory->point({EStatus::Mode}).setValue(Value{2.0F});
+    ::testing::internal::CaptureStderr();
+    start();
+    pass();
+    EXPECT_EQ(output.states(), "DISCOVER ENUMERATE BUILD INITIALIZE");
+    EXPECT_EQ(manager->operatingStatus(), 3U);
+    tessapi::TessAccessor& client = store->client();
+    const velk::common::Uuid leftover{"00000000-0000-4000-8000-000000000002"};
+    ASSERT_NE(client.emplaceDevice(leftover, 20, 0), tessapi::ITessAccessor::UNKNOWN_ID);
+    pass();
+    EXPECT_NE(client.deviceIdOf(leftover), tessapi::ITessAccessor::UNKNOWN_ID);
+    device->factory->point({EStatus::Mode}).setValue(Value{std::uint32_t{2}});
+    EXPECT_TRUE(runTo("MONITOR"));
+    const std::string errors = ::testing::internal::GetCapturedStderr();
+    EXPECT_NE(
+        errors.find(
+            "Failed to initialize data model: FATAL ERROR - HandlerData(path=Status.Mode, value=2) does "
+            "not contains expected type (contains float, expected uint32)"),
+        std::string::npos)
+        << errors;
+    EXPECT_EQ(client.deviceIdOf(leftover), tessapi::ITessAccessor::UNKNOWN_ID);
+}
+
+TEST_F(LifecycleTest, LeftoversOfAnEarlierDeviceAreRemoved) {
+    tessapi::TessAccessor& client = store->client();
+    const velk::common::Uuid stale{"00000000-0000-4000-8000-000000000003"};
+    const std::uint64_t equipment =
+        client.emplaceDevice(velk::common::Uuid{"00000000-0000-4000-8000-000000000001"}, 1, 2);
+    const std::uint64_t former =
+        client.emplaceDevice(velk::common::Uuid{"00000000-0000-4000-8000-000000000002"}, equipment, 20);
+    ASSERT_EQ(former, 20U);
+    client.emplaceDevice(stale, former, 0);
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    EXPECT_EQ(client.deviceIdOf(stale), tessapi::ITessAccessor::UNKNOWN_ID);
+    EXPECT_EQ(client.uuidOf(20), deviceUuid);
+    EXPECT_EQ(client.inbandAccessor().getCatchedChannelId(20, "PowerDistribution.Status.Overload"),
+              tessapi::ITessAccessor::UNKNOWN_ID);
+}
+
+TEST_F(LifecycleTest, SettingWrittenInTheStoreReachesTheDeviceOnceAndIsReported) {
+    FakePoint& sound = device->factory->add({ESetting::AudibleAlarmControl}, Value{std::uint32_t{2}});
+    std::vector<DeviceWrite> reports;
+    velk::common::Mutex mutex;
+    start([&](const DeviceWrite& write) {
+        const velk::common::MutexLock lock{mutex};
+        reports.push_back(write);
+    });
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    const std::string path{"PowerDistribution.Setting.AudibleAlarmControl"};
+    ASSERT_TRUE(store->await(path, qz::CValue{std::uint32_t{2}}));
+    store->write(path, qz::CValue{std::uint32_t{3}});
+    ASSERT_TRUE(store->awaitThat([&] {
+        const velk::common::MutexLock lock{mutex};
+        return !reports.empty() || sound.writes() == 0;
+    }));
+    while (sound.writes() == 0) {
+        std::this_thread::yield();
+    }
+    finish();
+    EXPECT_EQ(sound.written(), std::vector<Value>{Value{std::uint32_t{3}}});
+    const velk::common::MutexLock lock{mutex};
+    ASSERT_EQ(reports.size(), 1U);
+    EXPECT_EQ(reports[0].device, "");
+    EXPECT_EQ(reports[0].channel, "Setting.AudibleAlarmControl");
+    EXPECT_TRUE(reports[0].accepted);
+}
+
+TEST_F(LifecycleTest, SameActionRequestedTwiceStartsTwice) {
+    FakePoint& test = device->factory->add({EAction::StartTest}, Value{});
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    const std::string path{"PowerDistribution.Action.StartTest"};
+    ASSERT_NE(store->channel(path).id, tessapi::ITessAccessor::UNKNOWN_ID);
+    store->write(path, qz::CValue{true});
+    store->write(path, qz::CValue{true});
+    while (test.writes() < 2) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(test.written(), (std::vector<Value>{Value{true}, Value{true}}));
+}
+
+TEST_F(LifecycleTest, ExceptionOfAPluginLeavesExecAndTheManagerCanBeDestroyed) {
+    device->factory->add({EPrivate::AlarmConfigurationFile}, Value{std::string{"/nowhere/alarms.json"}});
+    start();
+    runner.join();
+    EXPECT_NE(failure, "");
+    EXPECT_EQ(output.states(), "DISCOVER ENUMERATE");
+    manager.reset();
+    EXPECT_EQ(device->log->calls().back(), "protocol.destroyed");
+}
+
+} // namespace
+} // namespace velk::testing
