@@ -33,10 +33,12 @@ Dispatcher::~Dispatcher() {
 
 void Dispatcher::subscribe(const std::vector<std::uint64_t>& channels, const Maker& make,
                            std::uint64_t* subscription) {
-    const auto start = engine->startOf(channels);
-    std::shared_ptr<Subscription> made = make(start);
     {
+        // Held over the reading: the client thread must not go past the start before the subscription is
+        // there.
         MutexLock lock{mutex};
+        const auto start = engine->startOf(channels);
+        std::shared_ptr<Subscription> made = make(start);
         if (subscriptions.empty()) {
             position = start.seq;
         }
@@ -113,10 +115,12 @@ bool Dispatcher::followLog() {
         deliver(change);
         MutexLock lock{mutex};
         if (stopping) {
-            break;
+            return false;
         }
         position = std::max(position, change.seq);
     }
+    MutexLock lock{mutex};
+    position = std::max(position, news.upTo);
     return !news.changes.empty();
 }
 

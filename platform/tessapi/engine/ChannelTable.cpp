@@ -17,6 +17,7 @@ ChannelTable::ChannelTable(Database& owner) :
                  " ORDER BY device, id"},
     ids{owner, "SELECT id FROM channel WHERE device = ? ORDER BY id"},
     type{owner, "SELECT type FROM channel WHERE id = ?"},
+    types{owner, "SELECT DISTINCT name, type FROM channel"},
     value{owner, "SELECT value FROM channel WHERE id = ?"},
     insertOne{owner, "INSERT INTO channel(device, name, type) VALUES(?, ?, ?)"},
     removeOne{owner, "DELETE FROM channel WHERE id = ?"},
@@ -67,6 +68,15 @@ std::vector<std::uint64_t> ChannelTable::idsOf(std::uint64_t device) {
 qz::datatype ChannelTable::typeOf(std::uint64_t channel) {
     auto run = type.with(channel);
     return run.next() ? static_cast<qz::datatype>(run.integer(0)) : qz::datatype::unknown;
+}
+
+std::vector<std::pair<std::string, qz::datatype>> ChannelTable::typesByName() {
+    std::vector<std::pair<std::string, qz::datatype>> found;
+    auto run = types.with();
+    while (run.next()) {
+        found.emplace_back(run.text(0), static_cast<qz::datatype>(run.integer(1)));
+    }
+    return found;
 }
 
 qz::CValue ChannelTable::valueOf(std::uint64_t channel) {

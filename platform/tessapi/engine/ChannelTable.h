@@ -40,6 +40,8 @@ public:
 
     /// `unknown` for an unknown channel.
     qz::datatype typeOf(std::uint64_t channel);
+    /// Each name with each type that channels of this name have.
+    std::vector<std::pair<std::string, qz::datatype>> typesByName();
     /// Invalid for an unknown channel and one without value.
     qz::CValue valueOf(std::uint64_t channel);
 
@@ -65,6 +67,7 @@ private:
     Statement every;
     Statement ids;
     Statement type;
+    Statement types;
     Statement value;
     Statement insertOne;
     Statement removeOne;

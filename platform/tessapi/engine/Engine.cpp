@@ -211,9 +211,13 @@ Engine::Start Engine::startOf(const std::vector<std::uint64_t>& channels) {
 
 Engine::News Engine::newsAfter(std::int64_t seq) {
     auto news = read([seq](Model& model) {
-        News found{model.changes.after(seq, NEWS_AT_A_TIME), false};
-        if (!found.changes.empty() && found.changes.front().seq != seq + 1) {
-            found = {model.changes.summaryAfter(seq), true};
+        News found{model.changes.after(seq, NEWS_AT_A_TIME), seq, false};
+        if (found.changes.empty()) {
+            return found;
+        }
+        found.upTo = found.changes.back().seq;
+        if (found.changes.front().seq != seq + 1) {
+            found = {model.changes.summaryAfter(seq), model.changes.head(), true};
         }
         return found;
     });

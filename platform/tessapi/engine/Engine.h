@@ -43,6 +43,7 @@ public:
     /// device instead.
     struct News {
         std::vector<Change> changes;
+        std::int64_t upTo{0}; ///< the newest change that they cover
         bool gap{false};
     };
 

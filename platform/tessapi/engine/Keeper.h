@@ -18,7 +18,7 @@ namespace tessapi {
 class Keeper {
 public:
     /// Frames of the log, of one page each, that are worth copying.
-    static constexpr int FRAMES_TO_COPY = 4000;
+    static constexpr int FRAMES_TO_COPY = 8192;
 
     /// `lock` outlives the keeper.
     Keeper(const std::string& path, const std::string& store, InterprocessLock& lock);

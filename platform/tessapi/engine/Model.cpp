@@ -212,9 +212,9 @@ void Model::setStates(std::uint64_t channel, const qz::CMultistateMap& states) {
 }
 
 bool Model::hasOutdatedTypes() {
-    const auto rows = channels.all();
-    return std::any_of(rows.begin(), rows.end(),
-                       [this](const auto& row) { return row.type != typeFor(row.name); });
+    const auto types = channels.typesByName();
+    return std::any_of(types.begin(), types.end(),
+                       [this](const auto& known) { return known.second != typeFor(known.first); });
 }
 
 void Model::retypeChannels() {

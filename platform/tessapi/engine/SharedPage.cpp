@@ -17,7 +17,7 @@ namespace tessapi {
 namespace {
 
 /// Differs between builds that lay the words out differently.
-const std::string MAGIC = "tess-lock-1-" + std::to_string(sizeof(SharedPage::Words));
+const std::string MAGIC = "tess-lock-" + std::to_string(sizeof(SharedPage::Words));
 
 std::string presentBoot() {
     std::ifstream file{"/proc/sys/kernel/random/boot_id"};
@@ -32,6 +32,7 @@ void initialise(SharedPage::Words& words, const std::string& boot) {
     pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
     pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
     std::memset(static_cast<void*>(&words), 0, sizeof words);
+    pthread_mutex_init(&words.turn, &attributes);
     pthread_mutex_init(&words.lock, &attributes);
     pthread_mutexattr_destroy(&attributes);
     new (&words.news) std::atomic<std::uint32_t>{0};

@@ -18,6 +18,7 @@ public:
     struct Words {
         char magic[16];
         char bootId[40];
+        pthread_mutex_t turn; ///< held while waiting for `lock`: who comes first gets it first
         pthread_mutex_t lock;
         std::atomic<std::uint32_t> news;    ///< rises with every commit
         std::atomic<std::uint32_t> waiting; ///< 1 while some listener may sleep on `news`
