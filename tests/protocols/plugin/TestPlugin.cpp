@@ -1,0 +1,95 @@
+// A complete protocol plug-in without a device. Built several times, each with a name and a Uuid of its own.
+
+#include "platform/common/DynamicLibrary.h"
+#include "powerdistribution/protocols/IProtocolBuilder.h"
+#include "powerdistribution/protocols/IProtocolLibrary.h"
+#include "testing/FakeProtocol.h"
+#include "testing/FakeWrapperFactory.h"
+#include "tests/protocols/plugin/PluginHost.h"
+
+#include <exception>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using namespace velk::powerdistribution::protocols;
+using velk::common::Uuid;
+
+const std::string NAME{VELK_TEST_PLUGIN_NAME};
+const Uuid OWN_UUID{VELK_TEST_PLUGIN_UUID};
+
+void tell(const std::string& event) {
+    PluginHost::instance().log->add(NAME + "." + event);
+}
+
+const PluginHost::Script& script() {
+    return PluginHost::instance().scripts[NAME];
+}
+
+class PluginFailure : public std::exception {
+public:
+    const char* what() const noexcept override { return "a failure of the plug-in's own"; }
+};
+
+class Protocol : public velk::testing::FakeProtocol {
+public:
+    Protocol() :
+        FakeProtocol{script().otherProtocolUuid.isNil() ? OWN_UUID : script().otherProtocolUuid, NAME,
+                     PluginHost::instance().log} {
+        setFound(script().found);
+        if (!script().ownException) {
+            throwOn(script().failingOperation, NAME + " fails to " + script().failingOperation);
+        }
+    }
+    void start() override {
+        FakeProtocol::start();
+        if (script().ownException) {
+            throw PluginFailure{};
+        }
+    }
+};
+
+class Factory : public velk::testing::FakeWrapperFactory {
+public:
+    explicit Factory(std::shared_ptr<IProtocol> held) :
+        FakeWrapperFactory{OWN_UUID}, protocol{std::move(held)} {
+        tell("factory made");
+    }
+    ~Factory() override { tell("factory destroyed"); }
+
+private:
+    std::shared_ptr<IProtocol> protocol;
+};
+
+class Builder : public IProtocolBuilder {
+public:
+    ~Builder() override { tell("builder released"); }
+    std::unique_ptr<IProtocol> create() const override {
+        tell("create");
+        if (script().failingOperation == "create") {
+            throw std::runtime_error{NAME + " fails to create"};
+        }
+        return std::make_unique<Protocol>();
+    }
+};
+
+class Library : public IProtocolLibrary {
+public:
+    ~Library() override { tell("unloaded"); }
+    const Uuid& uuid() const override { return OWN_UUID; }
+    std::shared_ptr<IProtocolBuilder> builder() const override { return std::make_shared<Builder>(); }
+    std::shared_ptr<IWrapperFactory> wrapperFactory(std::shared_ptr<IProtocol> protocol) const override {
+        return std::make_shared<Factory>(std::move(protocol));
+    }
+};
+
+Library library;
+
+} // namespace
+
+extern "C" VELK_EXPORT IProtocolLibrary* velkProtocolLibrary(const char* configurationPath) {
+    PluginHost::instance().configurationPath = configurationPath;
+    return &library;
+}
