@@ -80,6 +80,7 @@ ExitCode runWatch(Session& session, const WatchOptions& options) {
     const EndSignals signals;
     const Subscription subscription{session.store, queue};
     Watcher watcher{session, options};
+    session.err << "tess: watching " << session.store.browser().url() << "; Ctrl-C ends it\n" << std::flush;
     const Clock::Duration deadline =
         options.seconds > 0.0
             ? session.clock.now() +

@@ -74,7 +74,7 @@ ExitCode runReporting(const CommandLine& line) {
         std::cerr << "tess: " << failure.what() << "\n";
         return failure.exitCode();
     } catch (const boost::system::system_error& failure) {
-        std::cerr << "tess: " << failure.what() << "\n";
+        std::cerr << "tess: " << failure.what() << "; is powerdistributiond running, and with this store?\n";
         return ExitCode::StoreUnreachable;
     } catch (const std::exception& failure) {
         std::cerr << "tess: " << failure.what() << "\n";

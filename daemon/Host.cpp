@@ -1,0 +1,70 @@
+#include "daemon/Host.h"
+
+#include "daemon/LibraryManager.h"
+#include "daemon/ServiceNotifier.h"
+#include "daemon/SignalWatch.h"
+#include "daemon/Supervisor.h"
+#include "daemon/WriteJournal.h"
+#include "platform/tessapi/TessAccessor.h"
+
+#include <iostream>
+#include <memory>
+#include <thread>
+#include <unistd.h>
+
+namespace velk::daemon {
+
+namespace {
+
+void say(const std::string& sentence) {
+    std::cout << "powerdistributiond: " + sentence + "\n" << std::flush;
+}
+
+std::unique_ptr<tessapi::ITessAccessor> openStore() {
+    return std::make_unique<tessapi::TessAccessor>("powerdistributiond", true);
+}
+
+/// Until the supervisor has come to its end.
+void takeSignals(SignalWatch& signals, Supervisor& supervisor, const ServiceNotifier& notifier) {
+    bool ending = false;
+    while (const auto signal = signals.next()) {
+        if (ending) {
+            say(signalName(*signal) + " again, ending at once");
+            // Nothing may run any more: a destructor could wait for the very thing that hangs.
+            _exit(static_cast<int>(ExitCode::EndedHard));
+        }
+        ending = true;
+        say(signalName(*signal) + " received, letting the device go; a second signal ends at once");
+        notifier.stopping();
+        supervisor.stop();
+    }
+}
+
+} // namespace
+
+ExitCode host(const std::string& path) {
+    SignalWatch signals;
+    const ServiceNotifier notifier = ServiceNotifier::fromEnvironment();
+    WriteJournal journal{openStore, std::cerr};
+    journal.open();
+    const auto onDeviceWrite = [&journal](const velk::powerdistribution::DeviceWrite& write) {
+        journal.record(write);
+    };
+    const auto makeManager = [&path, &onDeviceWrite] {
+        return std::make_unique<LibraryManager>(path, onDeviceWrite);
+    };
+    Supervisor supervisor{makeManager, velk::common::Clock::system(), std::cerr,
+                          "check the configuration with: powerdistributiond --check --config " + path};
+    std::thread runner{[&supervisor, &signals] {
+        supervisor.run();
+        signals.wake();
+    }};
+    say("started with " + path);
+    notifier.ready();
+    takeSignals(signals, supervisor, notifier);
+    runner.join();
+    say("ended");
+    return ExitCode::Done;
+}
+
+} // namespace velk::daemon

@@ -1,0 +1,147 @@
+#include "daemon/WriteJournal.h"
+
+#include "platform/qz/CValue.h"
+#include "platform/tessapi/InBandAccessor.h"
+
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+namespace velk::daemon {
+
+namespace {
+
+using velk::common::MutexLock;
+using velk::powerdistribution::DeviceWrite;
+using velk::powerdistribution::Value;
+using Json = nlohmann::ordered_json;
+
+std::string textOf(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+/// What `tess` writes into a channel comes here as the value of the same kind.
+qz::CValue storeValue(const Value& value) {
+    if (const bool* flag = value.getIf<bool>()) {
+        return qz::CValue{*flag};
+    }
+    if (const std::int32_t* number = value.getIf<std::int32_t>()) {
+        return qz::CValue{*number};
+    }
+    if (const std::uint32_t* number = value.getIf<std::uint32_t>()) {
+        return qz::CValue{*number};
+    }
+    if (const float* number = value.getIf<float>()) {
+        return qz::CValue{*number};
+    }
+    if (const conv::UnixTime* time = value.getIf<conv::UnixTime>()) {
+        qz::CTimestamp stamp;
+        stamp.seconds = time->toIntegralType();
+        return qz::CValue{stamp};
+    }
+    return qz::CValue{};
+}
+
+} // namespace
+
+std::string askedText(const Value& value) {
+    const qz::CValue stored = storeValue(value);
+    std::ostringstream text;
+    if (stored.isValid()) {
+        text << stored;
+    } else {
+        text << value;
+    }
+    return text.str();
+}
+
+velk::common::Uuid WriteJournal::deviceUuid() {
+    return velk::common::Uuid{velk::common::Uuid::VELK_NAMESPACE, "Daemon"};
+}
+
+WriteJournal::WriteJournal(Opener storeOpener, std::ostream& errorStream) :
+    opener{std::move(storeOpener)}, errors{errorStream} {}
+
+void WriteJournal::open() {
+    const MutexLock lock{mutex};
+    writeOut();
+}
+
+void WriteJournal::record(const DeviceWrite& write) {
+    const MutexLock lock{mutex};
+    Json note;
+    note["sequence"] = ++sequence;
+    note["device"] = write.device;
+    note["channel"] = write.channel;
+    note["asked"] = askedText(write.asked);
+    note["accepted"] = write.accepted;
+    note["error"] = write.error.empty() ? Json(nullptr) : Json(write.error);
+    note["time"] = write.time.toIso8601();
+    notes.push_back(std::move(note));
+    if (notes.size() > LENGTH) {
+        notes.pop_front();
+    }
+    unsaid = std::min(unsaid + 1, notes.size());
+    writeOut();
+}
+
+void WriteJournal::writeOut() {
+    try {
+        openStore();
+        if (unsaid != 0) {
+            store->inbandAccessor().setChannelCValue(writesChannel, qz::CValue{textOf(Json(notes))});
+        }
+        for (; unsaid != 0; --unsaid) {
+            const Note& note = notes[notes.size() - unsaid];
+            store->inbandAccessor().setChannelCValue(lastWriteChannel, qz::CValue{textOf(note)});
+        }
+        failing = false;
+    } catch (const std::exception& failure) {
+        if (!failing) {
+            errors << std::string{"powerdistributiond: writes to the device cannot be noted in the store: "} +
+                          failure.what() + "; tess will not hear of outcomes until they can\n"
+                   << std::flush;
+        }
+        failing = true;
+    }
+}
+
+void WriteJournal::openStore() {
+    if (store) {
+        return;
+    }
+    std::unique_ptr<tessapi::ITessAccessor> opened = opener();
+    tessapi::InBandAccessor& inband = opened->inbandAccessor();
+    const std::uint64_t device = opened->emplaceDevice(deviceUuid(), tessapi::ITessAccessor::ROOT_DEVICE, 0);
+    if (inband.getDeviceAttribute(device, tessapi::DeviceAttribute::path) != "Daemon") {
+        inband.setDeviceAttribute(device, tessapi::DeviceAttribute::path, "Daemon");
+    }
+    writesChannel = inband.emplaceChannel(device, WRITES, false);
+    lastWriteChannel = inband.emplaceChannel(device, LAST_WRITE, false);
+    const qz::CValue stored = inband.getChannelCValue(writesChannel);
+    const std::string* text = std::get_if<std::string>(&stored.variant());
+    takeOver(text == nullptr ? std::string{} : *text);
+    store = std::move(opened);
+}
+
+void WriteJournal::takeOver(const std::string& storedNotes) {
+    Json stored = Json::parse(storedNotes, nullptr, false);
+    if (!stored.is_array()) {
+        return;
+    }
+    // The notes taken while there was no store come after those that it has.
+    std::erase_if(stored.get_ref<Json::array_t&>(), [](const Json& note) {
+        return !note.is_object() || !note.contains("sequence") || !note["sequence"].is_number_unsigned();
+    });
+    sequence = stored.empty() ? 0 : stored.back()["sequence"].get<std::uint64_t>();
+    for (Note& note : notes) {
+        note["sequence"] = ++sequence;
+    }
+    notes.insert(notes.begin(), stored.begin(), stored.end());
+    while (notes.size() > LENGTH) {
+        notes.pop_front();
+    }
+}
+
+} // namespace velk::daemon

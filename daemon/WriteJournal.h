@@ -1,0 +1,75 @@
+#pragma once
+
+#include "platform/common/Mutex.h"
+#include "platform/common/Uuid.h"
+#include "platform/tessapi/ITessAccessor.h"
+#include "powerdistribution/core/DeviceWrite.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace velk::daemon {
+
+/// Notes each write to the device in the store, so that who asked for it can hear what became of it.
+///
+/// The notes stand on a device of the daemon's own, a child of the root: the last 256 as a JSON array, oldest
+/// first, in the channel "Daemon.Writes", and the newest alone in "Daemon.LastWrite", which is written once
+/// for every note, after the array. A note is
+/// {"sequence":7,"device":"Outlets.1","channel":"Setting.AutomaticSwitchOffDelay","asked":"30","accepted":true,
+/// "error":null,"time":"2026-11-21T13:38:11.000Z"}; the sequence goes on where the store's notes end.
+///
+/// A store that fails stops nothing: the notes are kept and written with the next one, and the failure is
+/// reported in one line, once until the store has worked again.
+///
+/// Threads: any.
+class WriteJournal {
+public:
+    using Opener = std::function<std::unique_ptr<tessapi::ITessAccessor>()>;
+
+    static constexpr std::size_t LENGTH = 256;
+    static constexpr const char* WRITES = "Daemon.Writes";
+    static constexpr const char* LAST_WRITE = "Daemon.LastWrite";
+
+    /// The Uuid of the daemon's own device.
+    static velk::common::Uuid deviceUuid();
+
+    /// `opener` makes the client of the store and may throw. `errors` must outlive this object.
+    WriteJournal(Opener opener, std::ostream& errors);
+
+    /// Makes device and channels, so that others can subscribe to them before the first note. Never throws a
+    /// standard exception.
+    void open() VELK_EXCLUDES(mutex);
+
+    /// Never throws a standard exception.
+    void record(const velk::powerdistribution::DeviceWrite& write) VELK_EXCLUDES(mutex);
+
+private:
+    using Note = nlohmann::ordered_json;
+
+    void writeOut() VELK_REQUIRES(mutex);
+    void openStore() VELK_REQUIRES(mutex);
+    void takeOver(const std::string& storedNotes) VELK_REQUIRES(mutex);
+
+    Opener opener;
+    std::ostream& errors;
+    velk::common::Mutex mutex;
+    std::unique_ptr<tessapi::ITessAccessor> store VELK_GUARDED_BY(mutex); ///< null until it could be opened
+    std::uint64_t writesChannel VELK_GUARDED_BY(mutex){0};
+    std::uint64_t lastWriteChannel VELK_GUARDED_BY(mutex){0};
+    std::deque<Note> notes VELK_GUARDED_BY(mutex);
+    std::size_t unsaid VELK_GUARDED_BY(mutex){0}; ///< how many of the newest notes the store has not got
+    std::uint64_t sequence VELK_GUARDED_BY(mutex){0};
+    bool failing VELK_GUARDED_BY(mutex){false};
+};
+
+/// What was asked, in the store's own notation: "true", "30", "2026-11-21T13:38:11.000Z".
+std::string askedText(const velk::powerdistribution::Value& value);
+
+} // namespace velk::daemon
