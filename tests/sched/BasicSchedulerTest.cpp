@@ -92,8 +92,7 @@ TEST_F(BasicSchedulerTest, AtMostOneFinishedTaskIsReleasedInACycle) {
     const std::vector<std::shared_ptr<int>> tokens{std::make_shared<int>(1), std::make_shared<int>(2),
                                                    std::make_shared<int>(3)};
     for (const auto& token : tokens) {
-        push(
-            0, [token] {}, 0);
+        pushOnce(0, [token] {});
     }
     std::vector<long> held;
     run(4, 1, [&](int) {
@@ -108,12 +107,11 @@ TEST_F(BasicSchedulerTest, FinishedTaskIsReleasedBeforeALongOneThatWasStartedEar
     const auto shortToken = std::make_shared<int>(0);
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
-    push(
-        0, [longToken, released] { released.wait(); }, 0);
-    push(
-        1, [shortToken] {}, 0);
-    run(2, 2, [&](int cycle) {
-        if (cycle == 2) {
+    pushOnce(0, [longToken, released] { released.wait(); });
+    pushOnce(1, [shortToken] {});
+    awaitedWorkers = 1;
+    run(3, 2, [&](int cycle) {
+        if (cycle == 3) {
             EXPECT_EQ(shortToken.use_count(), 1);
             EXPECT_GT(longToken.use_count(), 1);
         }
@@ -127,13 +125,10 @@ TEST_F(BasicSchedulerTest, EndDoesNotWaitForTasksThatRunOnce) {
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
     std::atomic<bool> ended{false};
-    push(
-        0,
-        [&ended, released] {
-            released.wait();
-            ended = true;
-        },
-        0);
+    pushOnce(0, [&ended, released] {
+        released.wait();
+        ended = true;
+    });
     awaitedWorkers = 1;
     run(1, 2);
     EXPECT_FALSE(ended);

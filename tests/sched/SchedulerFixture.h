@@ -44,6 +44,8 @@ protected:
             {.basePriority = rank, .currentPriority = rank, .kind = kind, .function = std::move(job)});
     }
 
+    void pushOnce(std::uint32_t rank, Job job) { push(rank, std::move(job), 0); }
+
     /// A task that writes its name into the log of the cycle.
     void pushNamed(std::uint32_t rank, const std::string& name, std::uint32_t kind = Task::RECURRING) {
         push(

@@ -64,8 +64,8 @@ public:
     /// Nesting beyond this depth is refused, so that hostile text cannot exhaust the stack.
     static constexpr std::size_t MAX_DEPTH = 64;
 
-    /// Parses the whole text. Empty, malformed or trailing text throws JsonError with line and
-    /// column.
+    /// Parses the whole text. Empty, malformed or trailing text throws JsonError; its place is that of the
+    /// byte at which reading could not go on.
     explicit Deserializer(std::string_view json);
     ~Deserializer();
     Deserializer(Deserializer&&) noexcept;

@@ -1,4 +1,5 @@
 #include "platform/common/lwjson/Deserializer.h"
+#include "platform/common/lwjson/JsonError.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -92,6 +93,18 @@ TEST(DeserializerErrorTest, MessageSaysWhatWasExpected) {
 TEST(DeserializerErrorTest, MessageHasItsPositionOnlyOnce) {
     EXPECT_THAT(refusal("["), testing::Not(HasSubstr("parse error at")));
     EXPECT_THAT(refusal("["), testing::Not(HasSubstr("json.exception")));
+}
+
+TEST(DeserializerErrorTest, FailureTellsItsPlaceApartFromItsReason) {
+    try {
+        const Deserializer json{std::string{"1\n\0", 3}};
+        FAIL() << "no exception";
+    } catch (const velk::common::lwjson::JsonError& failure) {
+        EXPECT_EQ(failure.position().line, 2U);
+        EXPECT_EQ(failure.position().column, 1U);
+        EXPECT_EQ(failure.reason(), "unexpected NUL byte");
+        EXPECT_STREQ(failure.what(), "line 2, column 1: unexpected NUL byte");
+    }
 }
 
 TEST(DeserializerErrorTest, DeeperNestingThanTheLimitIsRefused) {
