@@ -1,5 +1,6 @@
 #include "powerdistribution/protocols/ProtocolsManager.h"
 
+#include "powerdistribution/core/PathConstants.h"
 #include "testing/TemporaryDirectory.h"
 #include "tests/protocols/plugin/PluginHost.h"
 
@@ -16,6 +17,8 @@ namespace {
 
 using velk::common::Uuid;
 using velk::powerdistribution::Configuration;
+using velk::powerdistribution::Value;
+namespace paths = velk::powerdistribution::paths;
 using velk::powerdistribution::protocols::ProtocolsManager;
 using Events = std::vector<std::string>;
 
@@ -131,6 +134,20 @@ TEST_F(ProtocolsManagerTest, EnumerateGivesTheFactoryOfTheLibraryWithTheProtocol
     ASSERT_TRUE(manager->wrapperFactory);
     EXPECT_EQ(manager->wrapperFactory->protocolUuid(), UUID_OF_B);
     EXPECT_EQ(events(), Events{"b.factory made"});
+}
+
+TEST_F(ProtocolsManagerTest, StaticTableOfAPluginIsWholeWhenItIsLoaded) {
+    host.scripts["a"].found = true;
+    load();
+    ASSERT_TRUE(manager->discover());
+    ASSERT_TRUE(manager->enumerate());
+    const auto voltage = manager->wrapperFactory->buildWrapper(paths::input1MeasureVoltage);
+    ASSERT_TRUE(voltage);
+    EXPECT_EQ(voltage->read(), Value{230.0f});
+    const auto current = manager->wrapperFactory->buildWrapper(paths::output1MeasureCurrent);
+    ASSERT_TRUE(current);
+    EXPECT_EQ(current->read(), Value{10.0f});
+    EXPECT_FALSE(manager->wrapperFactory->buildWrapper(paths::measureVoltage));
 }
 
 TEST_F(ProtocolsManagerTest, EnumerateReplacesTheFactoryFromBefore) {

@@ -7,8 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -190,6 +192,26 @@ TEST_F(ProxyWrapperFactoryTest, WrappersOutliveTheirFactory) {
     const auto wrapper = passing->buildWrapper(com);
     passing.reset();
     EXPECT_EQ(wrapper->read(), Value{4u});
+}
+
+TEST_F(ProxyWrapperFactoryTest, PathsMayBeAskedFromManyThreadsAtOnce) {
+    communicationIsGood();
+    device->add({ECircuit::Outputs, 7u, EStatus::Supply}, Value{true});
+    std::vector<std::thread> threads;
+    std::array<Value, 4> results;
+    for (Value& result : results) {
+        threads.emplace_back([this, &result] {
+            for (int round = 0; round < 50; ++round) {
+                result = read({ECircuit::Outputs, 7u, EStatus::OperatingStatus});
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (const Value& result : results) {
+        EXPECT_EQ(result, Value{16u});
+    }
 }
 
 /// The paths of all leaves of a forest, in the order of trial.

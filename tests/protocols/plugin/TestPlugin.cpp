@@ -1,16 +1,22 @@
 // A complete protocol plug-in without a device. Built several times, each with a name and a Uuid of its own.
 
 #include "platform/common/DynamicLibrary.h"
+#include "powerdistribution/core/PathConstants.h"
 #include "powerdistribution/protocols/IProtocolBuilder.h"
 #include "powerdistribution/protocols/IProtocolLibrary.h"
+#include "powerdistribution/protocols/RuleFunctions.h"
+#include "powerdistribution/protocols/RuleTable.h"
 #include "testing/FakeProtocol.h"
 #include "testing/FakeWrapperFactory.h"
 #include "tests/protocols/plugin/PluginHost.h"
 
+#include <any>
 #include <exception>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -27,6 +33,12 @@ void tell(const std::string& event) {
 const PluginHost::Script& script() {
     return PluginHost::instance().scripts[NAME];
 }
+
+/// Filled while the plug-in is loaded, from constants and functions of the system.
+const std::vector<Rule> RULES = growRules({
+    {velk::powerdistribution::paths::input1MeasureVoltage, make_static<float>(230.0f)},
+    {velk::powerdistribution::paths::output1MeasureCurrent, mult(make_static<float>(5.0f), 2.0f)},
+});
 
 class PluginFailure : public std::exception {
 public:
@@ -58,6 +70,12 @@ public:
         tell("factory made");
     }
     ~Factory() override { tell("factory destroyed"); }
+
+    ValueWrapperPtr buildWrapper(const velk::powerdistribution::EPath& path) const override {
+        const std::any none;
+        Rule::ExecutionParameters walk{path, 0, *this, protocol, none};
+        return RuleBasedWrapperBuilder{RULES}.buildWrapper(walk);
+    }
 
 private:
     std::shared_ptr<IProtocol> protocol;
