@@ -140,7 +140,9 @@ void Dispatcher::deliver(const Change& change) {
 }
 
 void Dispatcher::call(Subscription& subscription, const Change& change) {
+    // This may fail, and the change come again: who has been called for it by then must not be called twice.
     const auto due = subscription.callFor(change, *engine);
+    subscription.take(change);
     if (!due || subscription.hasEnded() || isStopping()) {
         return;
     }

@@ -34,11 +34,14 @@ public:
 
     bool isNews(const Change& change) const { return change.seq > from && wants(change); }
 
+    /// Nothing up to `change` is news any more.
+    void take(const Change& change) { from = change.seq; }
+
     void end() { ended = true; }
     bool hasEnded() const { return ended; }
 
 private:
-    const std::int64_t from;
+    std::int64_t from; // of the client thread
     std::atomic<bool> ended{false};
 };
 

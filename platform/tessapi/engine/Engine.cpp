@@ -48,6 +48,7 @@ std::shared_ptr<Engine> Engine::openFile(const StoreUrl& url, bool create, const
     engine->secondConnection =
         std::make_unique<Connection>(path, engine->store, engine->catalogue, options.changesKept);
     engine->reader = engine->secondConnection.get();
+    engine->checkSound();
     engine->keeper = std::make_unique<Keeper>(path, engine->store, *engine->writers);
     engine->retypeChannels();
     return engine;
@@ -113,6 +114,11 @@ auto Engine::read(Work work) {
     reader->database.checkStillThere();
     Transaction transaction{reader->database, Transaction::Kind::read};
     return work(reader->model);
+}
+
+void Engine::checkSound() {
+    MutexLock lock{reader->mutex};
+    Schema::checkSound(reader->database);
 }
 
 void Engine::retypeChannels() {

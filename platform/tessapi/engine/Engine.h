@@ -90,6 +90,7 @@ private:
 
     static std::shared_ptr<Engine> openFile(const StoreUrl& url, bool create, const Options& options);
     static std::shared_ptr<Engine> openMemory(const StoreUrl& url, bool create, const Options& options);
+    void checkSound();
     void retypeChannels();
     void checkUsable() const;
 

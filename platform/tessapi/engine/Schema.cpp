@@ -117,8 +117,11 @@ void Schema::verify(Database& database) {
         throwStoreFault(store, StoreFault::wrongVersion,
                         "version " + std::to_string(found) + ", expected " + std::to_string(VERSION));
     }
+}
+
+void Schema::checkSound(Database& database) {
     if (const auto verdict = single(database, "PRAGMA quick_check(1)"); verdict != "ok") {
-        throwStoreFault(store, StoreFault::corrupt, verdict);
+        throwStoreFault(database.storeName(), StoreFault::corrupt, verdict);
     }
 }
 

@@ -21,8 +21,11 @@ bool isEmpty(Database& database);
 /// Makes the tables and the root device, all or nothing.
 void create(Database& database);
 
-/// Throws `StoreFault::foreign`, `wrongVersion` or `corrupt` unless this is a sound store of this version.
+/// Throws `StoreFault::foreign` or `wrongVersion` unless this is a store of this version.
 void verify(Database& database);
+
+/// Reads all of it, and throws `StoreFault::corrupt` when it contradicts itself.
+void checkSound(Database& database);
 
 } // namespace Schema
 

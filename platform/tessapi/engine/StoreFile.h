@@ -13,7 +13,7 @@ namespace StoreFile {
 /// otherwise makes the folders that lead to it.
 std::string locate(const std::string& path, const std::string& store, bool create);
 
-/// Makes the tables in a file without content, and refuses a file that is no sound store. The caller holds
+/// Makes the tables in a file without content, and refuses a file that is no store. The caller holds
 /// the lock between the processes.
 void prepare(Database& database, bool create);
 
