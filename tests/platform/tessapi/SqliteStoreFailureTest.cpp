@@ -1,4 +1,5 @@
 #include "tests/platform/tessapi/SqliteStoreTest.h"
+#include "tests/platform/tessapi/WriterProcess.h"
 
 #include <boost/system/system_error.hpp>
 
@@ -107,6 +108,25 @@ TEST_F(SqliteStoreFailureTest, AFolderInThePlaceOfTheStoreIsNamed) {
     std::filesystem::create_directory(file());
     const std::string message = refusal(url());
     EXPECT_NE(message.find(file().string()), std::string::npos) << message;
+}
+
+TEST_F(SqliteStoreFailureTest, AStoreThatIsLockedTooLongIsAFailureThatNamesIt) {
+    const auto client = open();
+    const std::uint64_t device = client->device("device");
+    client->channels().setDeviceAttribute(device, DeviceAttribute::model, "before");
+    {
+        WriterProcess holder{{url(), "lock", file().string()}};
+        ASSERT_EQ(holder.readLine(), "locked");
+        try {
+            client->channels().setDeviceAttribute(device, DeviceAttribute::model, "while locked");
+            ADD_FAILURE() << "the write was taken";
+        } catch (const boost::system::system_error& failure) {
+            EXPECT_NE(std::string{failure.what()}.find(file().string()), std::string::npos) << failure.what();
+        }
+        EXPECT_EQ(client->channels().getDeviceAttribute(device, DeviceAttribute::model), "before");
+    }
+    client->channels().setDeviceAttribute(device, DeviceAttribute::model, "after");
+    EXPECT_EQ(client->channels().getDeviceAttribute(device, DeviceAttribute::model), "after");
 }
 
 TEST(StoreUrlTest, AUrlThatIsNoneIsAnInvalidArgument) {

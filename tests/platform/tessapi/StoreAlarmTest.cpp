@@ -29,9 +29,10 @@ protected:
         return made;
     }
 
-    /// Whether `value`, written to a channel of this name, is an alarm by `watched`.
+    /// Whether `value`, written to the device's one channel of this name, is an alarm by `watched`.
     bool isAlarm(const std::string& name, const CValue& value, const CAlarmTrigger& watched) {
         const std::uint64_t channel = client().channel(device, name);
+        client().channels().removeAllChannelsExcept(device, {channel});
         client().setAlarms(channel, {watched});
         client().channels().setChannelCValue(channel, value);
         return client().alarms().getMostCritical(device) != nullptr;
@@ -104,7 +105,6 @@ TEST_P(StoreAlarmTest, NumbersOfAllKindsCompare) {
         EXPECT_TRUE(isAlarm(names::INT32, CValue{std::int32_t{-1}}, trigger(LOWER, threshold))) << threshold;
         EXPECT_FALSE(isAlarm(names::INT32, CValue{std::int32_t{11}}, trigger(EQUAL, threshold)));
         EXPECT_TRUE(isAlarm(names::FLOAT32, CValue{10.5f}, trigger(UPPER, threshold))) << threshold;
-        client().channels().removeAllChannelsExcept(device, {});
     }
 }
 
@@ -141,7 +141,6 @@ TEST_P(StoreAlarmTest, TextsCompareForEqualityAlone) {
 
 TEST_P(StoreAlarmTest, ATextNeverMatchesANumber) {
     EXPECT_FALSE(isAlarm(names::STRING, CValue{"10"}, trigger(EQUAL, CValue{10u})));
-    client().channels().removeAllChannelsExcept(device, {});
     EXPECT_FALSE(isAlarm(names::UINT32, CValue{10u}, trigger(EQUAL, CValue{"10"})));
 }
 

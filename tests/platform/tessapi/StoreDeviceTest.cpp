@@ -111,6 +111,16 @@ TEST_P(StoreDeviceTest, ASeatIsTakenBackByItsEarlierHolder) {
     EXPECT_EQ(client().store().deviceIdOf(uuidFor("new")), UNKNOWN_ID);
 }
 
+TEST_P(StoreDeviceTest, ATakeOverFromWithinTheSubtreeThatGoesLeavesNoDeviceWithoutParent) {
+    client().device("old", ROOT, 20);
+    client().device("new", client().device("child", 20), 20);
+    client().device("newer", 20, 20);
+    for (const qz::CDevice& device : client().browser().snapshot().devices) {
+        EXPECT_TRUE(device.id == ROOT || exists(device.parentId)) << device.id;
+        EXPECT_NE(device.parentId, device.id);
+    }
+}
+
 TEST_P(StoreDeviceTest, TheSeatOfTheRootIsNeverTaken) {
     const velk::common::Uuid root = client().store().uuidOf(ROOT);
     const std::uint64_t child = client().device("child");
@@ -158,9 +168,11 @@ TEST_P(StoreDeviceTest, AChildWithAKeptDeviceBelowItStays) {
     const std::uint64_t child = client().device("child");
     const std::uint64_t grandchild = client().device("grandchild", child);
     const std::uint64_t deep = client().device("deep", grandchild);
+    const std::uint64_t beside = client().device("beside", child);
     const std::uint64_t other = client().device("other");
     keepOnly({deep});
     EXPECT_TRUE(exists(child));
+    EXPECT_TRUE(exists(beside)) << "only direct children are removed";
     EXPECT_TRUE(exists(grandchild));
     EXPECT_TRUE(exists(deep));
     EXPECT_FALSE(exists(other));

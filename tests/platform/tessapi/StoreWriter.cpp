@@ -4,13 +4,17 @@
 //     store_writer URL attribute DEVICE TEXT          writes the model of the device
 //     store_writer URL device DEVICE                  makes the device and prints its identifier
 //     store_writer URL remove                         removes all devices
+//     store_writer URL lock FILE                      holds the database's own lock until it is killed
 
 #include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/TessAccessor.h"
 
 #include <exception>
 #include <iostream>
+#include <sqlite3.h>
+#include <stdexcept>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -33,7 +37,22 @@ void count(TessAccessor& store, const std::vector<std::string>& words) {
     }
 }
 
+[[noreturn]] void holdLock(const std::string& file) {
+    sqlite3* database = nullptr;
+    if (sqlite3_open(file.c_str(), &database) != SQLITE_OK ||
+        sqlite3_exec(database, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr) != SQLITE_OK) {
+        throw std::runtime_error{sqlite3_errmsg(database)};
+    }
+    std::cout << "locked" << std::endl;
+    while (true) {
+        pause();
+    }
+}
+
 int run(const std::vector<std::string>& words) {
+    if (words.at(2) == "lock") {
+        holdLock(words.at(3));
+    }
     const auto store = TessAccessor::open("store_writer", words.at(1));
     const std::string& command = words.at(2);
     if (command == "count") {
