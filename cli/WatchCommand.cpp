@@ -42,6 +42,13 @@ public:
     EndSignals(const EndSignals&) = delete;
     EndSignals& operator=(const EndSignals&) = delete;
 
+    /// Whether one has come. It is consumed, or it would end the program as soon as it is no longer kept
+    /// away.
+    bool take() const {
+        signalfd_siginfo info{};
+        return read(descriptor, &info, sizeof info) == static_cast<ssize_t>(sizeof info);
+    }
+
     int descriptor{-1};
 
 private:
@@ -100,7 +107,7 @@ ExitCode runWatch(Session& session, const WatchOptions& options) {
                 return ExitCode::Done;
             }
         }
-        if ((sources[0].revents & POLLIN) != 0) {
+        if (signals.take()) {
             return ExitCode::Done;
         }
     }

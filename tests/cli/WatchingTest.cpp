@@ -1,0 +1,116 @@
+#include "tests/cli/SampleStore.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <nlohmann/json.hpp>
+
+namespace velk::cli {
+namespace {
+
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using Json = nlohmann::ordered_json;
+using velk::testing::ChildProcess;
+
+class WatchingTest : public ::testing::Test {
+protected:
+    /// Writes until the first line comes: only then is it sure that `tess` watches.
+    void startWatching(ChildProcess& program, const char* path = "Inputs.1.Measure.Voltage") {
+        ASSERT_TRUE(program.awaitErrors("watching"));
+        sample.set(sample.input, "Measure.Voltage", qz::CValue{1.0F});
+        ASSERT_TRUE(program.awaitOutput(path));
+    }
+
+    test::SampleStore sample;
+};
+
+TEST_F(WatchingTest, ShowsEachChangeAsItComes) {
+    const auto program = sample.start({"watch", "--count", "2"});
+    startWatching(*program);
+    sample.set(20, "Status.Mode", qz::CValue{3U});
+    EXPECT_EQ(program->finish(), 0);
+    EXPECT_THAT(program->output(), ContainsRegex("^[0-9:]+\\.[0-9]+  Inputs\\.1\\.Measure\\.Voltage  1 V\n"
+                                                 "[0-9:]+\\.[0-9]+  Status\\.Mode  on battery\n$"));
+}
+
+TEST_F(WatchingTest, AWriteThatChangesNothingIsShownOnlyOnDemand) {
+    const auto changes = sample.start({"watch", "--count", "2"});
+    const auto every = sample.start({"watch", "--every", "--count", "3"});
+    startWatching(*changes);
+    ASSERT_TRUE(every->awaitErrors("watching"));
+    sample.set(20, "Status.Mode", qz::CValue{2U});
+    sample.set(20, "Status.Mode", qz::CValue{2U});
+    sample.set(20, "Status.Mode", qz::CValue{3U});
+    EXPECT_EQ(changes->finish(), 0);
+    EXPECT_EQ(every->finish(), 0);
+    EXPECT_THAT(changes->output(), Not(HasSubstr("on line")));
+    EXPECT_THAT(every->output(), HasSubstr("on line"));
+}
+
+TEST_F(WatchingTest, ShowsOnlyThePathsAskedFor) {
+    const auto program = sample.start({"watch", "Inputs.*", "--count", "2"});
+    startWatching(*program);
+    sample.set(20, "Status.Mode", qz::CValue{3U});
+    sample.set(sample.input, "Measure.Voltage", qz::CValue{2.0F});
+    EXPECT_EQ(program->finish(), 0);
+    EXPECT_THAT(program->output(), Not(HasSubstr("Status.Mode")));
+    EXPECT_THAT(program->output(), HasSubstr("2 V"));
+}
+
+TEST_F(WatchingTest, AsJsonEachLineIsAnObject) {
+    const auto program = sample.start({"watch", "--json", "--count", "2"});
+    startWatching(*program);
+    sample.connect(false);
+    EXPECT_EQ(program->finish(), 0);
+    std::istringstream lines{program->output()};
+    std::string line;
+    std::getline(lines, line);
+    const Json first = Json::parse(line);
+    EXPECT_EQ(first["path"], "Inputs.1.Measure.Voltage");
+    EXPECT_EQ(first["value"], 1.0);
+    EXPECT_EQ(first["fresh"], true);
+    std::getline(lines, line);
+    EXPECT_EQ(Json::parse(line)["text"], "lost");
+}
+
+TEST_F(WatchingTest, AfterALossValuesAreMarkedAsLastKnown) {
+    const auto program = sample.start({"watch", "--count", "3"});
+    startWatching(*program);
+    sample.connect(false);
+    sample.set(20, "Status.Mode", qz::CValue{3U});
+    EXPECT_EQ(program->finish(), 0);
+    EXPECT_THAT(program->output(), ContainsRegex("Status\\.Mode  on battery  last known, lost since 20"));
+}
+
+TEST_F(WatchingTest, ChannelsThatComeIntoBeingLaterAreShownToo) {
+    const auto program = sample.start({"watch", "--count", "2"});
+    startWatching(*program);
+    sample.set(sample.outlet, "Status.SwitchedOn", qz::CValue{true});
+    EXPECT_EQ(program->finish(), 0);
+    EXPECT_THAT(program->output(), HasSubstr("Outlets.1.Status.SwitchedOn"));
+}
+
+TEST_F(WatchingTest, EndsWithZeroWhenItIsInterrupted) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        const auto program = sample.start({"watch"});
+        ASSERT_TRUE(program->awaitErrors("watching"));
+        program->signal(signal);
+        EXPECT_EQ(program->finish(), 0);
+    }
+}
+
+TEST_F(WatchingTest, EndsAfterTheTimeAskedFor) {
+    EXPECT_EQ(sample.start({"watch", "--for", "0.1"})->finish(), 0);
+}
+
+TEST_F(WatchingTest, APathThatMeansNothingIsRefusedAtOnce) {
+    const auto program = sample.start({"watch", "Status.Mod"});
+    EXPECT_EQ(program->finish(), 4);
+    EXPECT_THAT(program->errors(), HasSubstr("did you mean \"Status.Mode\"?"));
+}
+
+} // namespace
+} // namespace velk::cli
