@@ -1,0 +1,184 @@
+#include "powerdistribution/connectors/CallbackGuard.h"
+
+#include "testing/CallLog.h"
+#include "testing/RecordingListener.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+namespace velk::powerdistribution::connectors {
+namespace {
+
+using handlers::HandlerData;
+using testing::CallLog;
+using testing::RecordingListener;
+using velk::common::Mutex;
+using velk::common::MutexLock;
+
+void waitUntil(const std::atomic<bool>& flag) {
+    while (!flag) {
+        std::this_thread::yield();
+    }
+}
+
+TEST(CallbackGuardTest, PassesCallsWithTheirArguments) {
+    const CallbackGuard guard;
+    int sum = 0;
+    const auto add = guard.guarded<int, int>([&](int a, int b) { sum += a + b; });
+    add(1, 2);
+    add(3, 4);
+    EXPECT_EQ(10, sum);
+}
+
+TEST(CallbackGuardTest, ACallThatComesAfterItsEndDoesNothing) {
+    auto guard = std::make_unique<CallbackGuard>();
+    int calls = 0;
+    const auto count = guard->guarded<>([&] { ++calls; });
+    guard.reset();
+    count();
+    EXPECT_EQ(0, calls);
+}
+
+TEST(CallbackGuardTest, CloseWaitsForTheCallOfAnotherThread) {
+    CallLog log;
+    CallbackGuard guard;
+    std::atomic<bool> entered{false};
+    const auto callback = guard.guarded<>([&] {
+        entered = true;
+        // Whoever closes has begun to wait before this call ends.
+        while (!guard.isClosed()) {
+            std::this_thread::yield();
+        }
+        log.add("callback ended");
+    });
+    std::thread store{callback};
+    waitUntil(entered);
+    guard.close();
+    log.add("closed");
+    store.join();
+    EXPECT_EQ((std::vector<std::string>{"callback ended", "closed"}), log.calls());
+}
+
+TEST(CallbackGuardTest, MayBeDestroyedByItsOwnCall) {
+    auto guard = std::make_unique<CallbackGuard>();
+    bool called = false;
+    const auto callback = guard->guarded<>([&] {
+        guard.reset();
+        called = true;
+    });
+    callback();
+    EXPECT_TRUE(called);
+    EXPECT_EQ(nullptr, guard);
+}
+
+TEST(CallbackGuardTest, ACallThatThrowsIsOver) {
+    CallbackGuard guard;
+    const auto callback = guard.guarded<>([] { throw std::runtime_error{"no"}; });
+    EXPECT_THROW(callback(), std::runtime_error);
+    std::thread{[&] { guard.close(); }}.join();
+    EXPECT_TRUE(guard.isClosed());
+}
+
+TEST(CallbackGuardTest, NotifyReleasesTheLockAroundTheListener) {
+    const CallbackGuard guard;
+    Mutex mutex;
+    bool wasFree = false;
+    RecordingListener listener{[&](const HandlerData&) {
+        wasFree = mutex.try_lock();
+        if (wasFree) {
+            mutex.unlock();
+        }
+    }};
+    {
+        MutexLock lock{mutex};
+        EXPECT_TRUE(guard.notify(listener, {}, lock));
+        std::thread{[&] { EXPECT_FALSE(mutex.try_lock()); }}.join();
+    }
+    EXPECT_TRUE(wasFree);
+    EXPECT_EQ(1u, listener.count());
+}
+
+TEST(CallbackGuardTest, NotifyTellsThatTheGuardEndedMeanwhile) {
+    auto guard = std::make_unique<CallbackGuard>();
+    Mutex mutex;
+    RecordingListener listener{[&](const HandlerData&) { guard.reset(); }};
+    {
+        MutexLock lock{mutex};
+        EXPECT_FALSE(guard->notify(listener, {}, lock));
+        EXPECT_TRUE(mutex.try_lock());
+        mutex.unlock();
+    }
+    EXPECT_EQ(1u, listener.count());
+}
+
+TEST(CallbackGuardTest, NotifyOfAClosedGuardCallsNobody) {
+    CallbackGuard guard;
+    Mutex mutex;
+    RecordingListener listener;
+    guard.close();
+    MutexLock lock{mutex};
+    EXPECT_FALSE(guard.notify(listener, {}, lock));
+    EXPECT_EQ(0u, listener.count());
+}
+
+TEST(CallbackGuardTest, WaitForWaitsUntilTheListenerIsLeft) {
+    CallLog log;
+    const CallbackGuard guard;
+    Mutex mutex;
+    std::atomic<bool> entered{false};
+    std::atomic<bool> waiting{false};
+    RecordingListener listener{[&](const HandlerData&) {
+        entered = true;
+        waitUntil(waiting);
+        log.add("listener left");
+    }};
+    std::thread store{[&] {
+        MutexLock lock{mutex};
+        guard.notify(listener, {}, lock);
+    }};
+    waitUntil(entered);
+    waiting = true;
+    guard.waitFor(&listener);
+    log.add("waited");
+    store.join();
+    EXPECT_EQ((std::vector<std::string>{"listener left", "waited"}), log.calls());
+}
+
+TEST(CallbackGuardTest, WaitForDoesNotWaitForAnotherListenerNorForNobody) {
+    const CallbackGuard guard;
+    Mutex mutex;
+    std::atomic<bool> entered{false};
+    std::atomic<bool> mayLeave{false};
+    RecordingListener busy{[&](const HandlerData&) {
+        entered = true;
+        waitUntil(mayLeave);
+    }};
+    RecordingListener idle;
+    std::thread store{[&] {
+        MutexLock lock{mutex};
+        guard.notify(busy, {}, lock);
+    }};
+    waitUntil(entered);
+    guard.waitFor(&idle);
+    guard.waitFor(nullptr);
+    mayLeave = true;
+    store.join();
+    EXPECT_EQ(1u, busy.count());
+}
+
+TEST(CallbackGuardTest, AListenerMayWaitForItself) {
+    const CallbackGuard guard;
+    Mutex mutex;
+    RecordingListener* self = nullptr;
+    RecordingListener listener{[&](const HandlerData&) { guard.waitFor(self); }};
+    self = &listener;
+    MutexLock lock{mutex};
+    EXPECT_TRUE(guard.notify(listener, {}, lock));
+}
+
+} // namespace
+} // namespace velk::powerdistribution::connectors
