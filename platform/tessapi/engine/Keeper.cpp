@@ -59,7 +59,7 @@ void Keeper::waitForWork(MutexLock& lock) {
 
 void Keeper::run() {
     MutexLock lock{mutex};
-    while (!stopping) {
+    while (!stopping || dirty) {
         waitForWork(lock);
         if (!dirty) {
             continue;
