@@ -58,6 +58,17 @@ TEST_P(StoreSubscriptionTest, AnUnchangedWriteIsDeliveredToo) {
     EXPECT_EQ(valuesOf(writes.all()), std::vector<CValue>(3, CValue{5u}));
 }
 
+TEST_P(StoreSubscriptionTest, AnUnchangedWriteOfAnotherClientIsDeliveredToo) {
+    const auto other = another();
+    const auto writes = client().watch({channel});
+    for (int round = 0; round < 3; ++round) {
+        client().set(channel, 5u);
+        other->set(channel, 5u);
+    }
+    client().settle();
+    EXPECT_EQ(valuesOf(writes.all()), std::vector<CValue>(6, CValue{5u}));
+}
+
 TEST_P(StoreSubscriptionTest, WritesOfAnotherClientAreDelivered) {
     const auto other = another();
     const auto writes = client().watch({channel});
