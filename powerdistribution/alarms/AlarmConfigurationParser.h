@@ -14,9 +14,9 @@ namespace velk::powerdistribution {
 /// The alarm configuration file: which data points raise alarms, when, and with which words.
 ///
 ///     {
-///       "alarmPriorities": ["Status.LowBattery.low"],
+///       "alarmPriorities": ["Status.LowRuntime.low"],
 ///       "alarms": {
-///         "Status.LowBattery": {"triggers": [
+///         "Status.LowRuntime": {"triggers": [
 ///           {"type": "value", "value": true, "severity": "critical", "code": "low", "message": "Battery
 ///           low"}
 ///         ]}
