@@ -17,8 +17,7 @@ namespace velk::powerdistribution {
 ///       "alarmPriorities": ["Status.LowRuntime.low"],
 ///       "alarms": {
 ///         "Status.LowRuntime": {"triggers": [
-///           {"type": "value", "value": true, "severity": "critical", "code": "low", "message": "Battery
-///           low"}
+///           {"type": "value", "value": true, "severity": "critical", "code": "low", "message": "Low"}
 ///         ]}
 ///       }
 ///     }
