@@ -50,6 +50,8 @@ function(velk_add_test name)
         set(folders "$<LINK_GROUP:RESCAN,${folders}>")
     endif()
     target_link_libraries(${name} PRIVATE ${folders} ${others} GTest::gmock GTest::gtest_main ${CMAKE_DL_LIBS})
+    # Tests are compiled more often than they run, so they are compiled fast.
+    target_compile_options(${name} PRIVATE -O0 -g1)
     target_compile_definitions(${name} PRIVATE
         VELK_SOURCE_DIR="${PROJECT_SOURCE_DIR}" VELK_BINARY_DIR="${CMAKE_BINARY_DIR}")
     if(NOT ARG_TIMEOUT)
