@@ -25,8 +25,8 @@ using velk::testing::ChildProcess;
 
 const std::string CHANNEL{"PowerDistribution.Status.Source"};
 
-/// Several programs on one store: two writers and one that makes and removes devices are killed again and
-/// again, one writer and one watcher live to the end.
+/// Several programs on one store: two writers, one that makes and removes devices and one that copies the log
+/// are killed again and again; one writer and one watcher live to the end.
 class StoreKillTest : public ::testing::Test {
 protected:
     static constexpr int KILLS = 60;
@@ -44,6 +44,9 @@ protected:
         if (number == 2) {
             return start({"churn"});
         }
+        if (number == 3) {
+            return start({"copy", path("tess.db")});
+        }
         const auto name = "victim " + std::to_string(number);
         return start({"write", name, path(name)});
     }
@@ -52,7 +55,7 @@ protected:
     void killAndRestart() {
         std::minstd_rand random{20260101};
         std::vector<std::unique_ptr<ChildProcess>> victims;
-        for (std::size_t number = 0; number < 3; ++number) {
+        for (std::size_t number = 0; number < 4; ++number) {
             victims.push_back(startVictim(number));
         }
         for (int kill = 0; kill < KILLS; ++kill) {

@@ -10,9 +10,13 @@
 #include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/StoreBrowser.h"
 #include "platform/tessapi/TessAccessor.h"
+#include "platform/tessapi/engine/Database.h"
+#include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/SharedPage.h"
 #include "tests/platform/tessapi/stress/Acknowledged.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -85,7 +89,23 @@ void churn(TessAccessor& store) {
     }
 }
 
+/// A keeper without a rest: the race that the lock between the processes prevents needs many copies to show.
+void copy(const std::string& path) {
+    tessapi::SharedPage page{path + "-lock", path};
+    tessapi::InterprocessLock lock{page, path, std::chrono::seconds{10}};
+    tessapi::Database database{path, path};
+    database.execute("PRAGMA synchronous=OFF"); // the machine goes on, and so there is time for more copies
+    for (;;) {
+        const tessapi::InterprocessHold hold{lock};
+        database.checkpoint();
+    }
+}
+
 int run(const std::vector<std::string>& words) {
+    if (words.at(2) == "copy") {
+        copy(words.at(3));
+        return 0;
+    }
     const auto store = TessAccessor::open("stress_worker", words.at(1));
     const auto& task = words.at(2);
     if (task == "write") {
