@@ -10,6 +10,21 @@ namespace velk::cli {
 
 using Json = nlohmann::ordered_json;
 
+namespace {
+
+/// A device's text must not move the cursor or paint the terminal.
+std::string printable(std::string text) {
+    for (char& letter : text) {
+        const auto code = static_cast<unsigned char>(letter);
+        if (code < 0x20 || code == 0x7F) {
+            letter = '?';
+        }
+    }
+    return text;
+}
+
+} // namespace
+
 std::string plainText(const qz::CValue& value) {
     std::ostringstream text;
     text << value;
@@ -37,12 +52,13 @@ std::string displayText(const qz::CValue& value, const tessapi::ChannelRecord& c
     if (const qz::CTimestamp* time = std::get_if<qz::CTimestamp>(&value.variant())) {
         return localText(time->seconds * 1000);
     }
-    const std::string text = plainText(value);
+    const std::string text = printable(plainText(value));
     return channel.unit.empty() || !value.asNumber() ? text : text + " " + channel.unit;
 }
 
 std::string displayText(const Point& point) {
-    return point.channel == nullptr ? point.text : displayText(point.channel->value, *point.channel);
+    return point.channel == nullptr ? printable(point.text)
+                                    : displayText(point.channel->value, *point.channel);
 }
 
 Json jsonOf(const qz::CValue& value) {

@@ -1,11 +1,10 @@
 #include "daemon/AlarmFiles.h"
 
 #include "daemon/ConfigurationFile.h"
-#include "platform/common/lwjson/JsonError.h"
-#include "powerdistribution/alarms/AlarmConfigurationError.h"
-#include "powerdistribution/alarms/AlarmConfigurationParser.h"
+#include "powerdistribution/protocols/AlarmFileCheck.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -13,11 +12,8 @@ namespace velk::daemon {
 
 namespace {
 
-using velk::common::lwjson::JsonError;
 using velk::common::lwjson::Node;
 using velk::common::lwjson::ValueType;
-using velk::powerdistribution::AlarmConfigurationError;
-using velk::powerdistribution::AlarmConfigurationParser;
 
 void checkAlarmFile(const ConfigurationFile& file, const Node& name, Findings& findings) {
     const std::string path = file.resolved(name.text()).string();
@@ -27,16 +23,8 @@ void checkAlarmFile(const ConfigurationFile& file, const Node& name, Findings& f
                                    "\"alarmFile\": expected an alarm file, but " + path + " is not there"));
         return;
     }
-    try {
-        const AlarmConfigurationParser parser{path};
-    } catch (const JsonError& error) {
-        findings.push_back({Finding::Severity::Error,
-                            located(path, error.position().line, error.position().column, error.reason())});
-    } catch (const AlarmConfigurationError& error) {
-        findings.push_back({Finding::Severity::Error,
-                            located(path, error.position().line, error.position().column, error.what())});
-    } catch (const std::exception& error) {
-        findings.push_back({Finding::Severity::Error, located(path, 1, 1, error.what())});
+    if (const std::optional<std::string> mistake = velk::powerdistribution::protocols::checkAlarmFile(path)) {
+        findings.push_back({Finding::Severity::Error, *mistake});
     }
 }
 

@@ -40,6 +40,10 @@ TEST(ValueTextTest, ATextHasNoUnit) {
     EXPECT_EQ(displayText(qz::CValue{"abc"}, channelOf("V")), "abc");
 }
 
+TEST(ValueTextTest, ATextOfADeviceCannotPaintTheTerminal) {
+    EXPECT_EQ(displayText(qz::CValue{"a\033[31mb\n"}, channelOf("")), "a?[31mb?");
+}
+
 TEST(ValueTextTest, PlainTextIsTheStoresOwnNotation) {
     EXPECT_EQ(plainText(qz::CValue{true}), "true");
     EXPECT_EQ(plainText(qz::CValue{30}), "30");

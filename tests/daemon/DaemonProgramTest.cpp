@@ -1,0 +1,119 @@
+#include "testing/ChildProcess.h"
+#include "testing/TemporaryDirectory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+
+namespace velk::daemon {
+namespace {
+
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using velk::testing::ChildProcess;
+
+/// The program as a person or a service manager starts it, with a configuration that finds no device.
+class DaemonProgramTest : public ::testing::Test {
+protected:
+    DaemonProgramTest() {
+        std::filesystem::create_directory(folder / "plugins");
+        configure(R"({"protocolLibraries": ["plugins"]})");
+    }
+
+    void configure(const std::string& text) const { std::ofstream{folder / "velk.json"} << text; }
+    std::string configuration() const { return (folder / "velk.json").string(); }
+    std::string url() const { return "sqlite:" + (folder / "tess.db").string(); }
+
+    std::unique_ptr<ChildProcess> start(std::vector<std::string> arguments,
+                                        const std::string& storeUrl = "") const {
+        arguments.insert(arguments.begin(), VELK_BINARY_DIR "/bin/powerdistributiond");
+        return std::make_unique<ChildProcess>(
+            arguments, std::vector<std::string>{"TESS_URL=" + (storeUrl.empty() ? url() : storeUrl)});
+    }
+
+    velk::testing::TemporaryDirectory folder;
+};
+
+TEST_F(DaemonProgramTest, SigtermAndSigintLetTheDeviceGoAndEndWithZero) {
+    for (const int signal : {SIGTERM, SIGINT}) {
+        const auto daemon = start({"--config", configuration()});
+        ASSERT_TRUE(daemon->awaitOutput("Transition from BEGIN to DISCOVER")) << daemon->errors();
+        daemon->signal(signal);
+        EXPECT_EQ(daemon->finish(), 0);
+        const std::string name = signal == SIGTERM ? "SIGTERM" : "SIGINT";
+        EXPECT_THAT(daemon->output(),
+                    HasSubstr("powerdistributiond: " + name +
+                              " received, letting the device go; a second signal ends at once\n"));
+        EXPECT_THAT(daemon->output(),
+                    HasSubstr("Exit PowerDistributionManager state machine is requested\n"));
+        EXPECT_THAT(daemon->output(), HasSubstr("Transition from STOP to END\n"));
+        EXPECT_THAT(daemon->output(), ::testing::EndsWith("powerdistributiond: ended\n"));
+    }
+}
+
+TEST_F(DaemonProgramTest, TheFirstLineComesAtOnceThroughAPipe) {
+    const auto daemon = start({"--config", configuration()});
+    EXPECT_TRUE(daemon->awaitOutput("powerdistributiond: started with " + configuration() + "\n"));
+}
+
+TEST_F(DaemonProgramTest, ASecondSignalEndsHardWithItsOwnCode) {
+    const auto daemon = start({"--config", configuration()});
+    // The machine rests two seconds in DISCOVER, so the second signal comes before it has noticed the first.
+    ASSERT_TRUE(daemon->awaitOutput("Transition from BEGIN to DISCOVER"));
+    daemon->signal(SIGTERM);
+    ASSERT_TRUE(daemon->awaitOutput("SIGTERM received"));
+    daemon->signal(SIGTERM);
+    EXPECT_EQ(daemon->finish(), 8);
+    EXPECT_THAT(daemon->output(), HasSubstr("SIGTERM again, ending at once\n"));
+}
+
+TEST_F(DaemonProgramTest, AStoreThatCannotBeOpenedIsReportedAndANewRunBegins) {
+    // Below a file there can be no store, not even for root.
+    const auto daemon = start({"--config", configuration()}, "sqlite:" + configuration() + "/tess.db");
+    ASSERT_TRUE(daemon->awaitErrors("a new one begins in 2 s"));
+    EXPECT_THAT(daemon->errors(), HasSubstr("a new one begins in 1 s; check the configuration with: "
+                                            "powerdistributiond --check --config " +
+                                            configuration()));
+    EXPECT_THAT(daemon->errors(), HasSubstr("writes to the device cannot be noted in the store"));
+    daemon->signal(SIGTERM);
+    EXPECT_EQ(daemon->finish(), 0);
+}
+
+TEST_F(DaemonProgramTest, ABadConfigurationIsRefusedAtTheStart) {
+    configure("{\"maxThreads\": 0}");
+    const auto daemon = start({"--config", configuration()});
+    EXPECT_EQ(daemon->finish(), 3);
+    EXPECT_EQ(daemon->output(), "");
+    EXPECT_THAT(daemon->errors(), HasSubstr("velk.json:1:16: \"maxThreads\": expected a whole number"));
+    EXPECT_EQ(start({"--config", (folder / "none.json").string()})->finish(), 3);
+}
+
+TEST_F(DaemonProgramTest, CheckSaysGoodOrWhatIsWrongAndWhere) {
+    const auto good = start({"--config", configuration(), "--check"});
+    EXPECT_EQ(good->finish(), 0);
+    EXPECT_THAT(good->output(),
+                HasSubstr("velk.json:1:1: no protocol plug-in: no device will be found (warning)\n"));
+    EXPECT_THAT(good->output(), ::testing::EndsWith("velk.json: good\n"));
+    configure("{\"maxThreads\": 5,\n \"protocolLibraries\": [\"none.so\"]}");
+    const auto bad = start({"--check", "--config", configuration()});
+    EXPECT_EQ(bad->finish(), 3);
+    EXPECT_THAT(bad->output(), ContainsRegex("velk\\.json:2:24: expected a plug-in or a folder of plug-ins"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "tess.db"));
+}
+
+TEST_F(DaemonProgramTest, VersionHelpAndUsage) {
+    const auto version = start({"--version"});
+    EXPECT_EQ(version->finish(), 0);
+    EXPECT_THAT(version->output(), ContainsRegex("^powerdistributiond [0-9]+\\.[0-9]+\\.[0-9]+\n$"));
+    const auto help = start({"--help"});
+    EXPECT_EQ(help->finish(), 0);
+    EXPECT_THAT(help->output(), HasSubstr("8 ended at once by a second signal"));
+    EXPECT_EQ(start({})->finish(), 2);
+    EXPECT_EQ(start({"--config", configuration(), "--frobnicate"})->finish(), 2);
+}
+
+} // namespace
+} // namespace velk::daemon
