@@ -97,6 +97,7 @@ TEST_F(PowerEquipmentTest, TheTreeOfASmallDevice) {
                                     "BackupSystem",
                                     "BackupSystem.PowerBank",
                                     "BackupSystem.PowerBank",
+                                    "BackupSystem.PowerBank",
                                     "BackupSystem.PowerBank.Chargers",
                                     "BackupSystem.PowerBank.CommunicationStatus.State",
                                     "BackupSystem.PowerBank.Status.OperatingStatus",
