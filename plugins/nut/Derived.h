@@ -8,6 +8,7 @@
 #include "plugins/nut/Snapshot.h"
 #include "powerdistribution/core/Value.h"
 
+#include <string>
 #include <string_view>
 
 namespace velk::nut {
@@ -18,7 +19,7 @@ using powerdistribution::Value;
 Compute statusWord(std::string_view word);
 /// `count` as uint32; empty for 0.
 Compute counted(std::uint32_t (*count)(const Snapshot& snapshot));
-Compute countedPhases(std::string_view circuit);
+Compute countedPhases(std::string circuit);
 
 Value operatingMode(const Snapshot& snapshot, const PathIndices& indices);
 Value topology(const Snapshot& snapshot, const PathIndices& indices);

@@ -89,8 +89,8 @@ Compute counted(std::uint32_t (*count)(const Snapshot& snapshot)) {
     };
 }
 
-Compute countedPhases(std::string_view circuit) {
-    return [circuit](const Snapshot& snapshot, const PathIndices& /*indices*/) {
+Compute countedPhases(std::string circuit) {
+    return [circuit = std::move(circuit)](const Snapshot& snapshot, const PathIndices& /*indices*/) {
         const std::uint32_t number = phaseCount(snapshot, circuit);
         return number == 0 ? Value{} : Value{number};
     };

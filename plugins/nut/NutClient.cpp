@@ -107,7 +107,11 @@ std::vector<std::string> NutClient::listCommands() {
 VariableLimits NutClient::limitsOf(const std::string& variable) {
     VariableLimits limits;
     // "TYPE ups variable RW STRING:32", "... RW ENUM", "... RW RANGE", "... RW NUMBER"
-    for (const std::string& word : ask("GET TYPE " + configuration.ups + " " + variable)) {
+    const Words type = ask("GET TYPE " + configuration.ups + " " + variable);
+    if (!startsWith(type, {"TYPE", configuration.ups, variable})) {
+        refuseAnswer(type);
+    }
+    for (const std::string& word : type) {
         if (word == "ENUM") {
             limits.words = firstWords(list("ENUM", variable));
         } else if (word == "RANGE") {
@@ -138,7 +142,7 @@ std::string NutClient::get(const std::string& variable) {
 
 void NutClient::login() {
     for (const std::string& request :
-         {"USERNAME " + quoted(configuration.user), "PASSWORD " + quoted(configuration.password)}) {
+         {"USERNAME " + quote(configuration.user), "PASSWORD " + quote(configuration.password)}) {
         const Words words = ask(request);
         if (words.front() != "OK") {
             refuseAnswer(words);
@@ -148,7 +152,11 @@ void NutClient::login() {
 
 bool NutClient::enableTracking() {
     try {
-        return ask("SET TRACKING ON").front() == "OK";
+        const Words words = ask("SET TRACKING ON");
+        if (words.front() != "OK") {
+            refuseAnswer(words);
+        }
+        return true;
     } catch (const ServerError&) {
         return false; // an older server; a wrong password shows at the change itself
     }
@@ -163,12 +171,12 @@ std::string NutClient::startTracked(const std::string& request) {
 }
 
 std::string NutClient::set(const std::string& variable, std::string_view value) {
-    return startTracked("SET VAR " + configuration.ups + " " + variable + " " + quoted(value));
+    return startTracked("SET VAR " + configuration.ups + " " + variable + " " + quote(value));
 }
 
 std::string NutClient::run(const std::string& command, const std::string& parameter) {
     return startTracked("INSTCMD " + configuration.ups + " " + command +
-                        (parameter.empty() ? "" : " " + quoted(parameter)));
+                        (parameter.empty() ? "" : " " + quote(parameter)));
 }
 
 TrackedOutcome NutClient::outcome(const std::string& tracking) {

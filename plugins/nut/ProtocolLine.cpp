@@ -25,7 +25,7 @@ std::string takeQuoted(std::string_view& rest) {
 }
 
 std::string takePlain(std::string_view& rest) {
-    const std::size_t length = std::min(rest.find_first_of(" \t"), rest.size());
+    const std::size_t length = std::min(rest.find_first_of(" \t\r"), rest.size());
     std::string word{rest.substr(0, length)};
     rest.remove_prefix(length);
     return word;
@@ -50,7 +50,7 @@ std::vector<std::string> splitLine(std::string_view line) {
     }
 }
 
-std::string quoted(std::string_view word) {
+std::string quote(std::string_view word) {
     std::string text{'"'};
     for (const char letter : word) {
         if (letter == '"' || letter == '\\') {

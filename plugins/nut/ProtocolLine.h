@@ -11,7 +11,7 @@ namespace velk::nut {
 std::vector<std::string> splitLine(std::string_view line);
 
 /// The word in double quotes.
-std::string quoted(std::string_view word);
+std::string quote(std::string_view word);
 
 /// Whether the server takes a value as it is. A '#' makes it close the connection, '"' and '\' reach the
 /// device mangled, and control characters end the line.
