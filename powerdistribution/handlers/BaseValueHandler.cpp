@@ -1,5 +1,7 @@
 #include "powerdistribution/handlers/BaseValueHandler.h"
 
+#include "powerdistribution/handlers/Rollback.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -74,14 +76,18 @@ void BaseValueHandler::readAndStore() {
 }
 
 void BaseValueHandler::storeValue(const Value& sample) {
+    Rollback published{data.value};
     data.value = sample;
     connector->store(data);
+    published.keep();
 }
 
 void BaseValueHandler::storeAlarmConfig(const protocols::DataConfig& config) {
+    Rollback published{data.dataConfig.alarmConfig};
     data.dataConfig.alarmConfig = config.alarmConfig;
     const FlagGuard changed{data.dataConfig.alarmConfigChanged};
     connector->store(data);
+    published.keep();
 }
 
 void BaseValueHandler::takeValue(const HandlerData& incoming) {

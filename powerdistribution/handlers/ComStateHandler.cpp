@@ -1,5 +1,7 @@
 #include "powerdistribution/handlers/ComStateHandler.h"
 
+#include "powerdistribution/handlers/Rollback.h"
+
 namespace velk::powerdistribution::handlers {
 
 using velk::common::MutexLock;
@@ -54,9 +56,11 @@ void ComStateHandler::publish(std::uint32_t state) {
     if (data.value == value) {
         return;
     }
+    Rollback published{data.value};
     data.value = value;
     connector->store(data);
     since.refresh();
+    published.keep();
     notifyObservers(value);
 }
 

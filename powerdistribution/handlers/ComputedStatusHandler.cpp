@@ -1,5 +1,7 @@
 #include "powerdistribution/handlers/ComputedStatusHandler.h"
 
+#include "powerdistribution/handlers/Rollback.h"
+
 namespace velk::powerdistribution::handlers {
 
 ComputedStatusHandler::ComputedStatusHandler(const EPath& path, const velk::common::Uuid& uuid,
@@ -16,8 +18,10 @@ void ComputedStatusHandler::refresh() {
     if (!status.has_value() || data.value == Value{*status}) {
         return;
     }
+    Rollback published{data.value};
     data.value = Value{*status};
     connector->store(data);
+    published.keep();
 }
 
 protocols::ValueWrapperPtr ComputedStatusHandler::buildComState(const EPath& path,

@@ -2,6 +2,7 @@
 
 #include "powerdistribution/alarms/Trigger.h"
 #include "powerdistribution/core/PowerDistributionError.h"
+#include "powerdistribution/handlers/Rollback.h"
 #include "powerdistribution/handlers/subscribeOrLeave.h"
 
 #include <cstdint>
@@ -79,8 +80,10 @@ void HealthStateHandler::update() {
     if (healthData.value == health) {
         return;
     }
+    Rollback published{healthData.value};
     healthData.value = health;
     statusConnector->store(healthData);
+    published.keep();
 }
 
 } // namespace velk::powerdistribution::handlers

@@ -189,6 +189,17 @@ TEST_F(ComStateHandlerTest, TheAlarmConfigurationOfTheWrapperTravelsWithTheState
     EXPECT_TRUE(store.connectors("communication(root)").front()->stored().front().dataConfig.alarmConfig);
 }
 
+TEST_F(ComStateHandlerTest, StateThatTheStoreDidNotTakeIsToldWhenItDoes) {
+    const auto handler = makeWithClock();
+    const auto failing = store.connectors("communication(root)").front();
+    failing->throwOn("store", "store is gone");
+    EXPECT_THROW(handler->refresh(), std::runtime_error);
+    EXPECT_EQ(store.calls().count("observer 2"), 0U);
+    failing->throwOn("store", "");
+    handler->refresh();
+    EXPECT_EQ(store.calls().count("observer 2"), 1U);
+}
+
 TEST_F(ComStateHandlerTest, FailuresGoToTheCaller) {
     const auto handler = makeWithClock();
     device.point(statePath).throwOnRead("no answer");

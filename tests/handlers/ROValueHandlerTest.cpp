@@ -235,7 +235,20 @@ TEST_F(ROValueHandlerTest, TheMarkOfNewAlarmsIsClearedAlsoWhenTheStoreFails) {
     point->setValue(Value{2u});
     handler.refresh();
     EXPECT_EQ(connector->calls().calls(),
-              (Calls{"store Status.Mode=empty with new alarms", "store Status.Mode=2"}));
+              (Calls{"store Status.Mode=empty with new alarms", "store Status.Mode=2",
+                     "store Status.Mode=2 with new alarms"}));
+}
+
+TEST_F(ROValueHandlerTest, ValueThatTheStoreDidNotTakeIsOfferedAgain) {
+    ROValueHandler handler = make();
+    point->setValue(Value{2u});
+    connector->throwOn("store", "store is gone");
+    EXPECT_THROW(handler.refresh(), std::runtime_error);
+    EXPECT_THROW(handler.refresh(), std::runtime_error);
+    connector->throwOn("store", "");
+    handler.refresh();
+    handler.refresh();
+    EXPECT_EQ(connector->calls().count("store Status.Mode=2"), 3U);
 }
 
 TEST_F(ROValueHandlerTest, FailuresGoToTheCaller) {
