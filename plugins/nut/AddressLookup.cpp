@@ -41,11 +41,26 @@ timespec toTimespec(velk::common::Clock::Duration timeout) {
     return {static_cast<std::time_t>(seconds.count()), static_cast<long>((left - seconds).count())};
 }
 
+/// Whether the host is an address already, which takes no resolver; then it is in `lookup`.
+bool isAddress(gaicb& lookup, const addrinfo& hints) {
+    addrinfo numeric = hints;
+    numeric.ai_flags |= AI_NUMERICHOST;
+    return getaddrinfo(lookup.ar_name, lookup.ar_service, &numeric, &lookup.ar_result) == 0;
+}
+
+/// The one name that needs no resolver either.
+std::string addressOrName(const std::string& host) {
+    return host == "localhost" ? "127.0.0.1" : host;
+}
+
 } // namespace
 
 AddressLookup::AddressLookup(const std::string& hostName, std::uint16_t portNumber,
                              velk::common::Clock::Duration timeout) :
-    request{std::make_unique<Request>(hostName, portNumber)} {
+    request{std::make_unique<Request>(addressOrName(hostName), portNumber)} {
+    if (isAddress(request->lookup, request->hints)) {
+        return;
+    }
     gaicb* lookups[] = {&request->lookup};
     int result = getaddrinfo_a(GAI_NOWAIT, lookups, 1, nullptr);
     if (result == 0) {

@@ -236,14 +236,12 @@ TEST(NutClientTest, RefusedConnectionIsALinkError) {
     EXPECT_THROW((NutClient{configuration, interrupt, Clock::system(), PATIENCE}), LinkError);
 }
 
-TEST(NutClientTest, NameOfTheHostIsLookedUp) {
+TEST(NutClientTest, LocalhostIsTheLoopbackAddress) {
     const ScriptedServer server{always("")};
     auto configuration = configurationFor(server.port());
     configuration.host = "localhost";
     Interrupt interrupt;
     EXPECT_NO_THROW((NutClient{configuration, interrupt, Clock::system(), PATIENCE}));
-    configuration.host = "no-such-host.invalid";
-    EXPECT_THROW((NutClient{configuration, interrupt, Clock::system(), PATIENCE}), LinkError);
 }
 
 } // namespace
