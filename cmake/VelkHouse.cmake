@@ -16,6 +16,14 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN OFF)
 # So that a build tree and an installed tree both find their libraries without LD_LIBRARY_PATH.
 set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR};$ORIGIN/../..")
 
+# velk_compile_together(TARGET [ALONE files...]): compiles several files at once, since most of the time of a small file
+# goes into its headers. Files that share local names with others are compiled alone.
+function(velk_compile_together target)
+    cmake_parse_arguments(ARG "" "" "ALONE" ${ARGN})
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 10)
+    set_source_files_properties(${ARG_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
 # velk_install_library(TARGET): header file set, export name, version script of the house.
 function(velk_install_library target)
     target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
