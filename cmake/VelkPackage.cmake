@@ -22,4 +22,6 @@ configure_file(cmake/velk-powerdistribution.pc.in ${CMAKE_BINARY_DIR}/velk-power
 install(FILES ${CMAKE_BINARY_DIR}/velk-powerdistribution.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 # The fakes for authors of plug-ins.
-install(DIRECTORY testing/ DESTINATION ${VELK_INSTALL_INCLUDEDIR}/testing FILES_MATCHING PATTERN "*.h")
+install(FILES testing/CallLog.h testing/FakeClock.h testing/FakePoint.h testing/FakeProtocol.h testing/FakeWrapper.h
+              testing/FakeWrapperFactory.h
+    DESTINATION ${VELK_INSTALL_INCLUDEDIR}/testing)

@@ -26,7 +26,7 @@ flags=$(pkg-config --cflags velk-powerdistribution)
 libs=$(pkg-config --libs velk-powerdistribution)
 
 step "every exported header compiles alone"
-(cd "$prefix/include/velk-mz" && find platform powerdistribution -name '*.h') >"$work/headers"
+(cd "$prefix/include/velk-mz" && find platform powerdistribution testing -name '*.h') >"$work/headers"
 [ "$(wc -l <"$work/headers")" -gt 50 ] || { echo "too few headers"; exit 1; }
 # shellcheck disable=SC2086
 while read -r header; do

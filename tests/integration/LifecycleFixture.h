@@ -54,15 +54,17 @@ protected:
 
     /// A device that says who it is and that it can be reached.
     void describeDevice() {
-        using namespace velk::powerdistribution;
-        device->factory->add({EProperty::Identification, EAttribute::Uuid}, Value{deviceUuid.toString()});
-        device->factory->add({EProperty::Identification, EAttribute::FirmwareVersion},
+        namespace pd = velk::powerdistribution;
+        device->factory->add({pd::EProperty::Identification, pd::EAttribute::Uuid},
+                             Value{deviceUuid.toString()});
+        device->factory->add({pd::EProperty::Identification, pd::EAttribute::FirmwareVersion},
                              Value{std::string{"1.0"}});
-        link = &device->factory->add({ECommunicationStatus::State}, Value{std::uint32_t{2}});
-        device->factory->add({EStatus::Mode}, Value{std::uint32_t{2}});
+        link = &device->factory->add({pd::ECommunicationStatus::State}, Value{std::uint32_t{2}});
+        device->factory->add({pd::EStatus::Mode}, Value{std::uint32_t{2}});
         // A device without a battery says so, or every look at its bank would leave two lines of complaint.
-        device->factory->add({ECircuit::BackupSystem, ECircuit::PowerBank, EStatus::StoragePresent},
-                             Value{std::uint32_t{3}});
+        device->factory->add(
+            {pd::ECircuit::BackupSystem, pd::ECircuit::PowerBank, pd::EStatus::StoragePresent},
+            Value{std::uint32_t{3}});
     }
 
     /// Runs a new manager on a thread of its own.
