@@ -1,6 +1,7 @@
 #include "cli/Communication.h"
 
 #include "cli/ValueText.h"
+#include "platform/common/ProcessMark.h"
 
 namespace velk::cli {
 
@@ -20,7 +21,22 @@ std::string stateText(const tessapi::ChannelRecord& channel) {
     return number == CONNECTED ? "connected" : number == LOST ? "lost" : "unknown";
 }
 
+/// The daemon's note of itself: the mark of its process while it looks at the device, empty while it does
+/// not. A store without it belongs to another host of the library, of which nothing is known.
+bool isDaemonAtWork(const tessapi::StoreSnapshot& store) {
+    for (const tessapi::ChannelRecord& channel : store.channels) {
+        if (channel.name == "Daemon.Process" && channel.type == qz::datatype::string && channel.initialized) {
+            const std::string mark = channel.value.as_string();
+            return !mark.empty() && velk::common::ProcessMark::mayRun(mark);
+        }
+    }
+    return true;
+}
+
 } // namespace
+
+Communication::Communication(const StoreView& picture) :
+    view{picture}, watched{isDaemonAtWork(picture.snapshot())} {}
 
 std::optional<Connection> Communication::stated(std::uint64_t deviceId) const {
     const Point* state = view.pointOf(deviceId, "CommunicationStatus.State");
@@ -53,7 +69,12 @@ Connection Communication::ofBranch(std::uint64_t deviceId) const {
         branch = view.branch(branch->device->parentId);
     }
     // Nothing stated on the whole way: nobody has heard of the device.
-    return nearestGood.value_or(Connection{});
+    Connection connection = nearestGood.value_or(Connection{});
+    if (connection.good && !watched) {
+        connection.good = false;
+        connection.state = "not watched: the daemon is not running; connected";
+    }
+    return connection;
 }
 
 Connection Communication::of(const Point& point) const {

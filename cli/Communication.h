@@ -20,12 +20,14 @@ struct Connection {
 ///
 /// An unchanged value is not written again, so its age says nothing: what counts is whether the communication
 /// with the device is good, and with every part between the device and the point that has a communication
-/// state of its own, such as the power bank. What the programs of this machine say of themselves is always
-/// fresh: the service state, the communication states, the host's addresses.
+/// state of its own, such as the power bank; and somebody must be there to notice a loss: the daemon marks in
+/// the store that it is at work, and a mark whose process has ended counts for nothing. What the programs of
+/// this machine say of themselves is always fresh: the service state, the communication states, the host's
+/// addresses.
 class Communication {
 public:
     /// `view` must outlive this object.
-    explicit Communication(const StoreView& view) : view{view} {}
+    explicit Communication(const StoreView& view);
 
     /// With the device itself.
     Connection device() const { return ofBranch(StoreView::POWER_DISTRIBUTION); }
@@ -43,6 +45,7 @@ private:
     std::optional<Connection> stated(std::uint64_t deviceId) const;
 
     const StoreView& view;
+    const bool watched; ///< false when the daemon is certainly not at work
 };
 
 } // namespace velk::cli

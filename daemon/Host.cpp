@@ -1,6 +1,7 @@
 #include "daemon/Host.h"
 
 #include "daemon/LibraryManager.h"
+#include "daemon/LifeSign.h"
 #include "daemon/ServiceNotifier.h"
 #include "daemon/SignalWatch.h"
 #include "daemon/Supervisor.h"
@@ -50,8 +51,9 @@ ExitCode host(const std::string& path) {
     const auto onDeviceWrite = [&journal](const velk::powerdistribution::DeviceWrite& write) {
         journal.record(write);
     };
-    const auto makeManager = [&path, &onDeviceWrite] {
-        return std::make_unique<LibraryManager>(path, onDeviceWrite);
+    LifeSign sign{openStore, std::cerr};
+    const auto makeManager = [&path, &onDeviceWrite, &sign] {
+        return std::make_unique<LibraryManager>(path, onDeviceWrite, sign);
     };
     Supervisor supervisor{makeManager, velk::common::Clock::system(), std::cerr,
                           "check the configuration with: powerdistributiond --check --config " + path};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "daemon/IHostedManager.h"
+#include "daemon/LifeSign.h"
 #include "powerdistribution/core/PowerDistributionManager.h"
 
 #include <string>
@@ -11,8 +12,10 @@ namespace velk::daemon {
 class LibraryManager : public IHostedManager {
 public:
     /// `configurationPath` is what the manager starts from; `onDeviceWrite` is told of each write to the
-    /// device.
-    LibraryManager(std::string configurationPath, velk::powerdistribution::DeviceWriteListener onDeviceWrite);
+    /// device; `sign`, which outlives this object, says in the store that the manager is at work while it
+    /// runs.
+    LibraryManager(std::string configurationPath, velk::powerdistribution::DeviceWriteListener onDeviceWrite,
+                   LifeSign& sign);
 
     void exec() override;
     void exit() override { manager.exit(); }
@@ -21,6 +24,7 @@ public:
 private:
     std::string path;
     velk::powerdistribution::DeviceWriteListener listener;
+    LifeSign& sign;
     velk::powerdistribution::PowerDistributionManager manager;
 };
 

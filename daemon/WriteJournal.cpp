@@ -60,6 +60,15 @@ velk::common::Uuid WriteJournal::deviceUuid() {
     return velk::common::Uuid{velk::common::Uuid::VELK_NAMESPACE, "Daemon"};
 }
 
+std::uint64_t WriteJournal::emplaceDaemonDevice(tessapi::ITessAccessor& store) {
+    const std::uint64_t device = store.emplaceDevice(deviceUuid(), tessapi::ITessAccessor::ROOT_DEVICE, 0);
+    tessapi::InBandAccessor& inband = store.inbandAccessor();
+    if (inband.getDeviceAttribute(device, tessapi::DeviceAttribute::path) != "Daemon") {
+        inband.setDeviceAttribute(device, tessapi::DeviceAttribute::path, "Daemon");
+    }
+    return device;
+}
+
 WriteJournal::WriteJournal(Opener storeOpener, std::ostream& errorStream) :
     opener{std::move(storeOpener)}, errors{errorStream} {}
 
@@ -113,10 +122,7 @@ void WriteJournal::openStore() {
     }
     std::unique_ptr<tessapi::ITessAccessor> opened = opener();
     tessapi::InBandAccessor& inband = opened->inbandAccessor();
-    const std::uint64_t device = opened->emplaceDevice(deviceUuid(), tessapi::ITessAccessor::ROOT_DEVICE, 0);
-    if (inband.getDeviceAttribute(device, tessapi::DeviceAttribute::path) != "Daemon") {
-        inband.setDeviceAttribute(device, tessapi::DeviceAttribute::path, "Daemon");
-    }
+    const std::uint64_t device = emplaceDaemonDevice(*opened);
     writesChannel = inband.emplaceChannel(device, WRITES, false);
     lastWriteChannel = inband.emplaceChannel(device, LAST_WRITE, false);
     const qz::CValue stored = inband.getChannelCValue(writesChannel);

@@ -40,6 +40,10 @@ public:
     /// The Uuid of the daemon's own device.
     static velk::common::Uuid deviceUuid();
 
+    /// Finds or makes the daemon's own device in the store and gives its identifier. Failures of the store
+    /// pass through.
+    static std::uint64_t emplaceDaemonDevice(tessapi::ITessAccessor& store);
+
     /// `opener` makes the client of the store and may throw. `errors` must outlive this object.
     WriteJournal(Opener opener, std::ostream& errors);
 

@@ -11,6 +11,8 @@
 #include "powerdistribution/protocols/ProtocolsManager.h"
 
 #include <atomic>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -41,7 +43,8 @@ public:
     std::unique_ptr<datamodel::DataModelManager> dataModelManager;
     DeviceIdentifier deviceIdentifier; ///< which device the present data model was built for
     std::unique_ptr<protocols::IValueWrapper> serviceStateWrapper;
-    DeviceWriteListener onDeviceWrite; ///< told of each write to the device; empty for nobody
+    DeviceWriteListener onDeviceWrite;                 ///< told of each write to the device; empty for nobody
+    std::function<void(std::uint32_t)> onServiceState; ///< told of each service state; empty for nobody
 };
 
 } // namespace velk::powerdistribution

@@ -20,6 +20,9 @@ constexpr std::int32_t IN_SERVICE = 16;
 void publishServiceState(Context& context, std::int32_t state) {
     context.serviceStateWrapper->write(Value{state});
     context.dataModelManager->updateServiceState();
+    if (context.onServiceState) {
+        context.onServiceState(static_cast<std::uint32_t>(state));
+    }
 }
 
 std::shared_ptr<protocols::IWrapperFactory> decorate(const Context& context) {

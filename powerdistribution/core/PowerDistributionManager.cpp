@@ -21,6 +21,7 @@ private:
 
 void PowerDistributionManager::Private::exec(Attributes&& attributes) {
     onDeviceWrite = std::move(attributes.onDeviceWrite);
+    onServiceState = std::move(attributes.onServiceState);
     const Configuration configuration = Configuration::load(attributes.path);
     protocolsManager = std::make_unique<protocols::ProtocolsManager>(configuration);
     dataModelManager = std::make_unique<datamodel::DataModelManager>(configuration);

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -20,10 +21,15 @@ class VELK_EXPORT PowerDistributionManager {
 public:
     /// What a run needs to know.
     struct Attributes {
-        std::string path; ///< the configuration file, which also tells where the plug-ins are
-        DeviceWriteListener onDeviceWrite; ///< told of each write to the device; empty for nobody
-        velk::common::Clock* clock{
-            nullptr}; ///< what the lifecycle's pauses go by; null for the machine's clock
+        /// The configuration file, which also tells where the plug-ins are.
+        std::string path;
+        /// Told of each write to the device; empty for nobody.
+        DeviceWriteListener onDeviceWrite;
+        /// Told of each service state as it is entered (see `operatingStatus`), on the thread of `exec`;
+        /// empty for nobody.
+        std::function<void(std::uint32_t)> onServiceState;
+        /// What the lifecycle's pauses go by; null for the machine's clock.
+        velk::common::Clock* clock{nullptr};
     };
 
     PowerDistributionManager();

@@ -1,5 +1,6 @@
 #include "cli/Communication.h"
 
+#include "platform/common/ProcessMark.h"
 #include "tests/cli/SnapshotBuilder.h"
 
 #include <gtest/gtest.h>
@@ -102,6 +103,23 @@ TEST(CommunicationTest, ASettingAskedForWhileTheDeviceIsLostIsUnconfirmed) {
     EXPECT_TRUE(communication.isUnconfirmed(view.require("Setting.AutomaticSwitchOnDelay")));
     EXPECT_FALSE(communication.isUnconfirmed(view.require("Setting.AutomaticSwitchOffDelay")));
     EXPECT_FALSE(communication.isUnconfirmed(view.require("Status.Mode")));
+}
+
+TEST(CommunicationTest, NothingIsFreshWhenTheDaemonHasEnded) {
+    SnapshotBuilder builder = withBank();
+    builder.device(1002, 1, "Daemon");
+    builder.daemonProcess(1002, "");
+    const StoreView resting{builder.build()};
+    EXPECT_FALSE(Communication{resting}.isFresh(resting.require("Status.Mode")));
+    EXPECT_EQ(Communication{resting}.device().state, "not watched: the daemon is not running; connected");
+
+    builder.daemonProcess(1002, "pid=1 start=999999999999 boot=of-another-day space=pid:[1]");
+    const StoreView killed{builder.build()};
+    EXPECT_FALSE(Communication{killed}.isFresh(killed.require("Status.Mode")));
+
+    builder.daemonProcess(1002, velk::common::ProcessMark::ofThisProcess());
+    const StoreView working{builder.build()};
+    EXPECT_TRUE(Communication{working}.isFresh(working.require("Status.Mode")));
 }
 
 } // namespace

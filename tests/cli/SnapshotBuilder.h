@@ -69,6 +69,13 @@ public:
         made.states.add(qz::CValue{4U}, "unknown");
     }
 
+    /// What the daemon says of its own process; takes the place of what it said before.
+    void daemonProcess(std::uint64_t device, const std::string& mark) {
+        std::erase_if(snapshot.channels,
+                      [](const auto& channel) { return channel.name == "Daemon.Process"; });
+        channel(device, "", qz::CValue{mark}).name = "Daemon.Process";
+    }
+
     /// Another value for a channel that is there.
     void change(std::uint64_t device, const std::string& name, const qz::CValue& value) {
         for (tessapi::ChannelRecord& channel : snapshot.channels) {

@@ -72,7 +72,8 @@ protected:
         manager = std::make_unique<velk::powerdistribution::PowerDistributionManager>();
         runner = std::thread{[this, listener = std::move(listener)] {
             try {
-                manager->exec({directory / "velk.json", listener, &clock});
+                manager->exec({directory / "velk.json", listener,
+                               [this](std::uint32_t state) { serviceStates.push_back(state); }, &clock});
             } catch (const std::exception& error) {
                 failure = error.what();
             }

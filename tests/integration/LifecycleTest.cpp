@@ -47,13 +47,20 @@ TEST_F(LifecycleTest, ExitGoesThroughStopToEndAndTheStoreKeepsTheLastState) {
     EXPECT_EQ(device->log->calls().back(), "protocol.destroyed");
 }
 
+TEST_F(LifecycleTest, HostIsToldEachServiceStateAsItIsEntered) {
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    finish();
+    EXPECT_EQ(serviceStates, (std::vector<std::uint32_t>{3, 16, 4, 5}));
+}
+
 TEST_F(LifecycleTest, SecondExecReturnsAtOnceDuringAndAfterTheFirst) {
     start();
     ASSERT_TRUE(output.awaitState("MONITOR"));
-    manager->exec({directory / "velk.json", {}, &clock});
+    manager->exec({directory / "velk.json", {}, {}, &clock});
     EXPECT_EQ(countOf("DISCOVER"), 1U);
     finish();
-    manager->exec({directory / "velk.json", {}, &clock});
+    manager->exec({directory / "velk.json", {}, {}, &clock});
     EXPECT_EQ(countOf("DISCOVER"), 1U);
 }
 

@@ -1,0 +1,79 @@
+#include "platform/common/ProcessMark.h"
+
+#include <climits>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+namespace velk::common {
+
+namespace {
+
+/// When the process was started, in ticks since the boot; empty when there is no such process or only its
+/// remains.
+std::string startOf(const std::string& pid) {
+    std::ifstream file{"/proc/" + pid + "/stat"};
+    std::string line;
+    std::getline(file, line);
+    // The name in parentheses may hold anything, so the fields are counted from its end: the state is the
+    // third of the line, the start the 22nd (proc(5)).
+    const auto nameEnd = line.rfind(')');
+    if (nameEnd == std::string::npos) {
+        return {};
+    }
+    std::istringstream fields{line.substr(nameEnd + 1)};
+    std::string field;
+    fields >> field;
+    if (field == "Z" || field == "X") {
+        return {};
+    }
+    for (int number = 4; number <= 22; ++number) {
+        fields >> field;
+    }
+    return fields ? field : std::string{};
+}
+
+std::string presentBoot() {
+    std::ifstream file{"/proc/sys/kernel/random/boot_id"};
+    std::string id;
+    std::getline(file, id);
+    return id;
+}
+
+std::string presentSpace() {
+    char target[PATH_MAX];
+    const auto length = ::readlink("/proc/self/ns/pid", target, sizeof target);
+    return length < 0 ? std::string{"unknown"} : std::string(target, static_cast<std::size_t>(length));
+}
+
+/// The text behind "name=" up to the next blank; empty when there is none.
+std::string fieldOf(const std::string& mark, const std::string& name) {
+    std::istringstream words{mark};
+    for (std::string word; words >> word;) {
+        if (word.rfind(name + "=", 0) == 0) {
+            return word.substr(name.size() + 1);
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+std::string ProcessMark::ofThisProcess() {
+    const std::string pid = std::to_string(::getpid());
+    return "pid=" + pid + " start=" + startOf(pid) + " boot=" + presentBoot() + " space=" + presentSpace();
+}
+
+bool ProcessMark::mayRun(const std::string& mark) {
+    const std::string pid = fieldOf(mark, "pid");
+    const std::string start = fieldOf(mark, "start");
+    if (pid.empty() || pid.find_first_not_of("0123456789") != std::string::npos || start.empty()) {
+        return true;
+    }
+    if (fieldOf(mark, "boot") != presentBoot()) {
+        return false;
+    }
+    return fieldOf(mark, "space") != presentSpace() || startOf(pid) == start;
+}
+
+} // namespace velk::common

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/common/Export.h"
+
+#include <string>
+
+namespace velk::common {
+
+/// One running process of this machine, as a text that another process can check later.
+///
+/// The text holds the process's number, when it was started, the boot of the machine and the space in which
+/// the number counts, so that another process with the same number is not taken for it.
+class VELK_EXPORT ProcessMark {
+public:
+    /// Of the calling process: "pid=123 start=4567 boot=<uuid> space=pid:[4026531836]".
+    static std::string ofThisProcess();
+
+    /// False when the process that `mark` names has certainly ended. True when it runs, and also when that
+    /// cannot be told from here (another space of processes, a text that is no mark).
+    static bool mayRun(const std::string& mark);
+};
+
+} // namespace velk::common
