@@ -148,7 +148,8 @@ protected:
     std::thread runner;
     std::atomic<bool> ended{false};
     std::size_t passed{0}; ///< pauses that the test has let pass
-    std::string failure;   ///< what left `exec`; read after `ended`
+    std::vector<std::uint32_t> serviceStates; ///< read after `finish`
+    std::string failure;                      ///< what left `exec`; read after `ended`
 };
 
 } // namespace velk::testing
