@@ -3,6 +3,8 @@
 #include "cli/ValueText.h"
 #include "platform/common/ProcessMark.h"
 
+#include <limits>
+
 namespace velk::cli {
 
 namespace {
@@ -21,22 +23,29 @@ std::string stateText(const tessapi::ChannelRecord& channel) {
     return number == CONNECTED ? "connected" : number == LOST ? "lost" : "unknown";
 }
 
-/// The daemon's note of itself: the mark of its process while it looks at the device, empty while it does
-/// not. A store without it belongs to another host of the library, of which nothing is known.
-bool isDaemonAtWork(const tessapi::StoreSnapshot& store) {
+/// From the daemon's note of itself: the mark of its process while it looks at the device, empty while it
+/// does not. A store without it belongs to another host of the library, of which nothing is known.
+std::optional<std::int64_t> endOfDaemon(const tessapi::StoreSnapshot& store) {
     for (const tessapi::ChannelRecord& channel : store.channels) {
-        if (channel.name == "Daemon.Process" && channel.type == qz::datatype::string && channel.initialized) {
-            const std::string mark = channel.value.as_string();
-            return !mark.empty() && velk::common::ProcessMark::mayRun(mark);
+        if (channel.name != Communication::DAEMON_PROCESS || channel.type != qz::datatype::string ||
+            !channel.initialized) {
+            continue;
         }
+        const std::string mark = channel.value.as_string();
+        if (mark.empty()) {
+            return channel.changedMs;
+        }
+        return velk::common::ProcessMark::mayRun(mark)
+                   ? std::nullopt
+                   : std::optional{std::numeric_limits<std::int64_t>::max()};
     }
-    return true;
+    return std::nullopt;
 }
 
 } // namespace
 
 Communication::Communication(const StoreView& picture) :
-    view{picture}, watched{isDaemonAtWork(picture.snapshot())} {}
+    view{picture}, endedMs{endOfDaemon(picture.snapshot())} {}
 
 std::optional<Connection> Communication::stated(std::uint64_t deviceId) const {
     const Point* state = view.pointOf(deviceId, "CommunicationStatus.State");
@@ -70,8 +79,10 @@ Connection Communication::ofBranch(std::uint64_t deviceId) const {
     }
     // Nothing stated on the whole way: nobody has heard of the device.
     Connection connection = nearestGood.value_or(Connection{});
-    if (connection.good && !watched) {
+    if (connection.good && endedMs) {
         connection.good = false;
+        // What was written before, the daemon has taken to the device.
+        connection.toldMs = *endedMs;
         connection.state = "not watched: the daemon is not running; connected";
     }
     return connection;
@@ -79,7 +90,8 @@ Connection Communication::ofBranch(std::uint64_t deviceId) const {
 
 Connection Communication::of(const Point& point) const {
     const StoreView::Branch* branch = view.branch(point.deviceId);
-    if (branch == nullptr || !branch->equipment || point.name.starts_with("CommunicationStatus.")) {
+    const bool ofDaemon = point.name.starts_with("CommunicationStatus.") && !endedMs;
+    if (branch == nullptr || !branch->equipment || ofDaemon) {
         return Connection{true, "connected", 0, 0};
     }
     return ofBranch(point.deviceId);

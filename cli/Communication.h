@@ -22,10 +22,13 @@ struct Connection {
 /// with the device is good, and with every part between the device and the point that has a communication
 /// state of its own, such as the power bank; and somebody must be there to notice a loss: the daemon marks in
 /// the store that it is at work, and a mark whose process has ended counts for nothing. What the programs of
-/// this machine say of themselves is always fresh: the service state, the communication states, the host's
-/// addresses.
+/// this machine say of themselves is always fresh: the service state, the host's addresses, and, as long as
+/// the daemon may be at work, the communication states.
 class Communication {
 public:
+    /// The channel in which the daemon says whether it is at work.
+    static constexpr const char* DAEMON_PROCESS = "Daemon.Process";
+
     /// `view` must outlive this object.
     explicit Communication(const StoreView& view);
 
@@ -45,7 +48,8 @@ private:
     std::optional<Connection> stated(std::uint64_t deviceId) const;
 
     const StoreView& view;
-    const bool watched; ///< false when the daemon is certainly not at work
+    /// When the daemon ended; the end of all times when nobody knows; empty while it may be at work.
+    const std::optional<std::int64_t> endedMs;
 };
 
 } // namespace velk::cli

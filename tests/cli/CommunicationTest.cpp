@@ -122,5 +122,43 @@ TEST(CommunicationTest, NothingIsFreshWhenTheDaemonHasEnded) {
     EXPECT_TRUE(Communication{working}.isFresh(working.require("Status.Mode")));
 }
 
+constexpr const char* OF_ANOTHER_DAY = "pid=1 start=999999999999 boot=of-another-day space=pid:[1]";
+
+TEST(CommunicationTest, TheStateThatAKilledDaemonLeftIsOnlyTheLastKnown) {
+    SnapshotBuilder builder = withBank();
+    builder.device(1002, 1, "Daemon");
+    for (const char* mark : {"", OF_ANOTHER_DAY}) {
+        builder.daemonProcess(1002, mark);
+        const StoreView ended{builder.build()};
+        EXPECT_FALSE(Communication{ended}.isFresh(ended.require("CommunicationStatus.State"))) << mark;
+    }
+    builder.daemonProcess(1002, velk::common::ProcessMark::ofThisProcess());
+    const StoreView working{builder.build()};
+    EXPECT_TRUE(Communication{working}.isFresh(working.require("CommunicationStatus.State")));
+}
+
+TEST(CommunicationTest, OnlyASettingAskedForAfterTheDaemonHasEndedIsUnconfirmed) {
+    SnapshotBuilder builder = withBank();
+    builder.device(1002, 1, "Daemon");
+    builder.daemonProcess(1002, "");
+    builder.channel(20, "Setting.AutomaticSwitchOnDelay", qz::CValue{30}).changedMs =
+        SnapshotBuilder::ENDED_MS - 1;
+    builder.channel(20, "Setting.AutomaticSwitchOffDelay", qz::CValue{30}).changedMs =
+        SnapshotBuilder::ENDED_MS + 1;
+    const StoreView view{builder.build()};
+    EXPECT_FALSE(Communication{view}.isUnconfirmed(view.require("Setting.AutomaticSwitchOnDelay")));
+    EXPECT_TRUE(Communication{view}.isUnconfirmed(view.require("Setting.AutomaticSwitchOffDelay")));
+}
+
+TEST(CommunicationTest, NothingIsUnconfirmedWhenNobodyKnowsWhenTheDaemonEnded) {
+    SnapshotBuilder builder = withBank();
+    builder.device(1002, 1, "Daemon");
+    builder.daemonProcess(1002, OF_ANOTHER_DAY);
+    builder.channel(20, "Setting.AutomaticSwitchOnDelay", qz::CValue{30}).changedMs = SnapshotBuilder::NOW_MS;
+    const StoreView view{builder.build()};
+    EXPECT_FALSE(Communication{view}.isFresh(view.require("Setting.AutomaticSwitchOnDelay")));
+    EXPECT_FALSE(Communication{view}.isUnconfirmed(view.require("Setting.AutomaticSwitchOnDelay")));
+}
+
 } // namespace
 } // namespace velk::cli

@@ -16,6 +16,7 @@ class SnapshotBuilder {
 public:
     static constexpr std::int64_t NOW_MS = 1'700'000'000'000;
     static constexpr std::int64_t CONNECTED_MS = NOW_MS - 3'600'000;
+    static constexpr std::int64_t ENDED_MS = NOW_MS - 60'000; ///< when `daemonProcess` was said
 
     SnapshotBuilder() {
         device(1, 0, "");
@@ -73,7 +74,9 @@ public:
     void daemonProcess(std::uint64_t device, const std::string& mark) {
         std::erase_if(snapshot.channels,
                       [](const auto& channel) { return channel.name == "Daemon.Process"; });
-        channel(device, "", qz::CValue{mark}).name = "Daemon.Process";
+        tessapi::ChannelRecord& made = channel(device, "", qz::CValue{mark});
+        made.name = "Daemon.Process";
+        made.changedMs = ENDED_MS;
     }
 
     /// Another value for a channel that is there.
