@@ -13,7 +13,8 @@ namespace velk::cli {
 namespace {
 
 bool tellsOfCommunication(const Point& point) {
-    return point.name.starts_with("CommunicationStatus.");
+    return point.name.starts_with("CommunicationStatus.") ||
+           (point.channel != nullptr && point.channel->name == Communication::DAEMON_PROCESS);
 }
 
 } // namespace
@@ -25,7 +26,7 @@ Watcher::Watcher(Session& owner, const WatchOptions& wanted) :
     }
     choose();
     for (const tessapi::ChannelRecord& channel : view.snapshot().channels) {
-        shown[channel.id] = channel.value;
+        shown[channel.id] = {channel.value, channel.changedMs};
     }
 }
 
@@ -61,21 +62,22 @@ bool Watcher::show(const tessapi::ChannelWrite& write) {
         return false;
     }
     const auto before = shown.find(write.channel);
-    const bool changed = before == shown.end() || before->second != write.value;
-    shown[write.channel] = write.value;
-    if (!changed && !options.every) {
+    const bool changed = before == shown.end() || before->second.value != write.value;
+    if (changed) {
+        shown[write.channel] = {write.value, write.timeMs};
+    } else if (!options.every) {
         return false;
     }
-    print(*point, write);
+    print(*point, write, shown[write.channel].changedMs);
     return true;
 }
 
-void Watcher::print(const Point& point, const tessapi::ChannelWrite& write) const {
+void Watcher::print(const Point& point, const tessapi::ChannelWrite& write, std::int64_t changedMs) const {
     const Communication communication{view};
     const PointReport report{communication, session.style, session.nowMs()};
     tessapi::ChannelRecord channel = *point.channel;
     channel.value = write.value;
-    channel.changedMs = write.timeMs;
+    channel.changedMs = changedMs;
     Point present = point;
     present.channel = &channel;
     if (session.json) {

@@ -1,3 +1,7 @@
+#include "cli/JournalEntry.h"
+#include "cli/TimeText.h"
+#include "platform/common/ProcessMark.h"
+#include "platform/tessapi/StoreBrowser.h"
 #include "tests/cli/SampleStore.h"
 
 #include <gmock/gmock.h>
@@ -83,6 +87,44 @@ TEST_F(WatchingTest, AfterALossValuesAreMarkedAsLastKnown) {
     sample.set(20, "Status.Mode", qz::CValue{3U});
     EXPECT_EQ(program->finish(), 0);
     EXPECT_THAT(program->output(), ContainsRegex("Status\\.Mode  on battery  last known, lost since 20"));
+}
+
+TEST_F(WatchingTest, WhenTheDaemonComesToWorkValuesAreFreshAgain) {
+    tessapi::InBandAccessor& inband = sample.store->inbandAccessor();
+    const std::uint64_t daemon = sample.store->emplaceDevice(JournalEntry::deviceUuid(), 1, 0);
+    const std::uint64_t process = inband.emplaceChannel(daemon, "Daemon.Process", false);
+    inband.setChannelCValue(process, qz::CValue{""});
+    const auto program = sample.start({"watch", "--count", "2"});
+    startWatching(*program);
+    inband.setChannelCValue(process, qz::CValue{velk::common::ProcessMark::ofThisProcess()});
+    sample.set(20, "Status.Mode", qz::CValue{3U});
+    EXPECT_EQ(program->finish(), 0);
+    EXPECT_THAT(program->output(), ContainsRegex("Voltage  1 V  last known, not watched: "));
+    EXPECT_THAT(program->output(), HasSubstr("Status.Mode  on battery\n"));
+}
+
+TEST_F(WatchingTest, AWriteThatChangesNothingKeepsTheTimeOfTheLastChange) {
+    const auto program = sample.start({"watch", "--json", "--every", "--count", "4"});
+    startWatching(*program);
+    const tessapi::StoreSnapshot before = sample.store->browser().snapshot();
+    std::int64_t modeSince = 0;
+    for (const tessapi::ChannelRecord& channel : before.channels) {
+        modeSince = channel.name == "PowerDistribution.Status.Mode" ? channel.changedMs : modeSince;
+    }
+    sample.set(20, "Status.Mode", qz::CValue{2U});
+    sample.set(sample.input, "Measure.Voltage", qz::CValue{1.0F});
+    sample.set(20, "Status.Mode", qz::CValue{3U});
+    EXPECT_EQ(program->finish(), 0);
+    std::vector<Json> lines;
+    std::istringstream output{program->output()};
+    for (std::string line; std::getline(output, line);) {
+        lines.push_back(Json::parse(line));
+    }
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[1]["path"], "Status.Mode");
+    EXPECT_EQ(lines[1]["changed"], utcText(modeSince));
+    EXPECT_EQ(lines[2]["changed"], lines[0]["changed"]);
+    EXPECT_NE(lines[3]["changed"], lines[1]["changed"]);
 }
 
 TEST_F(WatchingTest, ChannelsThatComeIntoBeingLaterAreShownToo) {
