@@ -8,8 +8,10 @@
 #include "cli/TimeText.h"
 #include "cli/ValueText.h"
 
+#include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
+#include <utility>
 #include <vector>
 
 namespace velk::cli {
@@ -41,7 +43,7 @@ constexpr auto stateRows = std::to_array<Row>({
     {"Service", "service", "PowerEquipment.Status.OperatingStatus"},
 });
 
-Json deviceJson(const StoreView& view) {
+Json deviceJson(const StoreView& view, const Communication& communication) {
     if (view.branch(StoreView::POWER_DISTRIBUTION) == nullptr) {
         return nullptr;
     }
@@ -50,15 +52,18 @@ Json deviceJson(const StoreView& view) {
         const Point* point = view.find(row.path);
         device[row.member] = point == nullptr ? Json(nullptr) : Json(displayText(*point));
     }
+    device["fresh"] = communication.device().good;
     return device;
 }
 
-Json stateJson(const Point* point) {
+Json stateJson(const Point* point, const Communication& communication) {
     if (point == nullptr || point->channel == nullptr) {
         return nullptr;
     }
     const std::optional<std::string> label = labelOf(point->channel->value, *point->channel);
-    return {{"value", jsonOf(point->channel->value)}, {"text", label ? Json(*label) : Json(nullptr)}};
+    return {{"value", jsonOf(point->channel->value)},
+            {"text", label ? Json(*label) : Json(nullptr)},
+            {"fresh", communication.isFresh(*point)}};
 }
 
 Json communicationJson(const Connection& connection) {
@@ -69,16 +74,23 @@ Json communicationJson(const Connection& connection) {
 
 void printJson(const Session& session, const StoreView& view, const Communication& communication) {
     Json document;
-    document["device"] = deviceJson(view);
+    document["device"] = deviceJson(view, communication);
     for (const Row& row : stateRows) {
-        document[row.member] = stateJson(view.find(row.path));
+        document[row.member] = stateJson(view.find(row.path), communication);
     }
     document["communication"] = communicationJson(communication.device());
     document["alarms"] = Json::array();
     for (const RaisedAlarm& raised : raisedAlarms(view)) {
-        document["alarms"].push_back(jsonOf(raised));
+        Json object = jsonOf(raised);
+        object["fresh"] = communication.isFresh(*raised.point);
+        document["alarms"].push_back(std::move(object));
     }
     printDocument(session.out, document);
+}
+
+/// Behind a value that is not fresh.
+std::string mark(const Communication& communication, const Point& point) {
+    return communication.isFresh(point) ? "" : " (last known)";
 }
 
 std::string communicationText(const Session& session, const Connection& connection) {
@@ -98,18 +110,13 @@ void printText(const Session& session, const StoreView& view, const Communicatio
     const PointReport report{communication, session.style, session.nowMs()};
     const Connection connection = communication.device();
     Table table;
-    for (const Row& row : deviceRows) {
+    const auto addRow = [&](const Row& row) {
         if (const Point* point = view.find(row.path)) {
-            table.add({session.style.title(row.title), report.value(*point)});
+            table.add({session.style.title(row.title), report.value(*point) + mark(communication, *point)});
         }
-    }
-    for (const Row& row : stateRows) {
-        if (const Point* point = view.find(row.path)) {
-            const bool fresh = communication.isFresh(*point);
-            table.add(
-                {session.style.title(row.title), report.value(*point) + (fresh ? "" : " (last known)")});
-        }
-    }
+    };
+    std::for_each(deviceRows.begin(), deviceRows.end(), addRow);
+    std::for_each(stateRows.begin(), stateRows.end(), addRow);
     table.add({session.style.title("Communication"), communicationText(session, connection)});
     const std::vector<RaisedAlarm> alarms = raisedAlarms(view);
     table.add({session.style.title("Alarms"), alarmSummary(session, alarms)});
@@ -117,7 +124,8 @@ void printText(const Session& session, const StoreView& view, const Communicatio
     Table list;
     for (const RaisedAlarm& raised : alarms) {
         list.add({"  " + session.style.level(raised.alarm.level, levelText(raised.alarm.level)),
-                  raised.point->path, displayText(*raised.point), raised.alarm.code});
+                  raised.point->path, displayText(*raised.point) + mark(communication, *raised.point),
+                  raised.alarm.code});
     }
     list.print(session.out);
 }

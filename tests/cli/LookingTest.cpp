@@ -48,8 +48,13 @@ TEST_F(LookingTest, StatusTellsDeviceModeCommunicationAndAlarms) {
 }
 
 TEST_F(LookingTest, StatusMarksTheLastKnownStateOfALostDevice) {
+    sample.alarm(20, "Status.LowRuntime", "LOW");
+    sample.set(20, "Status.LowRuntime", qz::CValue{true});
     sample.connect(false);
     EXPECT_EQ(tess({"status"}), 0);
+    EXPECT_THAT(out, ContainsRegex("Product +Test UPS 1500 \\(last known\\)\n"));
+    EXPECT_THAT(out, ContainsRegex("  critical  Status\\.LowRuntime  [a-z]+ \\(last known\\)  LOW\n"));
+    EXPECT_THAT(out, ContainsRegex("Service +in service\n"));
     EXPECT_THAT(out, ContainsRegex("Mode +on line \\(last known\\)\n"));
     EXPECT_THAT(out, ContainsRegex("Communication +lost since "));
 }
@@ -66,6 +71,21 @@ TEST_F(LookingTest, StatusAsJsonIsOneDocument) {
     EXPECT_EQ(status["communication"]["connected"], true);
     EXPECT_EQ(status["alarms"][0]["code"], "LOW");
     EXPECT_EQ(status["alarms"][0]["level"], "critical");
+}
+
+TEST_F(LookingTest, StatusAsJsonSaysOfEachPartWhetherItIsFresh) {
+    sample.alarm(20, "Status.LowRuntime", "LOW");
+    sample.set(20, "Status.LowRuntime", qz::CValue{true});
+    sample.set(20, "Status.HealthState", qz::CValue{5U});
+    for (const bool connected : {true, false}) {
+        sample.connect(connected);
+        const Json status = json({"status"});
+        EXPECT_EQ(status["device"]["fresh"], connected);
+        EXPECT_EQ(status["mode"]["fresh"], connected);
+        EXPECT_EQ(status["health"]["fresh"], connected);
+        EXPECT_EQ(status["alarms"][0]["fresh"], connected);
+        EXPECT_EQ(status["service"]["fresh"], true);
+    }
 }
 
 TEST_F(LookingTest, TreeShowsEveryPointUnderItsDevice) {
