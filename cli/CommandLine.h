@@ -48,7 +48,7 @@ private:
     std::string path;
     std::string value;
     std::string action;
-    std::int32_t delaySeconds{0};
+    std::optional<std::int32_t> delaySeconds;
     double timeoutSeconds{10.0};
     RequestOptions request;
 };

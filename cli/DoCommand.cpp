@@ -49,11 +49,14 @@ bool takesPowerAway(const Point& point) {
 }
 
 /// Only a boolean or a delay starts an action.
-qz::CValue valueFor(const Point& point, std::int32_t delaySeconds) {
+qz::CValue valueFor(const Point& point, std::optional<std::int32_t> delaySeconds) {
     switch (point.channel->type) {
     case qz::datatype::int32:
-        return qz::CValue{delaySeconds};
+        return qz::CValue{delaySeconds.value_or(0)};
     case qz::datatype::boolean:
+        if (delaySeconds) {
+            throw Failure{ExitCode::Usage, "\"" + point.path + "\" takes no delay; start it without --delay"};
+        }
         return qz::CValue{true};
     default:
         throw Failure{ExitCode::Failed, "\"" + point.path + "\" is of the type " +
@@ -80,7 +83,7 @@ void confirm(Session& session, const StoreView::Branch& branch, const Point& poi
 } // namespace
 
 ExitCode runDo(Session& session, const std::string& path, const std::string& action,
-               std::int32_t delaySeconds, const RequestOptions& options) {
+               std::optional<std::int32_t> delaySeconds, const RequestOptions& options) {
     const StoreView view{session.store.browser().snapshot()};
     const Communication communication{view};
     const StoreView::Branch& branch = view.requireBranch(path);

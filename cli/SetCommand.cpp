@@ -87,7 +87,8 @@ ExitCode runSet(Session& session, const std::string& path, const std::string& te
     const Point& point = requireSetting(view, path);
     const qz::CValue wanted = parseValue(text, *point.channel);
     requireConnection(communication, point, options.force);
-    if (point.channel->value == wanted) {
+    const bool askAgain = options.force && communication.isUnconfirmed(point);
+    if (point.channel->value == wanted && !askAgain) {
         return tellNothingToDo(session, view, point);
     }
     const RequestResult result = request(session, point, wanted, options.timeout);

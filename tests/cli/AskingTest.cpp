@@ -131,6 +131,17 @@ TEST_F(AskingTest, ForceWritesToALostDeviceAndTheValueIsShownAsUnconfirmed) {
     EXPECT_THAT(out, ContainsRegex("30 s .*unconfirmed, lost since "));
 }
 
+TEST_F(AskingTest, ForceAsksAgainForAValueThatIsOnlyUnconfirmed) {
+    sample.connect(false);
+    test::FakeDaemon daemon = outletDelay(Answer::Silent);
+    EXPECT_EQ(tess({"set", DELAY_PATH, "5", "--force"}), 0);
+    EXPECT_THAT(out, HasSubstr("already 5 s\n"));
+    EXPECT_EQ(tess({"set", DELAY_PATH, "30", "--force", "--timeout", "0.2"}), 7);
+    EXPECT_EQ(tess({"set", DELAY_PATH, "30", "--force", "--timeout", "0.2"}), 7);
+    EXPECT_THAT(out, HasSubstr("30 s -> 30 s, unconfirmed: "));
+    EXPECT_EQ(daemon.heard(), 2);
+}
+
 TEST_F(AskingTest, DoStartsAnActionWithTrue) {
     test::FakeDaemon daemon{sample, 20, "Action.StartTest", "", "true", Answer::Accept};
     EXPECT_EQ(tess({"do", ".", "StartTest"}), 0) << err;
@@ -149,6 +160,14 @@ TEST_F(AskingTest, DoGivesAnActionItsDelay) {
     test::FakeDaemon daemon{sample, sample.outlet, "Action.SwitchOn", "Outlets.1", "20", Answer::Accept};
     EXPECT_EQ(tess({"do", "Outlets.1", "SwitchOn", "--delay", "20"}), 0) << err;
     EXPECT_EQ(sample.get(sample.outlet, "Action.SwitchOn"), qz::CValue{20});
+}
+
+TEST_F(AskingTest, DoRefusesADelayForAnActionThatTakesNone) {
+    for (const char* delay : {"0", "20"}) {
+        EXPECT_EQ(tess({"do", ".", "StartTest", "--delay", delay}), 2);
+        EXPECT_EQ(err, "tess: \"Action.StartTest\" takes no delay; start it without --delay\n");
+    }
+    EXPECT_FALSE(sample.get(20, "Action.StartTest").isValid());
 }
 
 TEST_F(AskingTest, DoRefusesToTakePowerAwayWhenNobodyCanBeAsked) {
