@@ -23,6 +23,11 @@ std::string printable(std::string text) {
     return text;
 }
 
+/// A delay that is switched off.
+bool isNoDelay(const qz::CValue& value, const tessapi::ChannelRecord& channel) {
+    return channel.unit == "s" && channel.name.find("Delay") != std::string::npos && value == qz::CValue{-1};
+}
+
 } // namespace
 
 std::string plainText(const qz::CValue& value) {
@@ -51,6 +56,9 @@ std::string displayText(const qz::CValue& value, const tessapi::ChannelRecord& c
     }
     if (const qz::CTimestamp* time = std::get_if<qz::CTimestamp>(&value.variant())) {
         return localText(time->seconds * 1000);
+    }
+    if (isNoDelay(value, channel)) {
+        return "none";
     }
     const std::string text = printable(plainText(value));
     return channel.unit.empty() || !value.asNumber() ? text : text + " " + channel.unit;

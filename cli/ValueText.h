@@ -14,7 +14,8 @@ namespace velk::cli {
 std::string plainText(const qz::CValue& value);
 
 /// The value for people: a state by its label, a boolean as "yes" or "no", a number with its unit, a time in
-/// local time; "-" for none. Control characters of a text become question marks.
+/// local time, a delay of -1 s as "none"; "-" for no value. Control characters of a text become question
+/// marks.
 std::string displayText(const qz::CValue& value, const tessapi::ChannelRecord& channel);
 
 /// The point's present value for people.

@@ -30,6 +30,15 @@ TEST(ValueTextTest, AStateComesWithItsLabelAndANumberWithoutLabelAsItself) {
     EXPECT_EQ(displayText(qz::CValue{7U}, channel), "7");
 }
 
+TEST(ValueTextTest, ADelayOfMinusOneSecondIsNoneForPeopleOnly) {
+    tessapi::ChannelRecord delay = channelOf("s");
+    delay.name = "PowerDistribution.Setting.AutomaticSwitchOffDelay";
+    EXPECT_EQ(displayText(qz::CValue{-1}, delay), "none");
+    EXPECT_EQ(displayText(qz::CValue{0}, delay), "0 s");
+    EXPECT_EQ(displayText(qz::CValue{-2}, delay), "-2 s");
+    EXPECT_EQ(jsonOf(qz::CValue{-1}).dump(), "-1");
+}
+
 TEST(ValueTextTest, ABooleanIsYesOrNoAndAMissingValueADash) {
     EXPECT_EQ(displayText(qz::CValue{true}, channelOf("")), "yes");
     EXPECT_EQ(displayText(qz::CValue{false}, channelOf("")), "no");
