@@ -67,9 +67,11 @@ std::string Supervisor::runOnce() {
     } catch (const std::exception& failure) {
         return failure.what();
     }
-    publish(manager.get());
+    if (!admit(*manager)) {
+        return "";
+    }
     std::string failure = failureOf(*manager);
-    publish(nullptr);
+    dismiss();
     return failure;
 }
 
@@ -106,9 +108,18 @@ void Supervisor::rest(Clock::Duration due) {
     }
 }
 
-void Supervisor::publish(IHostedManager* manager) {
+bool Supervisor::admit(IHostedManager& manager) {
     const MutexLock lock{mutex};
-    running = manager;
+    if (stopping) {
+        return false;
+    }
+    running = &manager;
+    return true;
+}
+
+void Supervisor::dismiss() {
+    const MutexLock lock{mutex};
+    running = nullptr;
     changed.notify_all();
 }
 

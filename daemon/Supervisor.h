@@ -41,7 +41,9 @@ private:
     std::string runOnce() VELK_EXCLUDES(mutex);
     bool isStopping() const VELK_EXCLUDES(mutex);
     void rest(velk::common::Clock::Duration pause) VELK_EXCLUDES(mutex);
-    void publish(IHostedManager* manager) VELK_EXCLUDES(mutex);
+    /// From now on `stop` asks this manager; false, and nothing done, when `stop` has come already.
+    bool admit(IHostedManager& manager) VELK_EXCLUDES(mutex);
+    void dismiss() VELK_EXCLUDES(mutex);
 
     Maker maker;
     velk::common::Clock& clock;

@@ -198,6 +198,21 @@ TEST_F(SupervisorTest, AfterStopNoRunBegins) {
     EXPECT_EQ(made, 0);
 }
 
+TEST_F(SupervisorTest, AManagerThatIsReadyOnlyAfterStopIsNotRun) {
+    std::unique_ptr<Supervisor> supervisor;
+    bool executed = false;
+    supervisor = std::make_unique<Supervisor>(
+        [&]() -> std::unique_ptr<IHostedManager> {
+            supervisor->stop();
+            return std::make_unique<FakeManager>([&] { executed = true; }, events);
+        },
+        clock, errors, "do this");
+    supervisor->run();
+    EXPECT_FALSE(executed);
+    EXPECT_EQ(events, std::vector<std::string>{"manager gone"});
+    EXPECT_EQ(errors.str(), "");
+}
+
 TEST_F(SupervisorTest, AFailureOfTheRunThatIsBeingEndedIsReportedAndNotRepeated) {
     std::unique_ptr<Supervisor> supervisor;
     supervisor = supervising([&](int) {
