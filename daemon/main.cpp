@@ -31,8 +31,13 @@ ExitCode check(const std::string& path) {
 
 ExitCode run(const std::string& path) {
     const Findings findings = velk::daemon::checkFile(path);
-    print(std::cerr, findings);
-    return hasError(findings) ? ExitCode::BadConfiguration : velk::daemon::host(path);
+    if (hasError(findings)) {
+        print(std::cerr, findings);
+        return ExitCode::BadConfiguration;
+    }
+    // A plug-in or an alarm file can be put right while the daemon tries: told, but no reason not to start.
+    print(std::cerr, velk::daemon::checkConfiguration(path));
+    return velk::daemon::host(path);
 }
 
 } // namespace

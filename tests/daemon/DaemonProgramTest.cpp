@@ -91,6 +91,19 @@ TEST_F(DaemonProgramTest, ABadConfigurationIsRefusedAtTheStart) {
     EXPECT_EQ(start({"--config", (folder / "none.json").string()})->finish(), 3);
 }
 
+TEST_F(DaemonProgramTest, AStartTellsWhatPluginsAndAlarmFilesHaveWrongAndGoesOn) {
+    std::filesystem::copy_file(VELK_BINARY_DIR "/tests/daemon-plugins/libchecked_plugin.so",
+                               folder / "plugins" / "plugin.so");
+    configure(R"({"protocolLibraries": ["plugins"], "reject": {"alarmFile": "none.json"}})");
+    const auto daemon = start({"--config", configuration()});
+    ASSERT_TRUE(daemon->awaitOutput("Transition from BEGIN to DISCOVER")) << daemon->errors();
+    daemon->signal(SIGTERM);
+    EXPECT_EQ(daemon->finish(), 0);
+    EXPECT_THAT(daemon->errors(), HasSubstr("velk.json:7:9: expected \"host\"\n"));
+    EXPECT_THAT(daemon->errors(), HasSubstr("velk.json:1:60: \"alarmFile\": expected an alarm file, but "));
+    EXPECT_THAT(daemon->output(), ::testing::Not(HasSubstr("expected \"host\"")));
+}
+
 TEST_F(DaemonProgramTest, CheckSaysGoodOrWhatIsWrongAndWhere) {
     const auto good = start({"--config", configuration(), "--check"});
     EXPECT_EQ(good->finish(), 0);
