@@ -68,7 +68,9 @@ void ActionWrapper::carryOut(const ActionStep& step, std::int32_t delay) {
         device->commander.run(step.name, hasParameter ? std::to_string(delay) : std::string{});
         return;
     }
-    const auto hasArrived = [&](const std::string& now) { return decodeBool(now) == decodeBool(step.word); };
+    const auto hasArrived = [&](const std::string& /*before*/, const std::string& now) {
+        return decodeBool(now) == decodeBool(step.word);
+    };
     const auto snapshot = device->poller.lastGood();
     const std::string* present = snapshot->find(step.name);
     const std::string word =

@@ -48,16 +48,11 @@ bool isAddress(gaicb& lookup, const addrinfo& hints) {
     return getaddrinfo(lookup.ar_name, lookup.ar_service, &numeric, &lookup.ar_result) == 0;
 }
 
-/// The one name that needs no resolver either.
-std::string addressOrName(const std::string& host) {
-    return host == "localhost" ? "127.0.0.1" : host;
-}
-
 } // namespace
 
 AddressLookup::AddressLookup(const std::string& hostName, std::uint16_t portNumber,
                              velk::common::Clock::Duration timeout) :
-    request{std::make_unique<Request>(addressOrName(hostName), portNumber)} {
+    request{std::make_unique<Request>(hostName, portNumber)} {
     if (isAddress(request->lookup, request->hints)) {
         return;
     }

@@ -24,37 +24,37 @@ Commander::Commander(const NutConfiguration& settings, const Interrupt& stopped,
                      Duration changeTimeout) :
     configuration{settings}, interrupt{stopped}, clock{time}, timeout{changeTimeout} {}
 
-NutClient Commander::connect() {
-    return NutClient{configuration, interrupt, clock, timeout};
+std::unique_ptr<NutClient> Commander::connect(Duration deadline) {
+    auto client = std::make_unique<NutClient>(configuration, interrupt, clock, deadline - clock.now());
+    client->endBy(deadline);
+    client->login();
+    client->enableTracking();
+    return client;
 }
 
 std::string Commander::set(const std::string& variable, const std::string& value, const Arrival& hasArrived) {
     requireSafe(value);
     const Duration deadline = clock.now() + timeout;
-    NutClient client = connect();
-    client.login();
-    client.enableTracking();
-    awaitOutcome(client, client.set(variable, value), deadline);
-    return awaitArrival(client, variable, hasArrived, deadline);
+    const auto client = connect(deadline);
+    const std::string before = client->get(variable);
+    awaitOutcome(*client, client->set(variable, value), deadline);
+    return awaitArrival(*client, variable, before, hasArrived, deadline);
 }
 
 void Commander::run(const std::string& command, const std::string& parameter) {
     requireSafe(parameter);
     const Duration deadline = clock.now() + timeout;
-    NutClient client = connect();
-    client.login();
-    client.enableTracking();
-    awaitOutcome(client, client.run(command, parameter), deadline);
+    const auto client = connect(deadline);
+    awaitOutcome(*client, client->run(command, parameter), deadline);
 }
 
 std::string Commander::run(const std::string& command, const std::string& variable,
                            const Arrival& hasArrived) {
     const Duration deadline = clock.now() + timeout;
-    NutClient client = connect();
-    client.login();
-    client.enableTracking();
-    awaitOutcome(client, client.run(command, {}), deadline);
-    return awaitArrival(client, variable, hasArrived, deadline);
+    const auto client = connect(deadline);
+    const std::string before = client->get(variable);
+    awaitOutcome(*client, client->run(command, {}), deadline);
+    return awaitArrival(*client, variable, before, hasArrived, deadline);
 }
 
 void Commander::awaitOutcome(NutClient& client, const std::string& tracking, Duration deadline) {
@@ -66,11 +66,11 @@ void Commander::awaitOutcome(NutClient& client, const std::string& tracking, Dur
     }
 }
 
-std::string Commander::awaitArrival(NutClient& client, const std::string& variable, const Arrival& hasArrived,
-                                    Duration deadline) {
+std::string Commander::awaitArrival(NutClient& client, const std::string& variable, const std::string& before,
+                                    const Arrival& hasArrived, Duration deadline) {
     for (;;) {
         std::string text = client.get(variable);
-        if (hasArrived(text)) {
+        if (hasArrived(before, text)) {
             return text;
         }
         pauseUntilNextLook(deadline, "the device kept " + variable + " at \"" + text + "\"");
@@ -78,7 +78,7 @@ std::string Commander::awaitArrival(NutClient& client, const std::string& variab
 }
 
 void Commander::pauseUntilNextLook(Duration deadline, const std::string& awaited) {
-    if (clock.now() >= deadline || interrupt.isRaised()) {
+    if (clock.now() + BETWEEN_LOOKS >= deadline || interrupt.isRaised()) {
         throw std::runtime_error{awaited};
     }
     clock.sleepFor(BETWEEN_LOOKS);

@@ -6,6 +6,7 @@
 #include "plugins/nut/NutConfiguration.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace velk::nut {
@@ -19,10 +20,11 @@ namespace velk::nut {
 class Commander {
 public:
     using Duration = velk::common::Clock::Duration;
-    /// Tells of the text of a variable whether the change has arrived in it.
-    using Arrival = std::function<bool(const std::string& text)>;
+    /// Tells of the text of a variable just before a change, and of the one now, whether the change has
+    /// arrived.
+    using Arrival = std::function<bool(const std::string& before, const std::string& now)>;
 
-    /// How long one change may take.
+    /// How long one change may take, from the connection to the new value.
     static constexpr Duration TIMEOUT = std::chrono::seconds{5};
 
     Commander(const NutConfiguration& settings, const Interrupt& stopped, velk::common::Clock& time,
@@ -38,10 +40,11 @@ public:
     std::string run(const std::string& command, const std::string& variable, const Arrival& hasArrived);
 
 private:
-    NutClient connect();
+    /// A session that may change the device and ends at the deadline.
+    std::unique_ptr<NutClient> connect(Duration deadline);
     void awaitOutcome(NutClient& client, const std::string& tracking, Duration deadline);
-    std::string awaitArrival(NutClient& client, const std::string& variable, const Arrival& hasArrived,
-                             Duration deadline);
+    std::string awaitArrival(NutClient& client, const std::string& variable, const std::string& before,
+                             const Arrival& hasArrived, Duration deadline);
     void pauseUntilNextLook(Duration deadline, const std::string& awaited);
 
     const NutConfiguration& configuration;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <list>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -28,13 +29,26 @@ void setFlag(int socket, int option) {
     [[maybe_unused]] const int result = setsockopt(socket, IPPROTO_TCP, option, &on, sizeof on);
 }
 
+/// The one name that needs no resolver is both of its addresses.
+std::vector<std::string> namesToLookUp(const std::string& host) {
+    return host == "localhost" ? std::vector<std::string>{"127.0.0.1", "::1"} : std::vector{host};
+}
+
 } // namespace
 
 Connection::Connection(const std::string& host, std::uint16_t port, const Interrupt& stopped,
                        velk::common::Clock& time, Duration deadline) :
     interrupt{stopped}, clock{time} {
-    const AddressLookup addresses{host, port, deadline - clock.now()};
-    connectToAny(addresses.first(), deadline);
+    std::list<AddressLookup> lookups;
+    std::vector<const addrinfo*> addresses;
+    for (const std::string& name : namesToLookUp(host)) {
+        lookups.emplace_back(name, port, deadline - clock.now());
+        for (const addrinfo* address = lookups.back().first(); address != nullptr;
+             address = address->ai_next) {
+            addresses.push_back(address);
+        }
+    }
+    connectToAny(addresses, deadline);
     setFlag(socket, TCP_NODELAY);
 }
 
@@ -49,12 +63,15 @@ void Connection::closeSocket() {
     }
 }
 
-void Connection::connectToAny(const addrinfo* addresses, Duration deadline) {
+void Connection::connectToAny(const std::vector<const addrinfo*>& addresses, Duration deadline) {
     std::string reason{"the host has no address"};
-    for (const addrinfo* address = addresses; address != nullptr; address = address->ai_next) {
-        if (tryConnect(*address, deadline, reason)) {
+    auto remaining = static_cast<std::int64_t>(addresses.size());
+    for (const addrinfo* address : addresses) {
+        const Duration now = clock.now();
+        if (tryConnect(*address, now + (deadline - now) / remaining, reason)) {
             return;
         }
+        --remaining;
     }
     closeSocket();
     throw LinkError{"no connection: " + reason};
@@ -75,9 +92,13 @@ bool Connection::tryConnect(const addrinfo& address, Duration deadline, std::str
     if (failure == EINPROGRESS) {
         try {
             waitUntil(POLLOUT, deadline);
-        } catch (const LinkError&) {
+        } catch (const LinkError& timeout) {
             closeSocket();
-            throw;
+            if (interrupt.isRaised()) {
+                throw;
+            }
+            reason = timeout.what();
+            return false;
         }
         socklen_t length = sizeof failure;
         getsockopt(socket, SOL_SOCKET, SO_ERROR, &failure, &length);
@@ -87,6 +108,7 @@ bool Connection::tryConnect(const addrinfo& address, Duration deadline, std::str
 }
 
 void Connection::send(std::string_view text, Duration deadline) {
+    timeLeft(deadline); // what comes too late is better not sent
     while (!text.empty()) {
         const ssize_t sent = ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
         if (sent >= 0) {
@@ -140,11 +162,16 @@ void Connection::acknowledgeAtOnce() {
     setFlag(socket, TCP_QUICKACK);
 }
 
-void Connection::waitUntil(short events, Duration deadline) {
+Connection::Duration Connection::timeLeft(Duration deadline) const {
     const Duration left = deadline - clock.now();
     if (left <= Duration::zero()) {
         throw LinkError{"the server did not answer in time"};
     }
+    return left;
+}
+
+void Connection::waitUntil(short events, Duration deadline) {
+    const Duration left = timeLeft(deadline);
     std::array<pollfd, 2> entries{{{socket, events, 0}, {interrupt.descriptor(), POLLIN, 0}}};
     const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
     const int result =

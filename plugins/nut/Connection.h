@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 struct addrinfo;
 
@@ -21,7 +22,7 @@ public:
     /// A line longer than this is no answer of a device server.
     static constexpr std::size_t MAX_LINE = 65536;
 
-    /// Connects; tries every address of `host` in turn.
+    /// Connects; tries every address of `host` in turn, each with its share of the time left.
     Connection(const std::string& host, std::uint16_t port, const Interrupt& stopped,
                velk::common::Clock& time, Duration deadline);
     ~Connection();
@@ -34,10 +35,12 @@ public:
     std::string readLine(Duration deadline);
 
 private:
-    void connectToAny(const addrinfo* addresses, Duration deadline);
+    void connectToAny(const std::vector<const addrinfo*>& addresses, Duration deadline);
     bool tryConnect(const addrinfo& address, Duration deadline, std::string& reason);
     void receiveMore(Duration deadline);
     void acknowledgeAtOnce();
+    /// The time left, which is more than none.
+    Duration timeLeft(Duration deadline) const;
     void waitUntil(short events, Duration deadline);
     void closeSocket();
 

@@ -7,6 +7,7 @@
 #include "plugins/nut/VariableLimits.h"
 #include "plugins/nut/Variables.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -34,6 +35,9 @@ public:
     NutClient(const NutConfiguration& settings, const Interrupt& stopped, velk::common::Clock& time,
               Duration requestTimeout);
 
+    /// No operation from now on ends later than this, however many there are. At first there is no such end.
+    void endBy(Duration moment) { latest = moment; }
+
     /// The names and values of all variables.
     Variables listVariables();
     /// The names of the variables that can be set.
@@ -59,7 +63,7 @@ public:
 private:
     using Words = std::vector<std::string>;
 
-    Duration deadline() const { return clock.now() + timeout; }
+    Duration deadline() const { return std::min(clock.now() + timeout, latest); }
     /// One request with an answer of one line.
     Words ask(const std::string& request);
     /// The rows of "LIST `what`", each without the words that it begins with.
@@ -70,6 +74,7 @@ private:
     const NutConfiguration& configuration;
     velk::common::Clock& clock;
     const Duration timeout;
+    Duration latest{Duration::max()};
     Connection connection;
 };
 

@@ -80,8 +80,8 @@ bool SettingWrapper::write(const Value& value) {
 std::string SettingWrapper::change(const Value& asked, const Snapshot& snapshot) {
     const std::string* text = snapshot.find(variable);
     const std::string present = text == nullptr ? std::string{} : *text;
-    const auto hasArrived = [&](const std::string& now) {
-        return now != present || codec.decode(now) == asked;
+    const auto hasArrived = [&](const std::string& before, const std::string& now) {
+        return now != before || codec.decode(now) == asked;
     };
     const std::string command = commandFor(codec, asked, *snapshot.capabilities);
     if (!command.empty()) {

@@ -23,6 +23,7 @@ using Words = std::vector<std::string>;
 class CommanderTest : public ::testing::Test {
 protected:
     std::string answer(const std::string& line) {
+        clock.advance(slowness);
         for (auto& [begin, answers] : script) {
             if (line.rfind(begin, 0) == 0) {
                 const std::string next = answers.front();
@@ -44,14 +45,15 @@ protected:
         }
     }
 
-    static bool hasArrived(const std::string& text) { return text == "21"; }
+    static bool hasArrived(const std::string& /*before*/, const std::string& now) { return now == "21"; }
 
     // Written before the server is asked anything, read on its thread.
     std::map<std::string, Words> script;
+    Commander::Duration slowness{};
+    FakeClock clock;
     ScriptedServer server{[this](const std::string& line) { return answer(line); }};
     NutConfiguration configuration{configurationFor(server.port())};
     Interrupt interrupt;
-    FakeClock clock;
     Commander commander{configuration, interrupt, clock};
 };
 
@@ -60,9 +62,9 @@ TEST_F(CommanderTest, SettingWaitsForItsOutcomeAndForTheNewValue) {
               {"GET TRACKING 7", {"PENDING", "PENDING", "SUCCESS"}},
               {"GET VAR", {"VAR u1 x \"20\"", "VAR u1 x \"20\"", "VAR u1 x \"21\""}}};
     EXPECT_EQ(commander.set("x", "21", hasArrived), "21");
-    const Words expected{"USERNAME \"velk\"", "PASSWORD \"secret\"", "SET TRACKING ON", "SET VAR u1 x \"21\"",
-                         "GET TRACKING 7",    "GET TRACKING 7",      "GET TRACKING 7",  "GET VAR u1 x",
-                         "GET VAR u1 x",      "GET VAR u1 x"};
+    const Words expected{"USERNAME \"velk\"",   "PASSWORD \"secret\"", "SET TRACKING ON", "GET VAR u1 x",
+                         "SET VAR u1 x \"21\"", "GET TRACKING 7",      "GET TRACKING 7",  "GET TRACKING 7",
+                         "GET VAR u1 x",        "GET VAR u1 x"};
     EXPECT_EQ(server.requests(), expected);
 }
 
@@ -89,6 +91,23 @@ TEST_F(CommanderTest, DriverThatNeverAnswersEndsAtTheDeadline) {
     EXPECT_LE(clock.now() - FakeClock{}.now(), Commander::TIMEOUT + 20ms);
 }
 
+TEST_F(CommanderTest, OneDeadlineBoundsAllSteps) {
+    slowness = 2s;
+    EXPECT_EQ(failureOf([&] { commander.set("x", "21", hasArrived); }), "the server did not answer in time");
+    const auto requests = server.requests();
+    EXPECT_EQ(requests.back(), "SET TRACKING ON") << "and the change is not sent any more";
+}
+
+TEST_F(CommanderTest, ValueJustBeforeTheChangeIsToldWithTheNewOne) {
+    script = {{"GET VAR", {"VAR u1 x \"19\"", "VAR u1 x \"19\"", "VAR u1 x \"22\""}}};
+    Words seen;
+    commander.set("x", "21", [&](const std::string& before, const std::string& now) {
+        seen.push_back(before + " " + now);
+        return before != now;
+    });
+    EXPECT_EQ(seen, (Words{"19 19", "19 22"}));
+}
+
 TEST_F(CommanderTest, ChangeIsNeverSentTwice) {
     script = {{"INSTCMD", {std::string{ScriptedServer::CLOSE}}}};
     EXPECT_NE(failureOf([&] { commander.run("load.off", ""); }), "none");
@@ -97,7 +116,7 @@ TEST_F(CommanderTest, ChangeIsNeverSentTwice) {
 }
 
 TEST_F(CommanderTest, WrongPasswordShowsAtTheChange) {
-    script = {{"SET VAR", {"ERR ACCESS-DENIED"}}};
+    script = {{"SET VAR", {"ERR ACCESS-DENIED"}}, {"GET VAR", {"VAR u1 x \"20\""}}};
     EXPECT_EQ(failureOf([&] { commander.set("x", "21", hasArrived); }), "ERR ACCESS-DENIED");
 }
 

@@ -57,6 +57,11 @@ public:
         const velk::common::MutexLock lock{mutex};
         failure = answer;
     }
+    /// From now on settings are taken and nothing comes of them.
+    void ignoreChanges() {
+        const velk::common::MutexLock lock{mutex};
+        ignoresChanges = true;
+    }
     std::vector<std::string> requests() const { return server.requests(); }
 
     powerdistribution::protocols::ValueWrapperPtr wrapper(const EPath& path) const {
@@ -92,7 +97,7 @@ private:
         if (words[0] == "GET" && words[1] == "VAR") {
             return "VAR u1 " + words[3] + " " + velk::nut::quote(variables[words[3]]) + "\n";
         }
-        if (words[0] == "SET" && words[1] == "VAR") {
+        if (words[0] == "SET" && words[1] == "VAR" && !ignoresChanges) {
             variables[words[3]] = words[4];
         }
         return "OK\n";
@@ -103,6 +108,7 @@ private:
     std::vector<std::string> writableNames;
     std::vector<std::string> commandNames;
     std::string failure VELK_GUARDED_BY(mutex);
+    bool ignoresChanges VELK_GUARDED_BY(mutex){false};
     ScriptedServer server;
 };
 

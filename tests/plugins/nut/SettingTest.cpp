@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <thread>
 
 namespace velk::nut {
 namespace {
 
 using namespace powerdistribution;
 using velk::testing::ServedDevice;
+using namespace std::chrono_literals;
 
 const EPath offDelay{ECircuit::Outputs, 1U, ESetting::AutomaticSwitchOffDelay};
 
@@ -34,6 +36,22 @@ TEST(SettingTest, NewValueIsReadAtOnceAfterAWrite) {
     EXPECT_TRUE(wrapper->write(std::int32_t{120}));
     EXPECT_EQ(wrapper->read(), Value{std::int32_t{120}}) << "without another list";
     EXPECT_EQ(countOf(device, "SET VAR u1 ups.delay.shutdown \"120\""), 1U);
+}
+
+TEST(SettingTest, DeviceThatChangedByItselfHasNotTakenTheWrite) {
+    ServedDevice device{{{"ups.delay.shutdown", "20"}, {"ups.status", "OL"}}, {"ups.delay.shutdown"}};
+    const auto wrapper = device.wrapper(offDelay);
+    device.set("ups.delay.shutdown", "25"); // since the last list
+    device.ignoreChanges();
+    std::thread time{[&] {
+        device.clock.awaitBlocked(2); // the poller and the write, which looks whether the device has it
+        device.clock.advance(4990ms);
+    }};
+    ::testing::internal::CaptureStderr();
+    EXPECT_FALSE(wrapper->write(std::int32_t{120}));
+    const std::string told = ::testing::internal::GetCapturedStderr();
+    time.join();
+    EXPECT_NE(told.find("the device kept ups.delay.shutdown at \"25\""), std::string::npos) << told;
 }
 
 TEST(SettingTest, ValueThatCannotBeIsRefusedUnsent) {
