@@ -24,9 +24,31 @@ Poller::Duration requestTimeout(const NutConfiguration& configuration) {
     return configuration.pollInterval / 2 + 500ms;
 }
 
-/// Whether the list holds data and not the server's placeholder for a driver that is just starting.
-bool holdsData(const Variables& variables) {
-    return !variables.empty() && !StatusWords{variables}.has("WAIT");
+/// Why the list holds no data of the device; an empty text when it does.
+std::string lackOf(const Variables& variables) {
+    const StatusWords status{variables};
+    if (variables.empty() || status.has("WAIT")) { // the server's placeholder for a driver that starts
+        return "the driver has no data yet";
+    }
+    return status.has("NOCOMM") ? "the driver has lost the device" : "";
+}
+
+/// Whether the server's answer is about the device as a whole and not about what was asked.
+bool meansLoss(const ServerError& failure) {
+    return failure.code() == "DATA-STALE" || failure.code() == "DRIVER-NOT-CONNECTED";
+}
+
+/// What `ask` gives, or nothing when the server cannot tell it.
+template <typename Ask>
+auto orNothing(const Ask& ask) -> decltype(ask()) {
+    try {
+        return ask();
+    } catch (const ServerError& failure) {
+        if (meansLoss(failure)) {
+            throw;
+        }
+        return {};
+    }
 }
 
 std::set<std::string> namesOf(const Variables& variables) {
@@ -120,6 +142,11 @@ bool Poller::isStopping() const {
     return stopping;
 }
 
+bool Poller::isGood() const {
+    const MutexLock lock{mutex};
+    return good;
+}
+
 void Poller::run() {
     while (!isStopping()) {
         const Duration started = clock.now();
@@ -141,18 +168,29 @@ Poller::Duration Poller::poll() {
             client =
                 std::make_unique<NutClient>(configuration, interrupt, clock, requestTimeout(configuration));
         }
+        // Good data must not grow old over a slow server, however much there is to ask. Before, nothing is
+        // served that could.
+        const bool isServed = isGood();
+        const Duration started = clock.now();
+        client->endBy(isServed ? started + requestTimeout(configuration) : Duration::max());
         std::uint64_t asked = 0;
         {
             const MutexLock lock{mutex};
             asked = ++moments;
         }
         Variables variables = client->listVariables();
-        if (!holdsData(variables)) {
-            lose("the driver has no data yet");
+        const std::string lack = lackOf(variables);
+        if (!lack.empty()) {
+            lose(lack);
             return configuration.pollInterval;
         }
-        auto capabilities = capabilitiesFor(variables);
-        accept(std::move(variables), std::move(capabilities), asked);
+        if (isServed) {
+            accept(variables, asked);
+            learnCapabilities(variables, started + requestTimeout(configuration) / 2);
+        } else {
+            learnCapabilities(variables, Duration::max());
+            accept(std::move(variables), asked);
+        }
         return configuration.pollInterval;
     } catch (const ServerError& failure) {
         lose(failure.what());
@@ -174,27 +212,34 @@ Poller::Duration Poller::pauseAfterLoss() {
 
 /// Asked again only when variables have come or gone, since it takes a request for each variable that can be
 /// set; what is known of a variable is kept while the device stays.
-std::shared_ptr<const Capabilities> Poller::capabilitiesFor(const Variables& variables) {
+void Poller::learnCapabilities(const Variables& variables, Duration until) {
     auto present = namesOf(variables);
     if (known && present == namesOfKnown) {
-        return known;
+        return;
     }
     auto capabilities = std::make_shared<Capabilities>();
-    for (const std::string& command : client->listCommands()) {
+    for (const std::string& command : orNothing([&] { return client->listCommands(); })) {
         capabilities->commands.insert(command);
     }
-    for (const std::string& variable : client->listWritable()) {
-        const bool isKnown = known && known->canSet(variable);
-        capabilities->writable.emplace(variable, isKnown ? known->writable.find(variable)->second
-                                                         : client->limitsOf(variable));
+    for (const std::string& variable : orNothing([&] { return client->listWritable(); })) {
+        if (limits.find(variable) == limits.end() && clock.now() >= until) {
+            return;
+        }
+        capabilities->writable.emplace(variable, limitsOf(variable));
     }
     known = std::move(capabilities);
     namesOfKnown = std::move(present);
-    return known;
 }
 
-void Poller::accept(Variables variables, std::shared_ptr<const Capabilities> capabilities,
-                    std::uint64_t asked) {
+const VariableLimits& Poller::limitsOf(const std::string& variable) {
+    const auto entry = limits.find(variable);
+    if (entry != limits.end()) {
+        return entry->second;
+    }
+    return limits.emplace(variable, orNothing([&] { return client->limitsOf(variable); })).first->second;
+}
+
+void Poller::accept(Variables variables, std::uint64_t asked) {
     lossPause = FIRST_LOSS_PAUSE;
     auto present = namesOf(variables);
     const bool isStable = present == names;
@@ -205,7 +250,7 @@ void Poller::accept(Variables variables, std::shared_ptr<const Capabilities> cap
         return;
     }
     putFreshValues(variables, asked);
-    last = std::make_shared<const Snapshot>(Snapshot{std::move(variables), std::move(capabilities)});
+    last = std::make_shared<const Snapshot>(Snapshot{std::move(variables), known});
     if (!good && !reported.empty()) {
         tell(configuration, "connected again");
     }
@@ -227,6 +272,7 @@ void Poller::lose(const std::string& reason) {
     names.clear();
     // The driver that comes back may be another one.
     known.reset();
+    limits.clear();
     if (reason != reported) {
         tell(configuration, reason);
         reported = reason;

@@ -25,6 +25,7 @@ namespace velk::nut {
 /// Data are good after two successive lists with the same names, none of them the placeholder that a server
 /// gives while a driver starts. They are lost when the server says that they are stale or that the driver is
 /// gone, and when the connection ends or falls silent: at the latest after twice the interval and a second.
+/// Questions about what can be done with the device do not put that off.
 /// A lost server is tried again by itself, with growing pauses.
 ///
 /// Threads: any for all operations but `start` and `stop`, which come from one thread at a time.
@@ -69,13 +70,16 @@ private:
     /// One list; gives the pause until the next.
     Duration poll() VELK_EXCLUDES(mutex);
     Duration pauseAfterLoss();
-    std::shared_ptr<const Capabilities> capabilitiesFor(const Variables& variables);
-    void accept(Variables variables, std::shared_ptr<const Capabilities> capabilities, std::uint64_t asked)
-        VELK_EXCLUDES(mutex);
+    /// Brings `known` up to date with the names of the variables. Asks nothing more once it is `until`; what
+    /// is open then is asked in a later round.
+    void learnCapabilities(const Variables& variables, Duration until);
+    const VariableLimits& limitsOf(const std::string& variable);
+    void accept(Variables variables, std::uint64_t asked) VELK_EXCLUDES(mutex);
     void putFreshValues(Variables& variables, std::uint64_t asked) VELK_REQUIRES(mutex);
     void lose(const std::string& reason) VELK_EXCLUDES(mutex);
     void setState(bool isGood, bool isAttached) VELK_REQUIRES(mutex);
     bool isStopping() const VELK_EXCLUDES(mutex);
+    bool isGood() const VELK_EXCLUDES(mutex);
 
     const NutConfiguration& configuration;
     Interrupt& interrupt;
@@ -85,7 +89,8 @@ private:
     std::unique_ptr<NutClient> client;
     std::set<std::string> names; ///< of the last list; empty when the next one begins anew
     std::shared_ptr<const Capabilities> known;
-    std::set<std::string> namesOfKnown; ///< for which `known` was asked
+    std::set<std::string> namesOfKnown;           ///< for which `known` was asked
+    std::map<std::string, VariableLimits> limits; ///< of the variables that were asked for them
     Duration lossPause;
     std::string reported; ///< the loss that people were told of
 

@@ -31,6 +31,11 @@ protected:
         list = answer;
     }
 
+    void sayTo(const std::string& line, const std::string& answer) {
+        const MutexLock lock{mutex};
+        special[line] = answer;
+    }
+
     void startAndPoll() {
         poller.start();
         clock.awaitBlocked(1);
@@ -56,9 +61,11 @@ protected:
         std::function<void()> hook;
         {
             const MutexLock lock{mutex};
-            text = line.rfind("LIST VAR", 0) == 0 ? list
-                   : line == "LIST RW u1"         ? nameList("RW", {})
-                                                  : nameList("CMD", {});
+            const auto known = special.find(line);
+            text = known != special.end()           ? known->second
+                   : line.rfind("LIST VAR", 0) == 0 ? list
+                   : line == "LIST RW u1"           ? nameList("RW", {})
+                                                    : nameList("CMD", {});
             hook = duringList;
         }
         if (hook) {
@@ -69,6 +76,7 @@ protected:
 
     Mutex mutex;
     std::string list VELK_GUARDED_BY(mutex);
+    std::map<std::string, std::string> special VELK_GUARDED_BY(mutex); ///< answers to lines
     std::function<void()> duringList VELK_GUARDED_BY(mutex);
     ScriptedServer server{[this](const std::string& line) { return answer(line); }};
     NutConfiguration configuration{configurationFor(server.port())};
@@ -111,6 +119,77 @@ TEST_F(PollerTest, PlaceholderOfAStartingDriverIsNoData) {
     pollAgain();
     EXPECT_FALSE(poller.attach());
     EXPECT_EQ(state(), 3);
+}
+
+TEST_F(PollerTest, DriverThatHasLostTheDeviceHasNoData) {
+    makeGood();
+    say(variableList({{"ups.load", "34"}, {"ups.status", "OL NOCOMM"}}));
+    pollAgain();
+    EXPECT_EQ(state(), 3);
+    EXPECT_EQ(load(), "none");
+    say(variableList({{"ups.load", "34"}, {"ups.status", "OL COMM"}}));
+    pollAgain();
+    pollAgain();
+    EXPECT_EQ(state(), 2);
+}
+
+TEST_F(PollerTest, VariableWhoseLimitsAreNotToldHasNone) {
+    sayTo("LIST CMD u1", "ERR CMD-NOT-SUPPORTED\n");
+    sayTo("LIST RW u1", nameList("RW", {"a", "b", "c", "d"}));
+    sayTo("GET TYPE u1 a", "ERR VAR-NOT-SUPPORTED\n");
+    sayTo("GET TYPE u1 b", "TYPE u1 b RW ENUM\n");
+    sayTo("LIST ENUM u1 b", "ERR INVALID-ARGUMENT\n");
+    sayTo("GET TYPE u1 c", "TYPE u1 c RW RANGE\n");
+    sayTo("LIST RANGE u1 c", "ERR INVALID-ARGUMENT\n");
+    sayTo("GET TYPE u1 d", "TYPE u1 d RW STRING:8\n");
+    makeGood();
+    const auto snapshot = poller.current();
+    ASSERT_NE(snapshot, nullptr);
+    const auto& writable = snapshot->capabilities->writable;
+    ASSERT_EQ(writable.size(), 4U);
+    EXPECT_TRUE(writable.at("a").words.empty());
+    EXPECT_TRUE(writable.at("b").words.empty());
+    EXPECT_TRUE(writable.at("c").ranges.empty());
+    EXPECT_EQ(writable.at("d").maxLength, 8U);
+    EXPECT_TRUE(snapshot->capabilities->commands.empty());
+}
+
+TEST_F(PollerTest, LossThatShowsAtAQuestionIsALoss) {
+    for (const char* answer : {"ERR DATA-STALE\n", "ERR DRIVER-NOT-CONNECTED\n"}) {
+        sayTo("LIST RW u1", nameList("RW", {"a"}));
+        sayTo("GET TYPE u1 a", answer);
+        startAndPoll();
+        pollAgain();
+        EXPECT_FALSE(poller.attach()) << answer;
+        poller.stop();
+    }
+}
+
+TEST_F(PollerTest, QuestionsToASlowServerDoNotHoldBackTheLists) {
+    makeGood();
+    say(variableList({{"a", "1"}, {"b", "1"}, {"ups.load", "40"}, {"ups.status", "OL"}}));
+    sayTo("LIST RW u1", nameList("RW", {"a", "b"}));
+    sayTo("GET TYPE u1 a", "TYPE u1 a RW STRING:8\n");
+    sayTo("GET TYPE u1 b", "TYPE u1 b RW STRING:9\n");
+    {
+        const MutexLock lock{mutex};
+        duringList = [this, slowAnswers = std::make_shared<int>(3)] {
+            if ((*slowAnswers)-- > 0) {
+                clock.advance(100ms);
+            }
+        };
+    }
+    const auto before = static_cast<std::ptrdiff_t>(server.requests().size());
+    pollAgain();
+    EXPECT_EQ(load(), "40");
+    const auto requests = server.requests();
+    EXPECT_EQ((std::vector<std::string>{requests.begin() + before, requests.end()}),
+              (std::vector<std::string>{"LIST VAR u1", "LIST CMD u1", "LIST RW u1", "LIST VAR u1",
+                                        "LIST CMD u1", "LIST RW u1", "GET TYPE u1 a", "GET TYPE u1 b"}));
+    pollAgain();
+    EXPECT_EQ(poller.current()->capabilities->writable.at("a").maxLength, 8U);
+    EXPECT_EQ(poller.current()->capabilities->writable.at("b").maxLength, 9U);
+    EXPECT_EQ(state(), 2);
 }
 
 TEST_F(PollerTest, EmptyListIsNoData) {
