@@ -70,7 +70,11 @@ Value decodePercent(const std::string& text) {
 }
 
 Value decodeCharge(const std::string& text) {
-    return bounded(text.rfind('<', 0) == 0 ? text.substr(1) : text, 0, 100);
+    return bounded(text, 0, 100);
+}
+
+Value decodeApproximateCharge(const std::string& text) {
+    return decodeCharge(text.rfind('<', 0) == 0 ? text.substr(1) : text);
 }
 
 Value decodeTemperature(const std::string& text) {

@@ -16,8 +16,9 @@ using Decode = Value (*)(const std::string& text);
 
 // Quantities, as float.
 Value decodeNumber(const std::string& text);
-Value decodePercent(const std::string& text);     ///< 0 to 1000: a load may exceed 100
-Value decodeCharge(const std::string& text);      ///< 0 to 100, also "<85"
+Value decodePercent(const std::string& text);           ///< 0 to 1000: a load may exceed 100
+Value decodeCharge(const std::string& text);            ///< 0 to 100
+Value decodeApproximateCharge(const std::string& text); ///< 0 to 100, "<85" as its bound
 Value decodeTemperature(const std::string& text); ///< -50 to 150: beyond it stand Kelvin and raw readings
 Value decodePowerFactor(const std::string& text); ///< -1 to 1, also in percent
 Value decodeRatio(const std::string& text);       ///< 0 or more

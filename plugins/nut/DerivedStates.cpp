@@ -205,6 +205,20 @@ Value outputSupply(const Snapshot& snapshot, const PathIndices& /*indices*/) {
                             "ups.output.voltage", "outlet.voltage", "input.voltage"});
 }
 
+Value delayBeforeSwitchOn(const Snapshot& snapshot, const PathIndices& /*indices*/) {
+    Value none;
+    for (const char* timer : {"ups.timer.start", "ups.timer.restart", "ups.timer.reboot"}) {
+        Value delay = firstValue(snapshot, {timer}, decodeDelay);
+        if (delay.hasValue() && delay.get<std::int32_t>() >= 0) {
+            return delay;
+        }
+        if (delay.hasValue()) {
+            none = std::move(delay);
+        }
+    }
+    return none;
+}
+
 Value outletSupply(const Snapshot& snapshot, const PathIndices& indices) {
     const std::string prefix = indices.expand("outlet.#.");
     const Value switchedOn = firstValue(snapshot, {prefix + "status"}, decodeBool);

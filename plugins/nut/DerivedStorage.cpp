@@ -61,8 +61,22 @@ Value chargerStatus(const Snapshot& snapshot, const PathIndices& /*indices*/) {
     if (status.has("DISCHRG")) {
         return stateOf(ChargerStatus::Discharging);
     }
+    // Some devices count beyond the full charge, which is no measure to show but full.
+    const std::string* charge = snapshot.find("battery.charge");
+    const bool isFull = charge != nullptr && parseNumber(*charge).value_or(0) >= 100;
+    return stateOf(isFull ? ChargerStatus::Floating : ChargerStatus::OnNotCharging);
+}
+
+Value stateOfCharge(const Snapshot& snapshot, const PathIndices& /*indices*/) {
     const Value charge = firstValue(snapshot, {"battery.charge"}, decodeCharge);
-    return stateOf(charge == Value{100.0F} ? ChargerStatus::Floating : ChargerStatus::OnNotCharging);
+    return charge.hasValue() ? charge
+                             : firstValue(snapshot, {"battery.charge.approx"}, decodeApproximateCharge);
+}
+
+Value installationDate(const Snapshot& snapshot, const PathIndices& /*indices*/) {
+    // The day of manufacture is only a guess at it, so it does not stand in for a date that was not set.
+    return firstValue(snapshot, {snapshot.has("battery.date") ? "battery.date" : "battery.mfr.date"},
+                      decodeDate);
 }
 
 Value chargerSupply(const Snapshot& snapshot, const PathIndices& indices) {

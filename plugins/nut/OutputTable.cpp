@@ -22,7 +22,7 @@ void addStates(Rows& rows) {
         {output + EStatus::SwitchedOn,           onlyWith(hasOutput, computed(outputSwitchedOn, {"ups.status"}))},
         {output + EStatus::Overload,             onlyWith(hasOutput, computed(statusWord("OVER"), {"ups.status"}))},
         {output + EStatus::DelayBeforeSwitchOff, variable({"ups.timer.shutdown"}, decodeDelay)},
-        {output + EStatus::DelayBeforeSwitchOn,  variable({"ups.timer.start", "ups.timer.restart", "ups.timer.reboot"}, decodeDelay)},
+        {output + EStatus::DelayBeforeSwitchOn,  computed(delayBeforeSwitchOn, {"ups.timer.start", "ups.timer.restart", "ups.timer.reboot"})},
         {output + EAttribute::PhysicalName,      identity({"outlet.desc"}, decodeText)},
     };
     rows.insert(rows.end(), table.begin(), table.end());

@@ -26,7 +26,7 @@ BuildFunc bankState(Compute compute) {
 // clang-format off
 void addMeasures(Rows& rows) {
     const Rows table{
-        {bank + EMeasurement::StateOfCharge,      variable({"battery.charge", "battery.charge.approx"}, decodeCharge)},
+        {bank + EMeasurement::StateOfCharge,      computed(stateOfCharge, {"battery.charge", "battery.charge.approx"})},
         {bank + EMeasurement::RemainingTime,      variable({"battery.runtime", "ups.runtime"}, decodeRuntime)},
         {bank + EMeasurement::Voltage,            variable({"battery.voltage"}, decodeNumber)},
         {bank + EMeasurement::Current,            variable({"battery.current", "battery.current.total"}, decodeNumber)},
@@ -70,7 +70,7 @@ void addStates(Rows& rows) {
         {bank + EStatus::VoltageTooHigh,     bankState(statusWord("HB"))},
         {bank + EStatus::LastTestResult,     variable({"ups.test.result", "battery.test.status"}, decodeTestResult)},
         {bank + EStatus::LastTestResultDate, variable({"ups.test.date"}, decodeDate)},
-        {bank + EStatus::LcmInstallationDate, variable({"battery.date", "battery.mfr.date"}, decodeDate)},
+        {bank + EStatus::LcmInstallationDate, computed(installationDate, {"battery.date", "battery.mfr.date"})},
         {bank + EStatus::LcmReplacementDate, variable({"battery.date.maintenance"}, decodeDate)},
     };
     rows.insert(rows.end(), table.begin(), table.end());

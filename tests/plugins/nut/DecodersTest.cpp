@@ -21,7 +21,10 @@ TEST(DecodersTest, QuantitiesBeyondReasonAreNone) {
 }
 
 TEST(DecodersTest, ApproximateChargeIsItsBound) {
-    EXPECT_EQ(decodeCharge("<85"), Value{85.0F});
+    EXPECT_EQ(decodeApproximateCharge("<85"), Value{85.0F});
+    EXPECT_EQ(decodeApproximateCharge("85"), Value{85.0F});
+    EXPECT_EQ(decodeApproximateCharge("<101"), Value{});
+    EXPECT_EQ(decodeCharge("<85"), Value{}) << "elsewhere";
 }
 
 TEST(DecodersTest, PowerFactorMayComeInPercent) {

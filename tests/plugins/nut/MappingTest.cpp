@@ -135,19 +135,51 @@ TEST(MappingTest, BatteryIsAPowerBank) {
                                {"battery.temperature", "-272"},
                                {"battery.voltage", "054.5"},
                                {"battery.date", "not set"},
-                               {"battery.mfr.date", "2022/06/01"},
+                               {"battery.mfr.date", "2022/06/01"}, // not looked at beside the other
                                {"battery.packs", "001"},
                                {"ups.status", "OL"}}};
     EXPECT_EQ(device.read(bank + EMeasurement::StateOfCharge), quantity(96));
     EXPECT_EQ(device.read(bank + EMeasurement::RemainingTime), Value{});
     EXPECT_EQ(device.read(bank + EMeasurement::Temperature), Value{});
     EXPECT_EQ(device.read(bank + EMeasurement::Voltage), quantity(54.5F));
-    EXPECT_EQ(device.read(bank + EStatus::LcmInstallationDate).get<conv::UnixTime>().toIso8601(),
-              "2022-06-01T00:00:00.000Z");
+    EXPECT_EQ(device.read(bank + EStatus::LcmInstallationDate), Value{});
     EXPECT_EQ(device.read(bank + ECircuit::StorageModules + EAttribute::Count), number(1));
     EXPECT_EQ(device.read(bank + EStatus::StoragePresent), number(1));
     EXPECT_EQ(device.read(bank + EStatus::BmsFailure), number(0));
     EXPECT_EQ(device.read(bank + ECommunicationStatus::State), number(2));
+}
+
+TEST(MappingTest, BatteryIsAsOldAsItsMakeWhereItsInstallationIsNotTold) {
+    const ServedDevice device{{{"battery.mfr.date", "2022/06/01"}, {"ups.status", "OL"}}};
+    const auto date =
+        device.read({ECircuit::BackupSystem, ECircuit::PowerBank, EStatus::LcmInstallationDate});
+    ASSERT_TRUE(date.holds<conv::UnixTime>());
+    EXPECT_EQ(date.get<conv::UnixTime>().toIso8601(), "2022-06-01T00:00:00.000Z");
+}
+
+TEST(MappingTest, OnlyTheApproximateChargeIsABound) {
+    const EPath charge{ECircuit::BackupSystem, ECircuit::PowerBank, EMeasurement::StateOfCharge};
+    EXPECT_EQ(ServedDevice(Variables{{"battery.charge.approx", "<85"}}).read(charge), quantity(85));
+    EXPECT_EQ(ServedDevice(Variables{{"battery.charge", "<85"}}).read(charge), Value{});
+    EXPECT_EQ(
+        ServedDevice(Variables{{"battery.charge", "90"}, {"battery.charge.approx", "<85"}}).read(charge),
+        quantity(90));
+}
+
+TEST(MappingTest, FirstTimerThatRunsIsTheDelayBeforeSwitchOn) {
+    const EPath delay{ECircuit::Outputs, 1U, EStatus::DelayBeforeSwitchOn};
+    const auto delayOf = [&](const char* start, const char* restart, const char* reboot) {
+        return ServedDevice(Variables{{"ups.timer.start", start},
+                                      {"ups.timer.restart", restart},
+                                      {"ups.timer.reboot", reboot},
+                                      {"ups.status", "OL"}})
+            .read(delay);
+    };
+    EXPECT_EQ(delayOf("0", "20", "30"), Value{std::int32_t{0}});
+    EXPECT_EQ(delayOf("-1", "20", "30"), Value{std::int32_t{20}});
+    EXPECT_EQ(delayOf("-60", "65535", "30"), Value{std::int32_t{30}});
+    EXPECT_EQ(delayOf("-1", "65535", "2147483647"), Value{std::int32_t{-1}});
+    EXPECT_EQ(delayOf("-1", "soon", ""), Value{std::int32_t{-1}});
 }
 
 TEST(MappingTest, DeviceWithoutBatterySaysThatItHasNoStorage) {

@@ -116,6 +116,10 @@ TEST(StatusMappingTest, ChargerIsJudgedByItsOwnWordOrByTheStatus) {
               number(2));
     EXPECT_EQ(ServedDevice(Variables{{"ups.status", "OL"}, {"battery.charge", "99"}}).read(status),
               number(3));
+    EXPECT_EQ(ServedDevice(Variables{{"ups.status", "OL"}, {"battery.charge", "100.5"}}).read(status),
+              number(2));
+    EXPECT_EQ(ServedDevice(Variables{{"ups.status", "OL"}, {"battery.charge", "99.9"}}).read(status),
+              number(3));
     EXPECT_EQ(told.read(bank + ECircuit::Chargers + EAttribute::Count), number(1));
 }
 
