@@ -158,7 +158,7 @@ TEST(ServedPathsTest, OwnDeviceFilesReadWithTheTypesOfTheCatalogue) {
 
 TEST(ServedPathsTest, RecordedDeviceFilesReadWithTheTypesOfTheCatalogue) {
     const auto files = deviceFiles(std::string{VELK_SOURCE_DIR} + "/../shared/devices");
-    if (!files.empty()) { // they come with the workshop, not with the project
+    if (!files.empty()) { // when recorded devices lie beside the project
         checkAll(files);
     }
 }
