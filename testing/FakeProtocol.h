@@ -5,6 +5,7 @@
 #include "powerdistribution/protocols/IProtocol.h"
 #include "testing/CallLog.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -49,6 +50,12 @@ public:
         failures[operation] = std::move(text);
     }
 
+    /// Run by `disconnect` from now on, after it was logged.
+    void onDisconnect(std::function<void()> action) VELK_EXCLUDES(mutex) {
+        velk::common::MutexLock lock{mutex};
+        disconnectAction = std::move(action);
+    }
+
     const CallLog& calls() const { return *log; }
 
     void start() override { called("start"); }
@@ -66,7 +73,17 @@ public:
         return found;
     }
 
-    void disconnect() override { called("disconnect"); }
+    void disconnect() override VELK_EXCLUDES(mutex) {
+        called("disconnect");
+        std::function<void()> action;
+        {
+            velk::common::MutexLock lock{mutex};
+            action = disconnectAction;
+        }
+        if (action) {
+            action();
+        }
+    }
 
 private:
     void called(const std::string& operation) VELK_EXCLUDES(mutex) {
@@ -84,6 +101,7 @@ private:
     bool found VELK_GUARDED_BY(mutex){false};
     CommunicationStatus status VELK_GUARDED_BY(mutex){2, {}};
     std::map<std::string, std::string> failures VELK_GUARDED_BY(mutex);
+    std::function<void()> disconnectAction VELK_GUARDED_BY(mutex);
 };
 
 } // namespace velk::testing

@@ -147,6 +147,9 @@ std::unique_ptr<DynamicLibrary> load(const std::string& file, const std::string&
         }
     } catch (const std::exception& failure) {
         reportFailedLoad(file, failure.what());
+    } catch (...) {
+        // Dropped here: its code may lie in the library that goes at the end of this function.
+        reportFailedLoad(file, "an exception that is none of the standard library");
     }
     return nullptr;
 }

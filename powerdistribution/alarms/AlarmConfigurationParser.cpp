@@ -1,6 +1,7 @@
 #include "powerdistribution/alarms/AlarmConfigurationParser.h"
 
 #include "platform/common/lwjson/Deserializer.h"
+#include "platform/common/lwjson/JsonError.h"
 #include "powerdistribution/alarms/AlarmConfigurationError.h"
 
 #include <cstdint>
@@ -168,13 +169,18 @@ AlarmConfig readAlarm(const Node& alarm, const Priorities& priorities) {
 
 AlarmConfigurationParser::AlarmConfigurationParser(std::string_view path) {
     const Deserializer json{readFile(std::string{path})};
-    const Priorities priorities = readPriorities(json);
-    const Node* const list = json.findMember("alarms");
-    if (list == nullptr) {
-        return;
-    }
-    for (const Node& alarm : list->members()) {
-        alarms.emplace(alarm.name(), readAlarm(alarm, priorities));
+    try {
+        const Priorities priorities = readPriorities(json);
+        const Node* const list = json.findMember("alarms");
+        if (list == nullptr) {
+            return;
+        }
+        for (const Node& alarm : list->members()) {
+            alarms.emplace(alarm.name(), readAlarm(alarm, priorities));
+        }
+    } catch (const velk::common::lwjson::JsonError& failure) {
+        // A member of another kind than the field takes.
+        throw AlarmConfigurationError{failure.what(), failure.position()};
     }
 }
 

@@ -29,7 +29,7 @@ Configuration Configuration::load(const std::string& path) {
             return Configuration{path, loadArgs(Deserializer{text.str()})};
         }
     } catch (const std::exception& failure) {
-        std::cerr << "Failed to load configuration file (json): " << failure.what() << "\n";
+        std::cerr << std::string{"Failed to load configuration file (json): "} + failure.what() + "\n";
     }
     return Configuration{path, {}};
 }

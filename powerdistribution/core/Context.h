@@ -41,7 +41,8 @@ public:
     /// of the model does, and their wrappers may refer to their factory. Grows by one with each BUILD.
     std::vector<std::shared_ptr<protocols::IWrapperFactory>> builtFactories;
     std::unique_ptr<datamodel::DataModelManager> dataModelManager;
-    DeviceIdentifier deviceIdentifier; ///< which device the present data model was built for
+    DeviceIdentifier deviceIdentifier; ///< the device that was identified last
+    bool modelIsCurrent{false};        ///< true when the data model was built for that device, and whole
     std::unique_ptr<protocols::IValueWrapper> serviceStateWrapper;
     DeviceWriteListener onDeviceWrite;                 ///< told of each write to the device; empty for nobody
     std::function<void(std::uint32_t)> onServiceState; ///< told of each service state; empty for nobody

@@ -26,7 +26,7 @@ struct EnumToValue {
     E value;
 };
 
-/// Builds the list of `E` on the first call and gives the same list to every later caller, whatever its rows.
+/// Builds the list of `E` on the first call and gives the same list to every later caller with as many rows.
 /// The list lives as long as the process. Threads: any; the first call is guarded.
 template <typename E, std::size_t N>
 const EnumList* createEnumList(const std::array<EnumToValue<E, std::string_view>, N>& rows) {

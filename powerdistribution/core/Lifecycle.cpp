@@ -20,8 +20,13 @@ constexpr std::int32_t IN_SERVICE = 16;
 void publishServiceState(Context& context, std::int32_t state) {
     context.serviceStateWrapper->write(Value{state});
     context.dataModelManager->updateServiceState();
-    if (context.onServiceState) {
+    if (!context.onServiceState) {
+        return;
+    }
+    try {
         context.onServiceState(static_cast<std::uint32_t>(state));
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+        // A host that cannot keep its books must not end the run, least of all while it stops.
     }
 }
 
@@ -43,7 +48,9 @@ bool identify(Context& context) {
     const std::string firmware = handlers::getFirmwareVersion(*context.wrapperFactory);
     changed = changed || firmware != known.firmwareVersion;
     known.firmwareVersion = firmware;
-    return changed;
+    // A build that a loss has kept from running, or that has failed, is still due.
+    context.modelIsCurrent = context.modelIsCurrent && !changed;
+    return !context.modelIsCurrent;
 }
 
 const LifecycleState& begin(Context& context) {
@@ -64,11 +71,15 @@ const LifecycleState& enumerate(Context& context) {
 }
 
 const LifecycleState& build(Context& context) {
+    context.modelIsCurrent = false;
     context.dataModelManager->clear();
-    context.builtFactories.push_back(context.wrapperFactory);
+    if (context.builtFactories.empty() || context.builtFactories.back() != context.wrapperFactory) {
+        context.builtFactories.push_back(context.wrapperFactory);
+    }
     const connectors::IConnectorFactory& connectorFactory = context.databaseManager->connectorFactory();
     const bool built = context.dataModelManager->build(*context.wrapperFactory, connectorFactory,
                                                        datamodel::powerEquipmentBuilder);
+    context.modelIsCurrent = built;
     return built ? INITIALIZE : BUILD;
 }
 

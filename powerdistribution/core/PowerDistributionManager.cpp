@@ -13,6 +13,9 @@ using lifecycle::LifecycleState;
 /// The running lifecycle: the context and where the machine stands.
 class PowerDistributionManager::Private : public Context {
 public:
+    // A worker may still tell of the link; it must find this object whole, so the model goes first.
+    ~Private() override { dataModelManager.reset(); }
+
     void exec(Attributes&& attributes);
 
 private:

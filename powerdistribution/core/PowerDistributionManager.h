@@ -23,7 +23,7 @@ public:
     struct Attributes {
         /// The configuration file, which also tells where the plug-ins are.
         std::string path;
-        /// Told of each write to the device; empty for nobody.
+        /// Told of each write of a setting or action to the device; empty for nobody.
         DeviceWriteListener onDeviceWrite;
         /// Told of each service state as it is entered (see `operatingStatus`), on the thread of `exec`;
         /// empty for nobody.
@@ -47,7 +47,8 @@ public:
     /// `exec`.
     void exit();
 
-    /// The service state: 0 before the first state, 3 starting, 16 in service, 4 stopping, 5 stopped.
+    /// The service state, one for the whole process: 0 before the first state of the first run, 3 starting,
+    /// 16 in service, 4 stopping, 5 stopped.
     std::uint32_t operatingStatus() const;
 
 private:

@@ -48,10 +48,14 @@ BaseValueHandler::~BaseValueHandler() = default;
 void BaseValueHandler::initialize() {
     MutexLock held{lock};
     connector->init();
-    connector->load(data);
+    loadValue();
     if (data.dataConfig.channelOption && data.value.hasValue()) {
         wrapper->write(Value{data.value});
     }
+}
+
+void BaseValueHandler::loadValue() {
+    connector->load(data);
 }
 
 void BaseValueHandler::terminate() {
@@ -67,6 +71,9 @@ void BaseValueHandler::readAndStore() {
     const protocols::DataConfig config = wrapper->dataConfig();
     if (!config.alarmConfig.has_value()) {
         return; // what was stored once stays
+    }
+    if (!data.value.hasValue()) {
+        return; // the store takes no write without a value; resolving the channel has sent the triggers
     }
     if (data.dataConfig.alarmConfig.has_value() &&
         isSameConfig(*data.dataConfig.alarmConfig, *config.alarmConfig)) {

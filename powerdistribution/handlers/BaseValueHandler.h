@@ -22,12 +22,16 @@ public:
     /// Reads back what the store holds. With the channel option set, that goes to the device at once.
     void initialize() override VELK_EXCLUDES(lock);
 
-    /// Keeps the subscription, if there is one.
+    /// Does not unsubscribe; the connector may tell nothing until somebody subscribes anew.
     void terminate() override VELK_EXCLUDES(lock);
 
 protected:
+    /// Takes over what the store holds, as a part of `initialize`.
+    virtual void loadValue() VELK_REQUIRES(lock);
+
     /// Reads the device and stores the value if it differs from the last one, then the alarm configuration if
-    /// that differs. An empty sample is no value: the last one stays.
+    /// that differs. An empty sample is no value: the last one stays. Without any value no alarm
+    /// configuration is stored.
     void readAndStore() VELK_REQUIRES(lock);
 
     /// `incoming` may be `data` itself.

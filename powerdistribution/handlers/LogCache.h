@@ -28,8 +28,10 @@ public:
     void status() const;
 
     const std::vector<InternalLogEntry>& entries() const { return log; }
-    std::uint32_t lastId() const { return last; }   ///< number of the last appended entry; 0 for none
-    std::uint32_t firstId() const { return first; } ///< number of the oldest entry kept; 0 for none
+    std::uint32_t lastId() const { return last; } ///< number of the last appended entry; 0 before any
+    std::uint32_t firstId() const {
+        return first;
+    } ///< where the kept entries begin: the oldest, or what `clear` asked for
 
 private:
     std::vector<InternalLogEntry> log; ///< in the order of arrival

@@ -21,6 +21,14 @@ RWValueHandler::~RWValueHandler() {
     connector->unsubscribe(data, this);
 }
 
+void RWValueHandler::loadValue() {
+    HandlerData stored = data;
+    connector->load(stored); // resolves the channel in any case
+    if (!data.value.hasValue()) {
+        data.value = stored.value;
+    }
+}
+
 void RWValueHandler::refresh() {
     MutexLock held{lock};
     readAndStore();

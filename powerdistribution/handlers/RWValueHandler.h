@@ -24,6 +24,11 @@ public:
     /// Writes the device unless `data` has that value already: that is the echo of what was published. What
     /// the device has made of a taken value goes back to the store in the same call.
     void onConnectorValueChange(const HandlerData& incoming) override VELK_EXCLUDES(lock);
+
+private:
+    /// A handler that is initialised again keeps its value: a setting that was written in the store meanwhile
+    /// is still on its way here, and must not be taken for the echo of a published one.
+    void loadValue() override VELK_REQUIRES(lock);
 };
 
 } // namespace velk::powerdistribution::handlers

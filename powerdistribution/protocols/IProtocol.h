@@ -8,8 +8,9 @@ namespace velk::powerdistribution::protocols {
 
 /// One protocol implementation; a plug-in makes one. The order of the operations is contract.
 ///
-/// Threads: all but `communicationStatus` come from the thread of the state machine; `communicationStatus`
-/// from any thread, also after `disconnect`.
+/// Threads: all but `communicationStatus` come from the thread of the state machine; `stop`, and a
+/// `disconnect` right before it, from the thread that destroys the manager. `communicationStatus` comes from
+/// any thread, also after `disconnect`.
 class VELK_EXPORT IProtocol {
 public:
     virtual ~IProtocol();

@@ -20,8 +20,8 @@ public:
 
     virtual std::shared_ptr<IProtocolBuilder> builder() const = 0;
 
-    /// The wrapper factory for a protocol of this plug-in that has found its device. The factory may keep the
-    /// protocol alive.
+    /// The wrapper factory for a protocol of this plug-in that has found its device; never null. The factory
+    /// may keep the protocol alive.
     virtual std::shared_ptr<IWrapperFactory> wrapperFactory(std::shared_ptr<IProtocol> protocol) const = 0;
 };
 

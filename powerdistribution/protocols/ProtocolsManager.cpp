@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <exception>
 #include <iostream>
+#include <list>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -28,6 +29,8 @@ void keepForEver(Libraries& libraries) {
     kept.splice(kept.end(), libraries);
 }
 
+constexpr const char* STOP_FAILED = "WARNING - Unable to stop a protocol: exception ";
+
 /// Runs a step of the destructor. The exception is dropped here, before the plug-in that threw it is
 /// unloaded.
 template <typename Step>
@@ -48,6 +51,7 @@ ProtocolsManager::ProtocolsManager(const Configuration& configuration) {
         return;
     }
     libraries = velk::common::loadDynamicLibraries(configuration.path);
+    std::list<std::shared_ptr<IProtocol>> started;
     try {
         for (const auto& library : libraries) {
             protocols.push_back(createProtocol(*library));
@@ -55,9 +59,15 @@ ProtocolsManager::ProtocolsManager(const Configuration& configuration) {
         for (const auto& each : protocols) {
             if (each) {
                 each->start();
+                started.push_back(each);
             }
         }
     } catch (...) {
+        // One that has started may have a thread, which only its stop ends.
+        for (const auto& each : started) {
+            guarded(STOP_FAILED, [&each] { each->stop(); });
+        }
+        started.clear();
         protocols.clear();
         keepForEver(libraries);
         throw;
@@ -68,7 +78,7 @@ ProtocolsManager::~ProtocolsManager() {
     guarded("WARNING - Unable to disconnect a protocol: exception ", [this] { disconnect(); });
     for (const auto& each : protocols) {
         if (each) {
-            guarded("WARNING - Unable to stop a protocol: exception ", [&each] { each->stop(); });
+            guarded(STOP_FAILED, [&each] { each->stop(); });
         }
     }
     wrapperFactory.reset();
@@ -99,7 +109,11 @@ bool ProtocolsManager::enumerate() {
     if (library == libraries.end()) {
         throw std::runtime_error{"Protocol library not found"};
     }
-    wrapperFactory = (*library)->protocolLibrary().wrapperFactory(protocol);
+    std::shared_ptr<IWrapperFactory> made = (*library)->protocolLibrary().wrapperFactory(protocol);
+    if (!made) {
+        throw std::runtime_error{"Protocol library gave no wrapper factory: " + (*library)->path()};
+    }
+    wrapperFactory = std::move(made);
     return true;
 }
 

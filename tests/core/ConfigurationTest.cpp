@@ -105,6 +105,7 @@ TEST_F(ConfigurationTest, FirstOfTwoMembersWithOneNameCounts) {
 
 TEST_F(ConfigurationTest, DirectoryInPlaceOfAFileDoesNotThrow) {
     EXPECT_NO_THROW(expectDefaults(load(directory.path())));
+    EXPECT_EQ(errors.find("Failed to load configuration file (json): "), 0U) << errors;
 }
 
 TEST_F(ConfigurationTest, PrintsItsPiecesRunTogether) {

@@ -38,12 +38,13 @@ protected:
 
     /// The stores with the mark of new alarms that a change from `first` to `next` causes.
     std::size_t storesAfterChange(const Trigger& first, const Trigger& next) {
+        point->setValue(Value{2u});
         point->setDataConfig(alarms({first}));
         ROValueHandler handler = make();
         handler.refresh();
         point->setDataConfig(alarms({next}));
         handler.refresh();
-        return connector->calls().count("store Status.Mode=empty with new alarms");
+        return connector->calls().count("store Status.Mode=2 with new alarms");
     }
 
     std::shared_ptr<FakePoint> point = std::make_shared<FakePoint>();
@@ -171,29 +172,46 @@ TEST_F(ROValueHandlerTest, AnAlarmConfigurationThatGoesAwayStays) {
     EXPECT_TRUE(connector->stored()[0].dataConfig.alarmConfig.has_value());
 }
 
+TEST_F(ROValueHandlerTest, NoAlarmConfigurationIsStoredBeforeThereIsAValue) {
+    Trigger unresolved = trigger();
+    unresolved.threshold1 = {};
+    point->setDataConfig(alarms({unresolved}));
+    ROValueHandler handler = make();
+    handler.refresh();
+    EXPECT_TRUE(connector->stored().empty());
+    point->setValue(Value{2u});
+    handler.refresh();
+    EXPECT_EQ(connector->calls().calls(),
+              (Calls{"store Status.Mode=2", "store Status.Mode=2 with new alarms"}));
+}
+
 TEST_F(ROValueHandlerTest, AFirstAlarmConfigurationAfterTheConstructorIsAChange) {
+    point->setValue(Value{2u});
     ROValueHandler handler = make();
     point->setDataConfig(alarms({trigger()}));
     handler.refresh();
-    EXPECT_EQ(connector->calls().calls(), Calls{"store Status.Mode=empty with new alarms"});
+    EXPECT_EQ(connector->calls().calls(),
+              (Calls{"store Status.Mode=2", "store Status.Mode=2 with new alarms"}));
 }
 
 TEST_F(ROValueHandlerTest, AListOfTriggersOfAnotherLengthIsAChange) {
+    point->setValue(Value{2u});
     point->setDataConfig(alarms({trigger()}));
     ROValueHandler handler = make();
     point->setDataConfig(alarms({trigger(), trigger()}));
     handler.refresh();
-    EXPECT_EQ(connector->stored().size(), 1U);
+    EXPECT_EQ(connector->calls().count("store Status.Mode=2 with new alarms"), 1U);
 }
 
 TEST_F(ROValueHandlerTest, TheOrderOfTriggersCounts) {
+    point->setValue(Value{2u});
     Trigger other = trigger();
     other.code = "B2";
     point->setDataConfig(alarms({trigger(), other}));
     ROValueHandler handler = make();
     point->setDataConfig(alarms({other, trigger()}));
     handler.refresh();
-    EXPECT_EQ(connector->stored().size(), 1U);
+    EXPECT_EQ(connector->calls().count("store Status.Mode=2 with new alarms"), 1U);
 }
 
 TEST_F(ROValueHandlerTest, EachComparedFieldOfATriggerIsAChange) {
@@ -217,26 +235,29 @@ TEST_F(ROValueHandlerTest, SecondThresholdAndReferenceOfATriggerAreNotCompared) 
 }
 
 TEST_F(ROValueHandlerTest, ATriggerWithoutThresholdIsAChangeOnEveryPoll) {
+    point->setValue(Value{2u});
     Trigger unresolved = trigger();
     unresolved.threshold1 = {};
     point->setDataConfig(alarms({unresolved}));
     ROValueHandler handler = make();
     handler.refresh();
     handler.refresh();
-    EXPECT_EQ(connector->calls().count("store Status.Mode=empty with new alarms"), 2U);
+    EXPECT_EQ(connector->calls().count("store Status.Mode=2 with new alarms"), 2U);
 }
 
 TEST_F(ROValueHandlerTest, TheMarkOfNewAlarmsIsClearedAlsoWhenTheStoreFails) {
+    point->setValue(Value{1u});
     ROValueHandler handler = make();
+    handler.refresh();
+    connector->calls().clear();
     point->setDataConfig(alarms({trigger()}));
     connector->throwOn("store", "store is gone");
     EXPECT_THROW(handler.refresh(), std::runtime_error);
     connector->throwOn("store", "");
     point->setValue(Value{2u});
     handler.refresh();
-    EXPECT_EQ(connector->calls().calls(),
-              (Calls{"store Status.Mode=empty with new alarms", "store Status.Mode=2",
-                     "store Status.Mode=2 with new alarms"}));
+    EXPECT_EQ(connector->calls().calls(), (Calls{"store Status.Mode=1 with new alarms", "store Status.Mode=2",
+                                                 "store Status.Mode=2 with new alarms"}));
 }
 
 TEST_F(ROValueHandlerTest, ValueThatTheStoreDidNotTakeIsOfferedAgain) {

@@ -47,6 +47,17 @@ TEST_F(RWValueHandlerTest, UnsubscribesInItsDestructorAndNotInTerminate) {
               (Calls{"subscribe " + name + " every=0 initial=0", "terminate", "unsubscribe " + name}));
 }
 
+TEST_F(RWValueHandlerTest, SettingOnItsWayWhileTheHandlerIsInitialisedAgainReachesTheDevice) {
+    point->setValue(Value{230.0f});
+    const auto handler = make();
+    handler->initialize();
+    handler->refresh();
+    connector->setLoad(path, Value{240.0f}); // somebody has written it; the call about it is still to come
+    handler->initialize();
+    handler->onConnectorValueChange({path, Value{240.0f}, {}});
+    EXPECT_EQ(point->written(), std::vector<Value>{Value{240.0f}});
+}
+
 TEST_F(RWValueHandlerTest, AFailedSubscriptionIsTakenBackAndPassedOn) {
     connector->throwOn("subscribe", "duplicate");
     try {

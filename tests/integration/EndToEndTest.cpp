@@ -100,7 +100,7 @@ TEST_F(EndToEndTest, SettingReachesTheDeviceWithoutTheOldValueShowingUpAgain) {
     EXPECT_EQ(tess({"set", path, "7"}).output().rfind(path + ": 3 s -> 7 s, accepted by the device", 0), 0U)
         << program->output() << program->errors();
     EXPECT_EQ(exitCode, 0);
-    // Settings are polled every 61st cycle; a measure that changes twice shows that several have gone by.
+    // Settings are polled every 61st cycle; the arrival of the next one shows that a poll has gone by.
     server->control("u1", "SET input.voltage 229.1");
     ASSERT_TRUE(store->await("Inputs.1.Measure.Voltage", qz::CValue{229.1F}));
     server->control("u1", "SET outlet.1.delay.start 9");

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -40,6 +41,7 @@ protected:
         device->log = std::make_shared<CallLog>();
         device->factory = std::make_shared<FakeWrapperFactory>(device->uuid);
         device->found = true;
+        device->onEnumerate = {};
         std::ofstream{directory / "velk.json"}
             << R"({"maxRestTimeMs": 1, "maxCpuLoadPercent": 100, "protocolLibraries": [")" << plugin
             << "\"]}";
@@ -81,6 +83,18 @@ protected:
         }};
     }
 
+    /// True when the condition has come true, false when that takes more than half a minute.
+    static bool awaitThat(const std::function<bool()>& condition) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{30};
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > deadline) {
+                return false;
+            }
+            std::this_thread::yield();
+        }
+        return true;
+    }
+
     /// Blocks until the lifecycle pauses or has ended; true when it pauses.
     bool awaitPause() {
         while (!ended && clock.sleeps().size() == passed) {
@@ -109,9 +123,7 @@ protected:
     /// Blocks until the device's link has been looked at with the value that it has now.
     void awaitLinkSeen() {
         const std::size_t seen = link->reads();
-        while (link->reads() < seen + 2) {
-            std::this_thread::yield();
-        }
+        ASSERT_TRUE(awaitThat([&] { return link->reads() >= seen + 2; }));
     }
 
     void finish() {
@@ -147,7 +159,7 @@ protected:
     std::unique_ptr<velk::powerdistribution::PowerDistributionManager> manager;
     std::thread runner;
     std::atomic<bool> ended{false};
-    std::size_t passed{0}; ///< pauses that the test has let pass
+    std::size_t passed{0};                    ///< pauses that the test has let pass
     std::vector<std::uint32_t> serviceStates; ///< read after `finish`
     std::string failure;                      ///< what left `exec`; read after `ended`
 };

@@ -3,6 +3,7 @@
 #include "testing/FakeProtocol.h"
 #include "testing/FakeWrapperFactory.h"
 
+#include <functional>
 #include <memory>
 
 namespace velk::testing {
@@ -17,6 +18,7 @@ struct ScriptedDevice {
     std::shared_ptr<CallLog> log;
     std::shared_ptr<FakeWrapperFactory> factory;
     std::weak_ptr<FakeProtocol> protocol; ///< the one made last; gone with its manager
+    std::function<void()> onEnumerate;    ///< run when a wrapper factory is asked for
     bool found{true};                     ///< what the next protocol answers to `discover`
 };
 

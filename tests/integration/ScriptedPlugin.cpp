@@ -47,6 +47,9 @@ public:
     const velk::common::Uuid& uuid() const override { return device().uuid; }
     std::shared_ptr<IProtocolBuilder> builder() const override { return std::make_shared<Builder>(); }
     std::shared_ptr<IWrapperFactory> wrapperFactory(std::shared_ptr<IProtocol>) const override {
+        if (device().onEnumerate) {
+            device().onEnumerate();
+        }
         return device().factory;
     }
 };

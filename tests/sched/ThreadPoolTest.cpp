@@ -93,14 +93,17 @@ TEST(ThreadPoolTest, SecondShutDownDoesNothing) {
 
 TEST(ThreadPoolTest, ShutDownWaitsForTheRunningJobAndItsWorkerGoesOnWithTheQueue) {
     ThreadPool pool{1};
+    std::promise<void> started;
     std::promise<void> release;
     bool ran = false;
     bool ranNext = false;
     pool.async([&] {
+        started.set_value();
         release.get_future().wait();
         ran = true;
     });
     pool.async([&] { ranNext = true; });
+    started.get_future().wait(); // a worker that still waits for work would leave at once
     std::thread stopping{[&] { pool.shutDown(); }};
     awaitStopped(pool);
     release.set_value();

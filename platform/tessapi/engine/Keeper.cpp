@@ -69,22 +69,34 @@ void Keeper::run() {
             framesToCopy = frames + FRAMES_TO_COPY;
         }
         dirty = false;
+        const bool last = stopping;
         lock.unlock();
-        keep(copy);
+        const bool kept = keep(copy);
         lock.lock();
+        if (last) {
+            return; // one try is all that a program that ends can wait for
+        }
+        dirty = dirty || !kept;
     }
 }
 
-void Keeper::keep(bool copy) {
+bool Keeper::keep(bool copy) {
     try {
+        // First, because a checkpoint that a reader holds up syncs nothing.
+        database.syncLog();
         if (copy) {
             InterprocessHold hold{writers};
             database.checkpoint();
-        } else {
-            database.syncLog();
         }
+        failing = false;
+        return true;
     } catch (const std::exception& failure) {
-        std::cerr << std::string{"WARNING - "} + failure.what() + "\n" << std::flush;
+        if (!failing) {
+            std::cerr << std::string{"WARNING - "} + failure.what() + "; tried again until it works\n"
+                      << std::flush;
+        }
+        failing = true;
+        return false;
     }
 }
 

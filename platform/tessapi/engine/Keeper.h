@@ -34,7 +34,8 @@ public:
 private:
     void run() VELK_EXCLUDES(mutex);
     void waitForWork(velk::common::MutexLock& lock) VELK_REQUIRES(mutex);
-    void keep(bool copy);
+    /// False when it failed, which is told once until it has worked again.
+    bool keep(bool copy);
 
     InterprocessLock& writers;
     Database database; // of the thread alone, once it runs
@@ -47,6 +48,7 @@ private:
     /// Rises after a copy that could not start the log anew because of a reader, so that not every following
     /// commit asks for another one.
     int framesToCopy VELK_GUARDED_BY(mutex){FRAMES_TO_COPY};
+    bool failing{false}; ///< of the keeper's thread alone
     std::thread thread;
 };
 

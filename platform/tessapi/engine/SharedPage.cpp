@@ -92,6 +92,10 @@ SharedPage::SharedPage(const std::string& path, const std::string& store) {
     }
     map(file.number, store);
     const auto boot = presentBoot();
+    if (boot.empty()) {
+        // Without it a lock that a boot has left behind could not be told from one that is held.
+        throwSystemFailure(store, ENOENT, "cannot read /proc/sys/kernel/random/boot_id");
+    }
     if (!usable(*shared, boot)) {
         initialise(*shared, boot);
     }

@@ -46,7 +46,8 @@ void useLog(Database& database) {
 
 std::string StoreFile::locate(const std::string& path, const std::string& store, bool create) {
     std::error_code error;
-    const auto absolute = fs::absolute(path, error);
+    // Links are followed, as the database does: all names of one file must lead to one lock.
+    const auto absolute = fs::weakly_canonical(fs::absolute(path), error);
     if (error) {
         throwSystemFailure(store, error.value(), "cannot find " + path);
     }
