@@ -6,6 +6,7 @@
 #include <exception>
 #include <iostream>
 #include <list>
+#include <string>
 
 /// The plug-in's entry: an object that the plug-in keeps until it is unloaded, or null when the configuration
 /// has no usable member "nut"; one that is wrong is told in one line on the standard error.
@@ -24,5 +25,21 @@ velkProtocolLibrary(const char* configurationPath) {
     } catch (const std::exception& failure) {
         std::cerr << "nut: " + std::string{failure.what()} + "\n";
         return nullptr;
+    }
+}
+
+/// Checks the member "nut" of the configuration: 0 for a good one and for none. Otherwise 1, and `message`,
+/// cut to `size` bytes with its end, is "FILE:LINE:COLUMN: " and what is wrong. The alarm file that the
+/// member names is the host's to check.
+extern "C" VELK_EXPORT int velkProtocolCheck(const char* configurationPath, char* message,
+                                             unsigned long size) {
+    try {
+        velk::nut::NutConfiguration::load(configurationPath == nullptr ? "" : configurationPath);
+        return 0;
+    } catch (const std::exception& failure) {
+        if (message != nullptr && size > 0) {
+            message[std::string{failure.what()}.copy(message, size - 1)] = '\0';
+        }
+        return 1;
     }
 }

@@ -83,5 +83,50 @@ TEST_F(ConfigurationOfPluginTest, GoodMemberLoadsIt) {
     EXPECT_EQ(told, "");
 }
 
+class CheckOfPluginTest : public ::testing::Test {
+protected:
+    using Check = int(const char* configurationPath, char* message, unsigned long size);
+
+    CheckOfPluginTest() :
+        handle{dlopen(PLUGIN.c_str(), RTLD_NOW | RTLD_LOCAL)},
+        check{reinterpret_cast<Check*>(dlsym(handle, "velkProtocolCheck"))} {}
+    ~CheckOfPluginTest() override { dlclose(handle); }
+
+    std::string write(const std::string& text) const {
+        const std::string path = (folder / "velk.json").string();
+        std::ofstream{path} << text;
+        return path;
+    }
+
+    TemporaryDirectory folder;
+    void* handle;
+    Check* check;
+};
+
+TEST_F(CheckOfPluginTest, GoodMemberAndNoMemberPass) {
+    ASSERT_NE(check, nullptr);
+    std::string message(200, 'x');
+    EXPECT_EQ(check(write(R"({"nut": {"ups": "u1"}})").c_str(), message.data(), message.size()), 0);
+    EXPECT_EQ(check(write(R"({"maxThreads": 5})").c_str(), message.data(), message.size()), 0);
+    EXPECT_EQ(message, std::string(200, 'x'));
+}
+
+TEST_F(CheckOfPluginTest, BadMemberIsToldWithItsPlace) {
+    ASSERT_NE(check, nullptr);
+    const std::string path = write("{\n  \"nut\": {\"ups\": \"u1\",\n    \"port\": 70000}}");
+    std::string message(500, 'x');
+    EXPECT_EQ(check(path.c_str(), message.data(), message.size()), 1);
+    EXPECT_STREQ(message.c_str(), (path + ":3:13: \"port\" is 70000, expected 1 to 65535").c_str());
+}
+
+TEST_F(CheckOfPluginTest, MessageIsCutToItsPlace) {
+    ASSERT_NE(check, nullptr);
+    const std::string path = write(R"({"nut": 3})");
+    std::string message(9, 'x');
+    EXPECT_EQ(check(path.c_str(), message.data(), 8), 1);
+    EXPECT_EQ(message, path.substr(0, 7) + '\0' + 'x');
+    EXPECT_EQ(check(path.c_str(), nullptr, 0), 1);
+}
+
 } // namespace
 } // namespace velk::nut
