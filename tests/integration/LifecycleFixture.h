@@ -114,10 +114,13 @@ protected:
 
     /// Lets the lifecycle run until it has come into the state once more.
     bool runTo(const std::string& state, std::size_t times = 1) {
-        for (int pauses = 0; pauses < 50 && countOf(state) < times && !ended; ++pauses) {
-            pass();
-        }
-        return countOf(state) >= times;
+        return awaitThat([&] {
+                   if (countOf(state) < times && !ended) {
+                       pass();
+                   }
+                   return countOf(state) >= times || ended;
+               }) &&
+               countOf(state) >= times;
     }
 
     /// Blocks until the device's link has been looked at with the value that it has now.
