@@ -172,7 +172,11 @@ TEST_F(LifecycleTest, BuildThatALossHasKeptFromRunningIsStillDue) {
     device->onEnumerate = [this, &lostAgain] {
         if (!std::exchange(lostAgain, true)) {
             link->setValue(Value{std::uint32_t{3}});
-            awaitLinkSeen();
+            store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{3}});
+            // It is told right after it is stored; a few more looks at the link take longer than that.
+            for (int looks = 0; looks < 10; ++looks) {
+                awaitLinkSeen();
+            }
         }
     };
     link->setValue(Value{std::uint32_t{2}});
