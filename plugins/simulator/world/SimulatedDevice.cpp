@@ -1,0 +1,39 @@
+#include "plugins/simulator/world/SimulatedDevice.h"
+
+#include <utility>
+
+namespace velk::simulator {
+
+using velk::common::MutexLock;
+
+SimulatedDevice::SimulatedDevice(DeviceDescription description, std::uint32_t seed) :
+    described{std::move(description)}, model{described, seed} {}
+
+void SimulatedDevice::step(Time elapsed) {
+    const MutexLock lock{mutex};
+    model.step(elapsed);
+    time += elapsed;
+}
+
+SimulatedDevice::Time SimulatedDevice::now() const {
+    const MutexLock lock{mutex};
+    return time;
+}
+
+Value SimulatedDevice::read(const std::string& path) const {
+    const MutexLock lock{mutex};
+    return model.read(path);
+}
+
+bool SimulatedDevice::write(const std::string& path, const Value& value, Origin origin) {
+    const MutexLock lock{mutex};
+    return model.write(path, value, origin);
+}
+
+std::optional<PointInfo> SimulatedDevice::point(const std::string& path) const {
+    const MutexLock lock{mutex};
+    const PointInfo* info = model.find(path);
+    return info == nullptr ? std::nullopt : std::optional{*info};
+}
+
+} // namespace velk::simulator

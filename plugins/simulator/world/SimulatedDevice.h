@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/common/Mutex.h"
+#include "platform/common/ThreadAnnotations.h"
+#include "plugins/simulator/model/Model.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace velk::simulator {
+
+/// The model behind one lock, with the time that has passed for it.
+/// Threads: any.
+class SimulatedDevice {
+public:
+    /// Simulated time since the device was switched on.
+    using Time = std::chrono::milliseconds;
+
+    SimulatedDevice(DeviceDescription description, std::uint32_t seed);
+
+    void step(Time elapsed) VELK_EXCLUDES(mutex);
+    Time now() const VELK_EXCLUDES(mutex);
+    /// Constant.
+    const DeviceDescription& description() const { return described; }
+
+    /// What the device holds itself; empty for a path that it does not serve.
+    Value read(const std::string& path) const VELK_EXCLUDES(mutex);
+    bool write(const std::string& path, const Value& value, Origin origin) VELK_EXCLUDES(mutex);
+    /// Empty for a path that is not served.
+    std::optional<PointInfo> point(const std::string& path) const VELK_EXCLUDES(mutex);
+
+    /// Works on the model under the lock; what `work` gives comes back.
+    template <typename Work>
+    auto with(Work&& work) VELK_EXCLUDES(mutex) {
+        const velk::common::MutexLock lock{mutex};
+        return work(model);
+    }
+
+private:
+    const DeviceDescription described;
+    mutable velk::common::Mutex mutex;
+    Model model VELK_GUARDED_BY(mutex);
+    Time time VELK_GUARDED_BY(mutex){0};
+};
+
+} // namespace velk::simulator
