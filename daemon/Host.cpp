@@ -2,6 +2,7 @@
 
 #include "daemon/LibraryManager.h"
 #include "daemon/LifeSign.h"
+#include "daemon/LogJournal.h"
 #include "daemon/ServiceNotifier.h"
 #include "daemon/SignalWatch.h"
 #include "daemon/Supervisor.h"
@@ -51,9 +52,13 @@ ExitCode host(const std::string& path) {
     const auto onDeviceWrite = [&journal](const velk::powerdistribution::DeviceWrite& write) {
         journal.record(write);
     };
+    LogJournal log{openStore, std::cerr};
+    const auto onDeviceLog = [&log](const velk::powerdistribution::DeviceLogPiece& piece) {
+        log.record(piece);
+    };
     LifeSign sign{openStore, std::cerr};
-    const auto makeManager = [&path, &onDeviceWrite, &sign] {
-        return std::make_unique<LibraryManager>(path, onDeviceWrite, sign);
+    const auto makeManager = [&path, &onDeviceWrite, &onDeviceLog, &sign] {
+        return std::make_unique<LibraryManager>(path, onDeviceWrite, onDeviceLog, sign);
     };
     Supervisor supervisor{makeManager, velk::common::Clock::system(), std::cerr,
                           "check the configuration with: powerdistributiond --check --config " + path};

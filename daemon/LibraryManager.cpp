@@ -24,13 +24,17 @@ private:
 
 LibraryManager::LibraryManager(std::string configurationPath,
                                velk::powerdistribution::DeviceWriteListener onDeviceWrite,
-                               LifeSign& lifeSign) :
-    path{std::move(configurationPath)}, listener{std::move(onDeviceWrite)}, sign{lifeSign} {}
+                               velk::powerdistribution::DeviceLogListener onDeviceLog, LifeSign& lifeSign) :
+    path{std::move(configurationPath)},
+    listener{std::move(onDeviceWrite)},
+    logListener{std::move(onDeviceLog)},
+    sign{lifeSign} {}
 
 void LibraryManager::exec() {
     velk::powerdistribution::PowerDistributionManager::Attributes attributes;
     attributes.path = path;
     attributes.onDeviceWrite = listener;
+    attributes.onDeviceLog = logListener;
     // Not before: until the device is in service the store holds what an earlier run has left.
     attributes.onServiceState = [this](std::uint32_t state) {
         if (state == IN_SERVICE) {

@@ -12,10 +12,10 @@ namespace velk::daemon {
 class LibraryManager : public IHostedManager {
 public:
     /// `configurationPath` is what the manager starts from; `onDeviceWrite` is told of each write to the
-    /// device; `sign`, which outlives this object, says in the store that the manager is at work while it
-    /// runs.
+    /// device and `onDeviceLog` of each look at its event log; `sign`, which outlives this object, says in
+    /// the store that the manager is at work while it runs.
     LibraryManager(std::string configurationPath, velk::powerdistribution::DeviceWriteListener onDeviceWrite,
-                   LifeSign& sign);
+                   velk::powerdistribution::DeviceLogListener onDeviceLog, LifeSign& sign);
 
     void exec() override;
     void exit() override { manager.exit(); }
@@ -24,6 +24,7 @@ public:
 private:
     std::string path;
     velk::powerdistribution::DeviceWriteListener listener;
+    velk::powerdistribution::DeviceLogListener logListener;
     LifeSign& sign;
     velk::powerdistribution::PowerDistributionManager manager;
 };

@@ -4,6 +4,7 @@
 #include "powerdistribution/core/CommunicationEventListener.h"
 #include "powerdistribution/core/Configuration.h"
 #include "powerdistribution/core/DeviceIdentifier.h"
+#include "powerdistribution/core/DeviceLog.h"
 #include "powerdistribution/core/DeviceWrite.h"
 #include "powerdistribution/datamodel/DataModelManager.h"
 #include "powerdistribution/protocols/IValueWrapper.h"
@@ -46,6 +47,7 @@ public:
     std::unique_ptr<protocols::IValueWrapper> serviceStateWrapper;
     DeviceWriteListener onDeviceWrite;                 ///< told of each write to the device; empty for nobody
     std::function<void(std::uint32_t)> onServiceState; ///< told of each service state; empty for nobody
+    DeviceLogListener onDeviceLog; ///< told of each look at the device's event log; empty for nobody
 };
 
 } // namespace velk::powerdistribution

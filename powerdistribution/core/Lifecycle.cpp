@@ -2,6 +2,7 @@
 
 #include "powerdistribution/alarms/AlarmProxyWrapperFactory.h"
 #include "powerdistribution/datamodel/powerEquipmentBuilder.h"
+#include "powerdistribution/protocols/LogReportWrapperFactory.h"
 #include "powerdistribution/protocols/ProxyWrapperFactory.h"
 #include "powerdistribution/protocols/WriteReportWrapperFactory.h"
 
@@ -34,6 +35,9 @@ std::shared_ptr<protocols::IWrapperFactory> decorate(const Context& context) {
     std::shared_ptr<protocols::IWrapperFactory> device = context.protocolsManager->wrapperFactory;
     if (context.onDeviceWrite) {
         device = std::make_shared<protocols::WriteReportWrapperFactory>(device, context.onDeviceWrite);
+    }
+    if (context.onDeviceLog) {
+        device = std::make_shared<protocols::LogReportWrapperFactory>(device, context.onDeviceLog);
     }
     return std::make_shared<protocols::ProxyWrapperFactory>(buildAlarmProxyWrapperFactory(device));
 }

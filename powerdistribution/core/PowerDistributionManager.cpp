@@ -24,6 +24,7 @@ private:
 
 void PowerDistributionManager::Private::exec(Attributes&& attributes) {
     onDeviceWrite = std::move(attributes.onDeviceWrite);
+    onDeviceLog = std::move(attributes.onDeviceLog);
     onServiceState = std::move(attributes.onServiceState);
     const Configuration configuration = Configuration::load(attributes.path);
     protocolsManager = std::make_unique<protocols::ProtocolsManager>(configuration);

@@ -3,6 +3,7 @@
 #include "platform/common/Clock.h"
 #include "platform/common/Export.h"
 #include "platform/common/Mutex.h"
+#include "powerdistribution/core/DeviceLog.h"
 #include "powerdistribution/core/DeviceWrite.h"
 
 #include <atomic>
@@ -25,6 +26,8 @@ public:
         std::string path;
         /// Told of each write of a setting or action to the device; empty for nobody.
         DeviceWriteListener onDeviceWrite;
+        /// Told of each look at the device's own event log; empty for nobody.
+        DeviceLogListener onDeviceLog;
         /// Told of each service state as it is entered (see `operatingStatus`), on the thread of `exec`;
         /// empty for nobody.
         std::function<void(std::uint32_t)> onServiceState;

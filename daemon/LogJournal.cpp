@@ -1,0 +1,171 @@
+#include "daemon/LogJournal.h"
+
+#include "daemon/WriteJournal.h"
+#include "platform/qz/CValue.h"
+#include "platform/tessapi/InBandAccessor.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+namespace velk::daemon {
+
+namespace {
+
+using velk::common::MutexLock;
+using velk::powerdistribution::DeviceLogPiece;
+using Json = nlohmann::ordered_json;
+using Entry = LogJournal::Entry;
+
+constexpr std::uint64_t POWER_DISTRIBUTION = 20; ///< the device that is watched
+
+Json jsonOf(std::uint64_t sequence, const Entry& entry) {
+    Json json;
+    json["sequence"] = sequence;
+    json["id"] = entry.id;
+    json["time"] = entry.date.toIntegralType();
+    json["severity"] = entry.severity;
+    json["code"] = entry.code;
+    json["status"] = entry.status;
+    json["mode"] = entry.mode;
+    json["reason"] = entry.reason;
+    json["data"] = entry.data;
+    return json;
+}
+
+/// Throws what the parser throws when something is missing or of another kind.
+Entry entryOf(const Json& json) {
+    Entry entry;
+    json.at("id").get_to(entry.id);
+    entry.date = conv::UnixTime{json.at("time").get<std::uint32_t>()};
+    json.at("severity").get_to(entry.severity);
+    json.at("code").get_to(entry.code);
+    json.at("status").get_to(entry.status);
+    json.at("mode").get_to(entry.mode);
+    json.at("reason").get_to(entry.reason);
+    json.at("data").get_to(entry.data);
+    return entry;
+}
+
+} // namespace
+
+LogJournal::LogJournal(Opener storeOpener, std::ostream& errorStream) :
+    opener{std::move(storeOpener)}, errors{errorStream} {}
+
+void LogJournal::record(const DeviceLogPiece& piece) {
+    const MutexLock lock{mutex};
+    try {
+        openStore();
+        turnTo(store->uuidOf(POWER_DISTRIBUTION).toString());
+        take(piece);
+        writeOut();
+        failing = false;
+    } catch (const std::exception& failure) {
+        take(piece); // what has been taken already is known
+        if (!failing) {
+            errors << std::string{"powerdistributiond: the device's log cannot be noted in the store: "} +
+                          failure.what() + "; tess will not show all of it until it can\n"
+                   << std::flush;
+        }
+        failing = true;
+    }
+}
+
+void LogJournal::take(const DeviceLogPiece& piece) {
+    if (piece.error != error) {
+        error = piece.error;
+        errorTime = conv::UnixTime::now().toIntegralType();
+        unsaid = true;
+    }
+    for (const Entry& entry : piece.entries.entries()) {
+        add(entry);
+    }
+}
+
+void LogJournal::add(const Entry& entry) {
+    if (isKnown(entry)) {
+        return;
+    }
+    notes.push_back({++sequence, entry});
+    if (notes.size() > LENGTH) {
+        notes.pop_front();
+    }
+    unsaid = true;
+}
+
+bool LogJournal::isKnown(const Entry& entry) const {
+    if (notes.size() == LENGTH) {
+        const Entry& oldest = notes.front().entry;
+        // One of those that had to go: by its number alone it could be one after the numbers have wrapped.
+        if (entry.id < oldest.id && entry.date <= oldest.date) {
+            return true;
+        }
+    }
+    return std::any_of(notes.begin(), notes.end(), [&](const Note& note) { return note.entry == entry; });
+}
+
+void LogJournal::openStore() {
+    if (store) {
+        return;
+    }
+    std::unique_ptr<tessapi::ITessAccessor> opened = opener();
+    tessapi::InBandAccessor& inband = opened->inbandAccessor();
+    channel = inband.emplaceChannel(WriteJournal::emplaceDaemonDevice(*opened), CHANNEL, false);
+    const qz::CValue stored = inband.getChannelCValue(channel);
+    const std::string present = opened->uuidOf(POWER_DISTRIBUTION).toString();
+    store = std::move(opened);
+    // The entries that came while there was no store follow those that it has.
+    const std::deque<Note> own = std::exchange(notes, {});
+    if (const std::string* text = std::get_if<std::string>(&stored.variant())) {
+        takeOver(*text);
+    }
+    turnTo(present);
+    for (const Note& note : own) {
+        add(note.entry);
+    }
+}
+
+void LogJournal::takeOver(const std::string& stored) {
+    try {
+        const Json json = Json::parse(stored);
+        for (const Json& note : json.at("entries")) {
+            sequence = note.at("sequence").get<std::uint64_t>();
+            notes.push_back({sequence, entryOf(note)});
+        }
+        device = json.at("device").get<std::string>();
+        unsaid = false;
+    } catch (const Json::exception&) {
+        notes.clear(); // nothing that a daemon has written
+        unsaid = true;
+    }
+}
+
+void LogJournal::turnTo(const std::string& presentDevice) {
+    if (device == presentDevice) {
+        return;
+    }
+    if (!device.empty()) {
+        notes.clear();
+    }
+    device = presentDevice;
+    unsaid = true;
+}
+
+void LogJournal::writeOut() {
+    if (!unsaid) {
+        return;
+    }
+    Json json;
+    json["device"] = device;
+    json["error"] = error.empty() ? Json(nullptr) : Json(error);
+    json["errorTime"] = error.empty() ? Json(nullptr) : Json(errorTime);
+    json["entries"] = Json::array();
+    for (const Note& note : notes) {
+        json["entries"].push_back(jsonOf(note.sequence, note.entry));
+    }
+    const std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    store->inbandAccessor().setChannelCValue(channel, qz::CValue{text});
+    unsaid = false;
+}
+
+} // namespace velk::daemon

@@ -1,0 +1,28 @@
+#include "powerdistribution/protocols/LogReportWrapperFactory.h"
+
+#include "powerdistribution/protocols/LogReportWrapper.h"
+
+#include <utility>
+
+namespace velk::powerdistribution::protocols {
+
+LogReportWrapperFactory::LogReportWrapperFactory(std::shared_ptr<IWrapperFactory> deviceFactory,
+                                                 DeviceLogListener logListener) :
+    factory{std::move(deviceFactory)}, listener{std::move(logListener)} {}
+
+LogReportWrapperFactory::~LogReportWrapperFactory() = default;
+
+const velk::common::Uuid& LogReportWrapperFactory::protocolUuid() const {
+    return factory->protocolUuid();
+}
+
+ValueWrapperPtr LogReportWrapperFactory::buildWrapper(const EPath& path) const {
+    ValueWrapperPtr wrapper = factory->buildWrapper(path);
+    const bool givesLog = !path.empty() && path.lastNode() == EPath::Node{EPrivate::LogChunk};
+    if (!wrapper || !givesLog) {
+        return wrapper;
+    }
+    return std::make_unique<LogReportWrapper>(std::move(wrapper), listener);
+}
+
+} // namespace velk::powerdistribution::protocols
