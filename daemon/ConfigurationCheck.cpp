@@ -2,6 +2,7 @@
 
 #include "daemon/AlarmFiles.h"
 #include "daemon/ConfigurationFile.h"
+#include "daemon/HostSettings.h"
 #include "daemon/PluginCheck.h"
 #include "platform/common/Arguments.h"
 
@@ -86,7 +87,7 @@ void checkOther(const ConfigurationFile& file, const Node& node, Findings& findi
             file.at(node, Finding::Severity::Warning,
                     "\"" + node.name() +
                         "\" is ignored; expected maxThreads, maxCpuLoadPercent, maxRestTimeMs, "
-                        "protocolLibraries or the section of a plug-in"));
+                        "protocolLibraries, host or the section of a plug-in"));
     }
 }
 
@@ -103,6 +104,9 @@ Findings checkMembers(const ConfigurationFile& file) {
             checkNumber(file, member, *row, findings);
         } else if (member.name() == "protocolLibraries") {
             checkPluginList(file, member, findings);
+        } else if (member.name() == HostSettings::MEMBER) {
+            const Findings ofHost = HostSettings::check(file);
+            findings.insert(findings.end(), ofHost.begin(), ofHost.end());
         } else {
             checkOther(file, member, findings);
         }

@@ -1,11 +1,14 @@
 #include "daemon/Host.h"
 
+#include "daemon/ConfigurationFile.h"
+#include "daemon/HostFactsWriter.h"
 #include "daemon/LibraryManager.h"
 #include "daemon/LifeSign.h"
 #include "daemon/LogJournal.h"
 #include "daemon/ServiceNotifier.h"
 #include "daemon/SignalWatch.h"
 #include "daemon/Supervisor.h"
+#include "daemon/SystemHostSource.h"
 #include "daemon/WriteJournal.h"
 #include "platform/tessapi/TessAccessor.h"
 
@@ -24,6 +27,12 @@ void say(const std::string& sentence) {
 
 std::unique_ptr<tessapi::ITessAccessor> openStore() {
     return std::make_unique<tessapi::TessAccessor>("powerdistributiond", true);
+}
+
+HostSettings hostSettings(const std::string& path) {
+    Findings told; // by whoever started the daemon with this file
+    const auto file = ConfigurationFile::read(path, told);
+    return file ? HostSettings::of(*file) : HostSettings{};
 }
 
 /// Until the supervisor has come to its end.
@@ -57,6 +66,9 @@ ExitCode host(const std::string& path) {
         log.record(piece);
     };
     LifeSign sign{openStore, std::cerr};
+    // Before the first run, which subscribes only to what is there.
+    SystemHostSource hostSource{hostSettings(path)};
+    const HostFactsWriter hostFacts{openStore, hostSource, std::cerr};
     const auto makeManager = [&path, &onDeviceWrite, &onDeviceLog, &sign] {
         return std::make_unique<LibraryManager>(path, onDeviceWrite, onDeviceLog, sign);
     };

@@ -115,6 +115,12 @@ TEST_F(ConfigurationCheckTest, UnknownMembersAreWarnedOfButSectionsAreNot) {
     EXPECT_FALSE(hasError(findings));
 }
 
+TEST_F(ConfigurationCheckTest, TheChoiceOfTheHostsFactsIsChecked) {
+    EXPECT_THAT(file(R"({"host": {"interface": "eth0"}})"), IsEmpty());
+    EXPECT_THAT(file(R"({"host": {"interface": true}})"),
+                ElementsAre("velk.json:1:24: \"interface\": expected a text, not true"));
+}
+
 TEST_F(ConfigurationCheckTest, ASecondMemberOfTheSameNameIsWarnedOf) {
     EXPECT_THAT(file(R"({"maxThreads": 5, "maxThreads": 0})"),
                 ElementsAre("velk.json:1:33: \"maxThreads\" is ignored: the first one counts (warning)"));
