@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <iostream>
 #include <utility>
 
@@ -15,6 +16,11 @@ using velk::common::MutexLock;
 
 /// The longest sleep between two looks at the log: see `Wakeup::wait`.
 constexpr std::chrono::milliseconds LONGEST_SLEEP{250};
+
+template <typename Wish>
+bool isOf(const Wish& wish, const Change& change) {
+    return std::get<0>(wish) == change.kind && std::get<1>(wish) == change.object;
+}
 
 } // namespace
 
@@ -46,7 +52,7 @@ void Dispatcher::subscribe(const std::vector<std::uint64_t>& channels, const Mak
         if (subscription != nullptr) {
             *subscription = lastId;
         }
-        subscriptions.emplace(lastId, std::move(made));
+        enter(lastId, std::move(made));
     }
     condition.notify_all();
 }
@@ -58,10 +64,31 @@ void Dispatcher::unsubscribe(std::uint64_t subscription) {
     if (found == subscriptions.end()) {
         return;
     }
-    found->second->end();
-    released = std::move(found->second);
-    subscriptions.erase(found);
+    released = remove(found);
+    released->end();
     lock.unlock();
+}
+
+void Dispatcher::enter(std::uint64_t id, SubscriptionPtr subscription) {
+    if (!subscription->objects) {
+        greedy.insert(id);
+    } else {
+        for (const auto object : *subscription->objects) {
+            wishes.emplace(subscription->kind, object, id);
+        }
+    }
+    subscriptions.emplace(id, std::move(subscription));
+}
+
+Dispatcher::SubscriptionPtr Dispatcher::remove(Subscriptions::iterator entry) {
+    const auto id = entry->first;
+    SubscriptionPtr removed = std::move(entry->second);
+    subscriptions.erase(entry);
+    greedy.erase(id);
+    for (const auto object : removed->objects.value_or(Subscription::Objects{})) {
+        wishes.erase({removed->kind, object, id});
+    }
+    return removed;
 }
 
 void Dispatcher::run() {
@@ -124,17 +151,26 @@ bool Dispatcher::followLog() {
     return !news.changes.empty();
 }
 
-void Dispatcher::deliver(const Change& change) {
-    std::vector<std::shared_ptr<Subscription>> interested;
-    {
-        MutexLock lock{mutex};
-        for (const auto& [_, subscription] : subscriptions) {
-            if (subscription->isNews(change)) {
-                interested.push_back(subscription);
-            }
+std::vector<Dispatcher::SubscriptionPtr> Dispatcher::interestedIn(const Change& change) {
+    std::vector<SubscriptionPtr> interested;
+    MutexLock lock{mutex};
+    std::vector<std::uint64_t> ids{greedy.begin(), greedy.end()};
+    const auto first = wishes.lower_bound({change.kind, change.object, 0});
+    for (auto wish = first; wish != wishes.end() && isOf(*wish, change); ++wish) {
+        ids.push_back(std::get<2>(*wish));
+    }
+    std::inplace_merge(ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(greedy.size()), ids.end());
+    for (const auto id : ids) {
+        const auto& subscription = subscriptions.at(id);
+        if (subscription->kind == change.kind && subscription->isNews(change)) {
+            interested.push_back(subscription);
         }
     }
-    for (const auto& subscription : interested) {
+    return interested;
+}
+
+void Dispatcher::deliver(const Change& change) {
+    for (const auto& subscription : interestedIn(change)) {
         call(*subscription, change);
     }
 }

@@ -9,8 +9,10 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace tessapi {
@@ -40,7 +42,11 @@ public:
     void unsubscribe(std::uint64_t subscription) VELK_EXCLUDES(mutex);
 
 private:
-    using Subscriptions = std::map<std::uint64_t, std::shared_ptr<Subscription>>;
+    using SubscriptionPtr = std::shared_ptr<Subscription>;
+    using Subscriptions = std::map<std::uint64_t, SubscriptionPtr>;
+    /// Who wants what: the kind of change, the channel or device, the subscription's identifier. A change
+    /// must not be held against every subscription, of which there are as many as devices.
+    using Wishes = std::set<std::tuple<Change::Kind, std::uint64_t, std::uint64_t>>;
 
     void run() VELK_EXCLUDES(mutex);
     /// False when the thread is to end.
@@ -49,6 +55,11 @@ private:
     bool followLog() VELK_EXCLUDES(mutex);
     bool tryToFollow() VELK_EXCLUDES(mutex);
     void deliver(const Change& change) VELK_EXCLUDES(mutex);
+    void enter(std::uint64_t id, SubscriptionPtr subscription) VELK_REQUIRES(mutex);
+    /// Gives the subscription that is no longer there.
+    SubscriptionPtr remove(Subscriptions::iterator entry) VELK_REQUIRES(mutex);
+    /// In the order of subscription.
+    std::vector<SubscriptionPtr> interestedIn(const Change& change) VELK_EXCLUDES(mutex);
     void call(Subscription& subscription, const Change& change) VELK_EXCLUDES(mutex);
     bool isStopping() VELK_EXCLUDES(mutex);
     void report(const std::string& text) const;
@@ -62,6 +73,8 @@ private:
     std::uint64_t lastId VELK_GUARDED_BY(mutex){0};
     std::int64_t position VELK_GUARDED_BY(mutex){0}; ///< the newest change that was dealt with
     Subscriptions subscriptions VELK_GUARDED_BY(mutex);
+    Wishes wishes VELK_GUARDED_BY(mutex);
+    std::set<std::uint64_t> greedy VELK_GUARDED_BY(mutex); ///< subscriptions that want all objects
     std::thread thread;
 };
 

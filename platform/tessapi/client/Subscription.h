@@ -10,7 +10,7 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
+#include <utility>
 #include <vector>
 
 namespace tessapi {
@@ -18,27 +18,33 @@ namespace tessapi {
 class Engine;
 
 /// One subscription: which changes it wants, and the call that each of them makes.
-/// Threads: the client thread calls `deliver`; `ended` may be set by any.
+/// Threads: the client thread calls `callFor` and `take`; `end` may come from any.
 class Subscription {
 public:
-    /// `start` is the number of the newest change that it must not get.
-    explicit Subscription(std::int64_t start) : from{start} {}
+    /// Channels or devices.
+    using Objects = std::vector<std::uint64_t>;
+
+    /// `start` is the number of the newest change that it must not get. It wants changes of `wantedKind`, and
+    /// those of `wantedObjects` only; without these, those of all.
+    Subscription(std::int64_t start, Change::Kind wantedKind, std::optional<Objects> wantedObjects) :
+        kind{wantedKind}, objects{std::move(wantedObjects)}, from{start} {}
     virtual ~Subscription() = default;
     Subscription(const Subscription&) = delete;
     Subscription& operator=(const Subscription&) = delete;
 
-    virtual bool wants(const Change& change) const = 0;
-
-    /// The call that is due for a wanted change; empty when there is none after all.
+    /// The call that is due for a change of its kind and objects; empty when there is none after all.
     virtual std::function<void()> callFor(const Change& change, Engine& engine) = 0;
 
-    bool isNews(const Change& change) const { return change.seq > from && wants(change); }
+    bool isNews(const Change& change) const { return change.seq > from; }
 
     /// Nothing up to `change` is news any more.
     void take(const Change& change) { from = change.seq; }
 
     void end() { ended = true; }
     bool hasEnded() const { return ended; }
+
+    const Change::Kind kind;
+    const std::optional<Objects> objects; ///< empty for all
 
 private:
     std::int64_t from; // of the client thread
@@ -50,11 +56,9 @@ class EveryWriteSubscription final : public Subscription {
 public:
     EveryWriteSubscription(std::int64_t start, const std::vector<std::uint64_t>& channels,
                            InBandAccessor::ChannelCallback call);
-    bool wants(const Change& change) const override;
     std::function<void()> callFor(const Change& change, Engine& engine) override;
 
 private:
-    const std::set<std::uint64_t> objects;
     const InBandAccessor::ChannelCallback callback;
 };
 
@@ -65,7 +69,6 @@ public:
     /// `present` are the channels with their values at `start`.
     ChangesSubscription(std::int64_t start, std::map<std::uint64_t, qz::CValue> present,
                         InBandAccessor::ChannelCallback call);
-    bool wants(const Change& change) const override;
     std::function<void()> callFor(const Change& change, Engine& engine) override;
 
 private:
@@ -77,11 +80,9 @@ private:
 class AttributeSubscription final : public Subscription {
 public:
     AttributeSubscription(std::int64_t start, std::uint64_t device, InBandAccessor::DeviceCallback call);
-    bool wants(const Change& change) const override;
     std::function<void()> callFor(const Change& change, Engine& engine) override;
 
 private:
-    const std::uint64_t object;
     const InBandAccessor::DeviceCallback callback;
 };
 
@@ -89,11 +90,9 @@ private:
 class AlarmSubscription final : public Subscription {
 public:
     AlarmSubscription(std::int64_t start, std::uint64_t device, InBandAccessor::AlarmCallback call);
-    bool wants(const Change& change) const override;
     std::function<void()> callFor(const Change& change, Engine& engine) override;
 
 private:
-    const std::uint64_t object;
     const InBandAccessor::AlarmCallback callback;
 };
 
@@ -103,7 +102,6 @@ public:
     using Callback = std::function<void(const ChannelWrite&)>;
 
     StoreSubscription(std::int64_t start, Callback call);
-    bool wants(const Change& change) const override;
     std::function<void()> callFor(const Change& change, Engine& engine) override;
 
 private:

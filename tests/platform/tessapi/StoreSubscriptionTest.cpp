@@ -264,5 +264,33 @@ TEST_P(StoreSubscriptionTest, DestroyingAClientEndsItsSubscriptions) {
     EXPECT_EQ(writes.all().size(), 1u);
 }
 
+TEST_P(StoreSubscriptionTest, AWriteCallsItsSubscribersInTheOrderOfTheirSubscription) {
+    const Recorder<std::string> calls;
+    const auto subscribe = [&](const std::string& name, const std::vector<std::uint64_t>& to) {
+        client().channels().subscribeMultipleChannels(
+            to, [calls, name](std::uint64_t, const CValue&) { calls.add(name); }, qz::sub::everyWrite,
+            nullptr);
+    };
+    const std::uint64_t other = client().channel(client().device("device"), names::FLOAT32);
+    subscribe("first", {channel, other});
+    client().browser().subscribeAllChannels([calls](const ChannelWrite&) { calls.add("all"); }, nullptr);
+    subscribe("another channel", {other});
+    subscribe("last", {channel});
+    client().set(channel, 1u);
+    EXPECT_EQ(calls.waitFor(3), (std::vector<std::string>{"first", "all", "last"}));
+}
+
+TEST_P(StoreSubscriptionTest, AChannelThatIsListedTwiceIsDeliveredOnce) {
+    std::uint64_t subscription = 0;
+    const auto writes = client().watch({channel, channel}, qz::sub::everyWrite, &subscription);
+    client().set(channel, 1u);
+    client().settle();
+    EXPECT_EQ(writes.all().size(), 1u);
+    client().channels().unsubscribe(subscription);
+    client().set(channel, 2u);
+    client().settle();
+    EXPECT_EQ(writes.all().size(), 1u);
+}
+
 } // namespace
 } // namespace tessapi::contract
