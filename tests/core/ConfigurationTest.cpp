@@ -6,6 +6,7 @@
 
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 
 namespace velk::powerdistribution {
 namespace {
@@ -92,6 +93,33 @@ TEST_F(ConfigurationTest, NegativeOrHugeNumberIsBad) {
     EXPECT_NE(errors, "");
     expectDefaults(load(file(R"({"maxThreads": 4294967296})")));
     EXPECT_NE(errors, "");
+}
+
+TEST_F(ConfigurationTest, OtherPlainValuesAreNoNumbers) {
+    for (const char* value : {"null", "true", "3.0", "\"\"", "\" 3\"", "\"0x3\""}) {
+        expectDefaults(load(file(R"({"maxThreads": )" + std::string{value} + "}")));
+        EXPECT_EQ(errors.find("Failed to load configuration file (json): "), 0U) << value;
+    }
+}
+
+TEST_F(ConfigurationTest, ArgumentsGoByTheKeysOfTheFile) {
+    const Configuration::Arguments arguments{
+        {"maxThreads", "3"}, {"maxCpuLoadPercent", "25"}, {"maxRestTimeMs", "200"}, {"path", "other"}};
+    const Configuration taken{"here", arguments};
+    EXPECT_EQ(taken.path, "here");
+    EXPECT_EQ(taken.maxThreads, 3U);
+    EXPECT_EQ(taken.maxCpuLoad, 25U);
+    EXPECT_EQ(taken.maxRestTime, 200U);
+    EXPECT_THROW((Configuration{"here", {{"maxRestTimeMs", "soon"}}}), std::invalid_argument);
+}
+
+TEST_F(ConfigurationTest, NumbersAreTakenHoweverUnusual) {
+    const Configuration loaded =
+        load(file(R"({"maxThreads": 0, "maxCpuLoadPercent": 4294967295, "maxRestTimeMs": 0})"));
+    EXPECT_EQ(loaded.maxThreads, 0U);
+    EXPECT_EQ(loaded.maxCpuLoad, 4294967295U);
+    EXPECT_EQ(loaded.maxRestTime, 0U);
+    EXPECT_EQ(errors, "");
 }
 
 TEST_F(ConfigurationTest, NestedMemberIsNotSeen) {

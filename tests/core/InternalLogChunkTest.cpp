@@ -35,6 +35,18 @@ TEST(InternalLogChunkTest, StatusPrintsAsANumberAndNotAsACharacter) {
     EXPECT_EQ(event.toString("").find('A'), std::string::npos);
 }
 
+TEST(InternalLogChunkTest, NumbersThatDoNotFitTheirColumnsPrintWhole) {
+    Entry event = entry();
+    event.id = 4294967295U;
+    event.code = 65535;
+    event.status = 255;
+    event.mode = 65535;
+    event.severity = -100;
+    EXPECT_EQ(event.toString(""), "4294967295 2024-01-31T12:34:56.000Z 65535 255 65535 00345 -100");
+    event.severity = -1;
+    EXPECT_EQ(event.toString("").substr(event.toString("").size() - 8), "00345 -1");
+}
+
 TEST(InternalLogChunkTest, HeaderStandsAboveTheColumns) {
     const std::string header = Entry::header("Event ");
     EXPECT_EQ(header, "Event Id       Date                     Code  St Md Rc    Sev");

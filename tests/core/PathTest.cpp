@@ -70,6 +70,7 @@ TEST(PathTest, RangesSortByWidthAlone) {
     EXPECT_FALSE(input(Range{1, 3}) < input(Range{5, 7}));
     EXPECT_FALSE(input(Range{5, 7}) < input(Range{1, 3}));
     EXPECT_LT(input(Range{100, 101}), input(Range{1, 3}));
+    EXPECT_LT(input(Range{0, 4294967294U}), input(Range{4, 3})) << "the width is unsigned";
     std::map<EPath, int> byPath;
     byPath[input(Range{1, 3})] = 1;
     byPath[input(Range{5, 7})] = 2;

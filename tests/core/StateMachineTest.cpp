@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <iostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -76,11 +78,13 @@ const std::string upToMonitor = line("BEGIN", "DISCOVER") + line("DISCOVER", "EN
                                 line("ENUMERATE", "BUILD") + line("BUILD", "INITIALIZE") +
                                 line("INITIALIZE", "START") + line("START", "MONITOR");
 
-TEST(StateMachineTest, StatesHaveTheirTexts) {
-    EXPECT_EQ(to_string(FsmState::COMMUNICATION_LOST), "COMMUNICATION_LOST");
-    EXPECT_EQ(to_string(FsmState::WAIT_COMMUNICATION_RECOVERY), "WAIT_COMMUNICATION_RECOVERY");
-    EXPECT_EQ(to_string(static_cast<FsmState>(0)), "UNKNOWN");
-    EXPECT_EQ(to_string(static_cast<FsmState>(12)), "UNKNOWN");
+TEST(StateMachineTest, StatesHaveTheirNumbersAndTexts) {
+    std::string texts;
+    for (std::uint32_t number = 0; number <= 12; ++number) {
+        texts += to_string(static_cast<FsmState>(number)) + " ";
+    }
+    EXPECT_EQ(texts, "UNKNOWN BEGIN DISCOVER ENUMERATE BUILD INITIALIZE START MONITOR COMMUNICATION_LOST "
+                     "WAIT_COMMUNICATION_RECOVERY STOP END UNKNOWN ");
 }
 
 TEST(StateMachineTest, ProgressRunsTheNextStateAtOnceAndStayingPausesTwoSeconds) {
@@ -152,6 +156,48 @@ TEST(StateMachineTest, ExitIsHonouredWhileWaitingForRecovery) {
     machine.communicationLost = true;
     machine.clock.onPause = [&] { machine.exitRequested = true; };
     EXPECT_EQ(machine.run(), line("WAIT_COMMUNICATION_RECOVERY", "STOP") + line("STOP", "END"));
+}
+
+TEST(StateMachineTest, ExitIsHonouredFromEveryStateBeforeItsActionRuns) {
+    for (std::uint32_t number = 1; number <= 9; ++number) {
+        Machine machine;
+        const auto interrupted = static_cast<FsmState>(number);
+        machine.state = &machine.at(interrupted);
+        machine.exitRequested = true;
+        EXPECT_EQ(machine.run(), line(to_string(interrupted), "STOP") + line("STOP", "END"));
+        EXPECT_EQ(machine.runsOf(interrupted), 0) << to_string(interrupted);
+        EXPECT_FALSE(machine.exitRequested) << to_string(interrupted);
+    }
+}
+
+TEST(StateMachineTest, TransitionIsFlushedBeforeTheNextActionRuns) {
+    /// Keeps only what was flushed.
+    class Flushed : public std::stringbuf {
+    public:
+        std::string text;
+
+    protected:
+        int sync() override {
+            text = str();
+            return 0;
+        }
+    };
+
+    Machine machine;
+    Flushed output;
+    machine.state = &machine.at(FsmState::MONITOR);
+    machine.exitRequested = true;
+    std::string seenByStop;
+    const MachineState stop{FsmState::STOP, [&](Machine& stopping) -> const MachineState& {
+                                seenByStop = output.text;
+                                return stopping.at(FsmState::END);
+                            }};
+    std::streambuf* const before = std::cout.rdbuf(&output);
+    runStateMachine<Machine>(machine, machine.state, machine.at(FsmState::COMMUNICATION_LOST), stop,
+                             machine.clock);
+    std::cout.rdbuf(before);
+    EXPECT_EQ(seenByStop, line("MONITOR", "STOP"));
+    EXPECT_EQ(output.text, line("MONITOR", "STOP") + line("STOP", "END"));
 }
 
 TEST(StateMachineTest, SecondExitDuringStopPausesOnceAndPrintsNothing) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <type_traits>
 
 namespace velk::powerdistribution {
 namespace {
@@ -67,6 +68,13 @@ TEST(ValueTest, SameContentInAnotherAlternativeDiffers) {
     EXPECT_FALSE(Value{1.0F} == Value{std::uint32_t{1}});
     EXPECT_FALSE(Value{std::int32_t{5}} == Value{std::uint32_t{5}});
     EXPECT_EQ(Value{std::uint32_t{5}}, Value{std::uint32_t{5}});
+}
+
+TEST(ValueTest, FailedAssignmentLeavesTheValueAsItWas) {
+    // Moving never throws, so a copy is made before the old value goes, and no visit ever finds none.
+    EXPECT_TRUE(std::is_nothrow_move_constructible_v<Value>);
+    EXPECT_TRUE(std::is_nothrow_move_assignable_v<Value>);
+    EXPECT_TRUE(std::is_trivially_copyable_v<EPath::Node>);
 }
 
 TEST(ValueTest, PathsInValuesCompareAsPatterns) {

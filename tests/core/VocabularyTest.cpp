@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <map>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace velk::powerdistribution {
 namespace {
@@ -102,37 +104,139 @@ TEST(VocabularyTest, NumbersDoNotFollowTheAlphabet) {
     EXPECT_EQ(textOf<EMeasurement>(37), "Measure.Phase");
 }
 
-TEST(VocabularyTest, LastMembersKeepTheirNumbers) {
-    EXPECT_EQ(textOf<EProperty>(2), "Settings");
-    EXPECT_EQ(textOf<ECommunicationStatus>(2), "CommunicationStatus.Since");
-    EXPECT_EQ(textOf<ECircuit>(16), "Synchroniser");
-    EXPECT_EQ(textOf<EPowerConverter>(7), "DcBus");
-    EXPECT_EQ(textOf<ESpecification>(50), "Specification.TrippedVoltageThreshold");
-    EXPECT_EQ(textOf<EStatus>(102), "Status.HealthState");
-    EXPECT_EQ(textOf<EAttribute>(18), "Attribute.Vendor");
-    EXPECT_EQ(textOf<EAction>(8), "Action.SwitchOn");
-    EXPECT_EQ(textOf<EPrivate>(4), "Private.LogTopId");
-    EXPECT_EQ(textOf<EPrivateAction>(7), "PrivateAction.SetProductName");
+/// Splits at each separator.
+std::vector<std::string> split(const std::string& list, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream stream{list};
+    for (std::string part; std::getline(stream, part, separator);) {
+        parts.push_back(part);
+    }
+    return parts;
 }
 
-TEST(VocabularyTest, ValueEnumerationsHaveTheirTexts) {
-    EXPECT_EQ(to_string(DeviceType::Ups) + to_string(DeviceType::Ats) + to_string(DeviceType::Pdu),
-              "UPSATSPDU");
-    EXPECT_EQ(to_string(ChargerMode::Cc), "cc");
-    EXPECT_EQ(to_string(ChargerMode::Abm), "abm");
-    EXPECT_EQ(to_string(ChargerStatus::Off), "off");
-    EXPECT_EQ(to_string(ChargerStatus::OnNotCharging), "on not charging");
-    EXPECT_EQ(to_string(StoragePresent::NoStorageMode), "no storage mode");
-    EXPECT_EQ(to_string(Type::Hybrid), "hybrid");
-    EXPECT_EQ(to_string(TestResult::Aborted), "aborted");
-    EXPECT_EQ(to_string(Topology::LineInteractive), "line interactive");
-    EXPECT_EQ(to_string(VoltageRange::LowVoltage), "low voltage");
-    EXPECT_EQ(to_string(AudibleAlarmControl::Muted), "muted");
-    EXPECT_EQ(to_string(PreferredSource::Source2), "source2");
-    EXPECT_EQ(to_string(SensitivityMode::LowSensitivity), "low sensitivity");
-    EXPECT_EQ(to_string(UnsynchronousTransferBreakTime::QuarterCycle), "quarter cycle");
-    EXPECT_EQ(to_string(UnsynchronousTransferPolicy::AllowedWithBreak), "allowed with break");
-    EXPECT_EQ(to_string(Mode::OnAlternateSource), "on alternate source");
+/// The numbers from `first` on have these texts behind `family` ("-" for a free number), and those around
+/// them have none.
+template <typename E>
+void expectMembers(const std::string& family, std::uint32_t first, char separator, const std::string& list) {
+    std::uint32_t number = first;
+    for (const std::string& text : split(list, separator)) {
+        EXPECT_EQ(textOf<E>(number), text == "-" ? "UNKNOWN" : family + text) << number;
+        ++number;
+    }
+    EXPECT_EQ(textOf<E>(number), "UNKNOWN") << number;
+    EXPECT_EQ(textOf<E>(first - 1), "UNKNOWN") << first - 1;
+}
+
+TEST(VocabularyTest, EveryNumberOfANodeMeasureOrSpecificationHasItsText) {
+    expectMembers<EProperty>("", 1, ' ', "Identification Settings");
+    expectMembers<ECommunicationStatus>("CommunicationStatus.", 1, ' ', "State Since");
+    expectMembers<ECircuit>(
+        "", 1, ' ',
+        "PowerEquipment PowerDistribution Inputs Outputs Branches Environment Phases Outlets "
+        "PowerConverters PowerModules BackupSystem PowerBank Chargers StorageModules Connectivity "
+        "Synchroniser");
+    expectMembers<EPowerConverter>(
+        "", 1, ' ', "Rectifier Inverter AutomaticBypass MaintenanceBypass Avr TransferSwitch DcBus");
+    expectMembers<EMeasurement>(
+        "Measure.", 1, ' ',
+        "ActivePowerAvailable ActivePower ApparentPowerAvailable ApparentPower AverageEnergy "
+        "CumulatedEnergy CurrentAvailable Current CurrentTHD CyclesCount Efficiency EnergyDaily "
+        "EnergyMonthly EnergyYearly Frequency LeakageCurrent MaxCellTemperature MaxCellVoltage "
+        "MinCellTemperature MinCellVoltage NeutralCurrent PartialCumulatedEnergy "
+        "PartialCumulatedEnergyStartDate PeakFactor PercentLoad PowerFactor ReactivePowerAvailable "
+        "ReactivePower RemainingTime StateOfCharge StateOfHealth Temperature TotalCumulatedEnergy "
+        "Voltage VoltageLL VoltageTHD Phase");
+    expectMembers<ESpecification>(
+        "Specification.", 1, ' ',
+        "ActivePower.HighWarningThreshold ActivePower.MaxReading ActivePower.MinReading "
+        "ActivePower.Nominal ApparentPower.HighWarningThreshold ApparentPower.MaxReading "
+        "ApparentPower.MinReading ApparentPower.Nominal CapacityAh.Nominal CapacityWh.Nominal "
+        "Chemistry ConnectorType Current.HighWarningThreshold Current.MaxReading Current.MinReading "
+        "Current.Nominal ExternalCount Feed Frequency.HighCriticalThreshold "
+        "Frequency.LowCriticalThreshold Frequency.MaxReading Frequency.MinReading Frequency.Nominal "
+        "Internal PercentLoad.HighWarningThreshold PercentLoad.MaxReading PercentLoad.MinReading "
+        "PowerCycleDuration PowerFactor.MaxReading PowerFactor.MinReading "
+        "StateOfCharge.LowWarningThreshold Switchable Technology Temperature.MaxReading "
+        "Temperature.MinReading Topology Type Voltage.Floating Voltage.LowCriticalThreshold "
+        "Voltage.LowDeratedDetection Voltage.LowWarningThreshold Voltage.HighCriticalThreshold "
+        "Voltage.HighWarningThreshold Voltage.HysteresisDetection Voltage.MaxReading "
+        "Voltage.MinReading Voltage.Nominal VoltageLL.Nominal VoltageRange TrippedVoltageThreshold");
+}
+
+TEST(VocabularyTest, EveryNumberOfASettingStatusAttributeOrActionHasItsText) {
+    expectMembers<ESetting>(
+        "Setting.", 1, ' ',
+        "AudibleAlarmControl AutomaticRestartEnabled AutomaticRestartLevel AutomaticSleepDelay "
+        "AutomaticSwitchOnDelay AutomaticSwitchOffDelay BypassTransferEnabled "
+        "Current.HighCriticalThreshold Current.HighWarningThreshold Current.LowCriticalThreshold "
+        "Current.LowWarningThreshold DeepDischargeProtectionEnabled ForcedRebootDuration "
+        "ForcedRebootEnabled ForcedTransferEnabled FrequencyConverterEnabled FrequencyDeviationLimit "
+        "Frequency.HighCriticalThreshold Frequency.LowCriticalThreshold HighEfficiencyEnabled "
+        "LowRuntimeThreshold LowStateOfChargeThreshold NominalVoltage NoStorageModeEnabled "
+        "OutOfToleranceTransferEnabled PercentLoadSleepLimit PhaseDeviationLimit PreferredSource "
+        "RemoteControlEnabled RedundancyLevel SensitivityMode Temperature "
+        "Temperature.HighCriticalThreshold Temperature.HighWarningThreshold "
+        "Temperature.LowCriticalThreshold - UnsynchronousTransferBreakTime "
+        "UnsynchronousTransferPolicy Voltage.HighCriticalThreshold VoltageHighDetection "
+        "Voltage.HighWarningThreshold Voltage.LowCriticalThreshold VoltageLowDetection "
+        "Voltage.LowWarningThreshold WiringFaultEnabled");
+    expectMembers<EStatus>(
+        "Status.", 1, ' ',
+        "BmsFailure BootloaderMode BreakerTripped BuildingAlarm1 BuildingAlarm2 BuildingAlarm3 "
+        "BuildingAlarm4 BuildingAlarm5 BuildingAlarm6 BuildingAlarm7 BuildingAlarm8 BuildingAlarm9 "
+        "BuildingAlarm10 BuildingAlarm11 BuildingAlarm12 BuildingAlarm13 BuildingAlarm14 "
+        "BuildingAlarm15 BuildingAlarm16 CabinetDoorOpen ChargerStatus CommunicationFault "
+        "CompatibilityFault ConfigurationFault CriticalLowStateOfCharge CriticalOverload "
+        "CurrentLimitation CurrentTooHigh DcBoostFault DcBusUnbalanced DcBusVoltageNegativeTooHigh "
+        "DcBusVoltageNegativeTooLow DcBusVoltagePositiveTooHigh DcBusVoltagePositiveTooLow "
+        "DelayBeforeSwitchOff DelayBeforeSwitchOn Depleted EmergencySwitchOff FanFault "
+        "FrequencyOutOfRange FuseFault GroundFault InRange InternalFailure InvalidWaveform "
+        "LastTestResult LastTestResultDate LastSuccessfulTestDate LcmInstallationDate "
+        "LcmReplacementDate LcmExpired LowRuntime LowStateOfCharge LowStateOfHealth MeasureFault "
+        "Mode ModemFault NeedService NegativeCurrent OnBoost OnBuck OnGenerator OverCurrent Overload "
+        "Parallel PhaseOutOfRange PowerSupplyFault PreOverload Present RedundancyLoss Redundant "
+        "ShortCircuit ShutdownImminent ShutdownPending Since Source StartupPending State "
+        "StoragePresent Supplied SupplierPowerQuality Supply SwitchedOn SyncBusLoss "
+        "TemperatureOutOfRange TemperatureTooHigh TemperatureTooLow TestStatus ThermalOverload "
+        "Unbalanced Used VoltageDcOffsetTooHigh VoltageOutOfRange VoltageDerated VoltageTooHigh "
+        "VoltageTooLow WatchdogFault WiringFault WiringFaultPhaseNeutralInversion "
+        "WiringFaultPhaseRotation OperatingStatus HealthState");
+    expectMembers<EAttribute>(
+        "Attribute.", 1, ' ',
+        "Count CurrentDate FirmwareVersion FriendlyName HardwareVersion Ipv4 Ipv6 Location Model "
+        "MacAddress Manufacturer PartNumber PhysicalName ProductName ReferenceNumber SerialNumber "
+        "Uuid Vendor");
+    expectMembers<EAction>(
+        "Action.", 1, ' ',
+        "AbortTest CancelSwitchOff CancelSwitchOffWithAutoRestart CancelSwitchOn StartTest SwitchOff "
+        "SwitchOffWithAutoRestart SwitchOn");
+    expectMembers<EPrivate>("Private.", 1, ' ', "AlarmConfigurationFile InternalLogs LogChunk LogTopId");
+    expectMembers<EPrivateAction>(
+        "PrivateAction.", 1, ' ',
+        "ExportKdp SetDate SetFirmwareVersion SetIpv4Address SetIpv6Address SetMacAddress "
+        "SetProductName");
+}
+
+TEST(VocabularyTest, EveryNumberOfAStateHasItsText) {
+    expectMembers<DeviceType>("", 1, '|', "UPS|ATS|PDU");
+    expectMembers<ChargerMode>("", 1, '|', "cc|abm");
+    expectMembers<ChargerStatus>("", 0, '|', "off|charging|floating|on not charging|discharging");
+    expectMembers<StoragePresent>("", 1, '|', "present|not present|no storage mode");
+    expectMembers<Type>("", 1, '|', "batteries|supercaps|flywheel|hybrid");
+    expectMembers<TestResult>("", 1, '|', "success|fail|aborted");
+    expectMembers<Topology>("", 1, '|', "offline|line interactive|online");
+    expectMembers<VoltageRange>("", 1, '|', "low voltage|high voltage");
+    expectMembers<AudibleAlarmControl>("", 1, '|', "disabled|enabled|muted");
+    expectMembers<PreferredSource>("", 1, '|', "source1|source2");
+    expectMembers<SensitivityMode>("", 1, '|', "normal|high sensitivity|low sensitivity");
+    expectMembers<UnsynchronousTransferBreakTime>("", 1, '|', "quarter cycle|half cycle|full cycle");
+    expectMembers<UnsynchronousTransferPolicy>("", 1, '|',
+                                               "not permitted|allowed without break|allowed with break");
+    expectMembers<Mode>(
+        "", 1, '|',
+        "off|on line|on battery|on buck|on boost|on automatic bypass|on forced bypass|"
+        "on high efficiency|on maintenance bypass|on line interactive normal|on bypass standby|"
+        "on boot bypass|on bypass|on ess|on preferred source|on alternate source");
 }
 
 TEST(VocabularyTest, OffIsTheOnlyValueMemberWithNumberZero) {
