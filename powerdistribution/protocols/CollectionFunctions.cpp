@@ -23,6 +23,13 @@ EPath collectionOf(const EPath& path) {
     return collection;
 }
 
+bool hasOneItem(const Rule::BuildFuncParameters& parameters) {
+    const auto counter = collectionCount(parameters);
+    const Value count = counter ? counter->read() : Value{};
+    const auto* number = count.getIf<std::uint32_t>();
+    return number != nullptr && *number == 1;
+}
+
 } // namespace
 
 ValueWrapperPtr collectionCount(const Rule::BuildFuncParameters& parameters) {
@@ -35,16 +42,7 @@ ValueWrapperPtr _collectionParent(const Rule::BuildFuncParameters& parameters, c
 
 ValueWrapperPtr _collectionParentIfSingleChild(const Rule::BuildFuncParameters& parameters,
                                                const EPath& relative) {
-    const auto counter = collectionCount(parameters);
-    if (!counter) {
-        return nullptr;
-    }
-    const Value count = counter->read();
-    const auto* number = count.getIf<std::uint32_t>();
-    if (number == nullptr || *number != 1) {
-        return nullptr;
-    }
-    return _collectionParent(parameters, relative);
+    return hasOneItem(parameters) ? _collectionParent(parameters, relative) : nullptr;
 }
 
 } // namespace velk::powerdistribution::protocols

@@ -55,6 +55,12 @@ TEST(MultWithPercentConverterTest, ReadsPercentOfTheValue) {
     EXPECT_EQ(writeThrough<MultWithPercentConverter>(Value{100u}, Value{50.0f}), Value{200u});
 }
 
+TEST(MultWithPercentConverterTest, DividesThePercentBeforeItMultiplies) {
+    EXPECT_EQ(readThrough<MultWithPercentConverter>(Value{100u}, Value{53.0f}), Value{52u});
+    EXPECT_EQ(readThrough<MultWithPercentConverter>(Value{3.0f}, Value{79.0f}), Value{2.37000012f});
+    EXPECT_EQ(writeThrough<MultWithPercentConverter>(Value{3.0f}, Value{79.0f}), Value{3.79746819f});
+}
+
 TEST(DivConverterTest, ReadsTheQuotientCutOffAndWritesTheProduct) {
     EXPECT_EQ(readThrough<DivConverter>(Value{std::int32_t{7}}, Value{2.0f}), Value{std::int32_t{3}});
     EXPECT_EQ(readThrough<DivConverter>(Value{std::int32_t{-7}}, Value{2.0f}), Value{std::int32_t{-3}});

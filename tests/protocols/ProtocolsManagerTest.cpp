@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
@@ -173,6 +175,51 @@ TEST_F(ProtocolsManagerTest, ProtocolOfNoLibraryFails) {
     }
 }
 
+TEST_F(ProtocolsManagerTest, LibraryWithoutFactoryFailsAndTheFactoryFromBeforeStays) {
+    host.scripts["a"].found = true;
+    load();
+    manager->discover();
+    manager->enumerate();
+    const auto before = manager->wrapperFactory;
+    host.scripts["a"].missing = "factory";
+    try {
+        manager->enumerate();
+        FAIL() << "the library gave nothing";
+    } catch (const std::runtime_error& failure) {
+        EXPECT_EQ(failure.what(), std::string{"Protocol library gave no wrapper factory: "} +
+                                      VELK_TEST_PLUGIN_FOLDER "/liba.so");
+    }
+    EXPECT_EQ(manager->wrapperFactory, before);
+}
+
+TEST_F(ProtocolsManagerTest, PluginWithoutProtocolIsPassedOver) {
+    host.scripts["b"].found = true;
+    for (const char* missing : {"builder", "protocol"}) {
+        host.scripts["a"].missing = missing;
+        load();
+        EXPECT_TRUE(manager->discover()) << missing;
+        EXPECT_TRUE(manager->enumerate()) << missing;
+        EXPECT_EQ(manager->wrapperFactory->protocolUuid(), UUID_OF_B) << missing;
+        manager.reset();
+    }
+    EXPECT_EQ(host.log->count("a.start"), 0u);
+    EXPECT_EQ(host.log->count("b.stop"), 2u);
+}
+
+TEST_F(ProtocolsManagerTest, ReservedOperationsAreNeverCalled) {
+    host.scripts["a"].found = true;
+    load();
+    manager->discover();
+    manager->enumerate();
+    manager->discover();
+    manager->disconnect();
+    manager.reset();
+    EXPECT_EQ(host.log->count("a.start"), 1u);
+    for (const char* reserved : {"a.reserved5", "a.reserved8", "b.reserved5", "b.reserved8"}) {
+        EXPECT_EQ(host.log->count(reserved), 0u) << reserved;
+    }
+}
+
 TEST_F(ProtocolsManagerTest, DisconnectLetsTheDeviceGoOnceAndKeepsTheFactory) {
     host.scripts["a"].found = true;
     load();
@@ -251,6 +298,21 @@ TEST_F(ProtocolsManagerTest, FailureOfStopIsToldAndHoldsUpNothing) {
     EXPECT_EQ(host.log->count("b.unloaded"), 1u);
 }
 
+TEST_F(ProtocolsManagerTest, WhatIsNoStandardExceptionHoldsUpNoDestructor) {
+    host.scripts["a"].found = true;
+    host.scripts["a"].oddException = true;
+    load();
+    manager->discover();
+    EXPECT_THROW(manager->disconnect(), int);
+    ::testing::internal::CaptureStderr();
+    manager.reset();
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "WARNING - Unable to disconnect a protocol: exception unknown\n"
+              "WARNING - Unable to stop a protocol: exception unknown\n");
+    EXPECT_EQ(host.log->count("b.stop"), 1u);
+    EXPECT_EQ(host.log->count("a.unloaded"), 1u);
+}
+
 // Loading that fails keeps the plug-ins in the process, so these tests use plug-ins of their own.
 
 TEST_F(ProtocolsManagerTest, FailureOfCreatePasses) {
@@ -259,6 +321,28 @@ TEST_F(ProtocolsManagerTest, FailureOfCreatePasses) {
     configuration.path = VELK_TEST_FAILING_PLUGIN_FOLDER;
     EXPECT_THROW(ProtocolsManager{configuration}, std::runtime_error);
     EXPECT_EQ(host.log->count("c.start"), 0u);
+}
+
+TEST_F(ProtocolsManagerTest, FailedStartStopsTheProtocolsThatHaveStartedAndPasses) {
+    // Copies, since the originals must still be unloaded by the tests that count that.
+    const velk::testing::TemporaryDirectory folder;
+    for (const char* name : {"liba.so", "libb.so"}) {
+        std::filesystem::copy_file(std::filesystem::path{VELK_TEST_PLUGIN_FOLDER} / name, folder / name);
+    }
+    host.scripts["b"].failingOperation = "start";
+    try {
+        load(folder.path());
+        FAIL() << "the second plug-in has failed to start";
+    } catch (const std::runtime_error& failure) {
+        EXPECT_STREQ(failure.what(), "b fails to start");
+    }
+    Events told = events();
+    const Events inOrder{
+        "a.create", "a.builder released", "b.create", "b.builder released", "a.start", "b.start", "a.stop"};
+    ASSERT_EQ(told.size(), inOrder.size() + 2);
+    EXPECT_EQ(Events(told.begin(), told.begin() + 7), inOrder) << "who has not started is not stopped";
+    std::sort(told.begin() + 7, told.end());
+    EXPECT_EQ(Events(told.begin() + 7, told.end()), (Events{"a.destroyed", "b.destroyed"}));
 }
 
 TEST_F(ProtocolsManagerTest, ExceptionOfThePluginsOwnOutlivesTheFailedManager) {

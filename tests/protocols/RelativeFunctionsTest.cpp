@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <any>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -15,6 +16,8 @@ namespace {
 
 using namespace velk::powerdistribution;
 using namespace velk::powerdistribution::protocols;
+using velk::testing::FakePoint;
+using velk::testing::FakeWrapper;
 using velk::testing::FakeWrapperFactory;
 using Asked = std::vector<std::string>;
 
@@ -105,6 +108,27 @@ TEST_F(RelativeFunctionsTest, OwnerStandsInForTheOnlyItem) {
     factory.add(supplied, Value{true});
     EXPECT_TRUE(call(_collectionParentIfSingleChild, output3Used, supplied));
     EXPECT_EQ(factory.asked(), (Asked{"Outputs.Attribute.Count", "Status.Supplied"}));
+}
+
+TEST_F(RelativeFunctionsTest, CounterIsLetGoBeforeTheOwnerIsAsked) {
+    /// Counts one item, and notes whether the counter was still there when it was asked for anything else.
+    class OneItem : public IWrapperFactory {
+    public:
+        const velk::common::Uuid& protocolUuid() const override { return velk::common::Uuid::NIL; }
+        ValueWrapperPtr buildWrapper(const EPath& path) const override {
+            if (path.lastNode() == EAttribute::Count) {
+                return FakeWrapper::on(counter);
+            }
+            holdersThen = counter.use_count();
+            return FakeWrapper::of(true);
+        }
+        const std::shared_ptr<FakePoint> counter = std::make_shared<FakePoint>(Value{1u});
+        mutable long holdersThen{0};
+    };
+
+    const OneItem device;
+    EXPECT_TRUE(_collectionParentIfSingleChild({output3Used, device, nullptr, arguments}, supplied));
+    EXPECT_EQ(device.holdersThen, 1);
 }
 
 TEST_F(RelativeFunctionsTest, OwnerDoesNotStandInOtherwise) {

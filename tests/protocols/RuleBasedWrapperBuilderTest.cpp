@@ -156,6 +156,17 @@ TEST(RuleBasedWrapperBuilderTest, FailureOfAFunctionPasses) {
     EXPECT_THROW(walk(rules, {1u}), std::invalid_argument);
 }
 
+TEST(RuleBasedWrapperBuilderTest, WalkCopiesNoRule) {
+    const auto state = std::make_shared<int>();
+    const std::vector<Rule> rules{
+        Rule{ECircuit::Inputs, {Rule{EStatus::Used, [state](const Rule::BuildFuncParameters&) {
+                                         EXPECT_EQ(state.use_count(), 2);
+                                         return ValueWrapperPtr{};
+                                     }}}}};
+    ASSERT_EQ(state.use_count(), 2) << "the test's and the table's";
+    EXPECT_EQ(walk(rules, {ECircuit::Inputs, EStatus::Used}), Value{});
+}
+
 TEST(RuleTest, CopyIsDeep) {
     const std::vector<Rule> rules{Rule{ECircuit::Inputs, {Rule{EStatus::Used, make_static(1u)}}}};
     std::vector<Rule> copy = rules;

@@ -72,9 +72,13 @@ TEST_F(MakeIfTest, OtherwiseIsNotAskedWhereThenAnswers) {
 TEST_F(MakeIfTest, ConditionIsNeverRead) {
     const auto point = std::make_shared<FakePoint>();
     const BuildFunc condition = [&](const Rule::BuildFuncParameters&) { return FakeWrapper::on(point); };
-    EXPECT_EQ(read(make_if(condition, make_static(1u))), Value{1u});
+    const BuildFunc then = [&](const Rule::BuildFuncParameters& parameters) {
+        EXPECT_EQ(point.use_count(), 1) << "the wrapper of the condition is gone";
+        return make_static(1u)(parameters);
+    };
+    EXPECT_EQ(read(make_if(condition, then)), Value{1u});
+    EXPECT_EQ(read(make_if(condition, then, nothing)), Value{1u});
     EXPECT_EQ(point->reads(), 0u);
-    EXPECT_EQ(point.use_count(), 1) << "the wrapper of the condition is gone";
 }
 
 TEST_F(MakeIfTest, EmptyFunctionFailsWhenItIsNeeded) {

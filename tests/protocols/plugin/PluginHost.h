@@ -13,9 +13,11 @@
 struct VELK_EXPORT PluginHost {
     /// How a plug-in behaves when it is loaded next.
     struct Script {
-        bool found{false};                    ///< `discover` finds the device
-        std::string failingOperation;         ///< of the protocol; "create" for the builder; empty for none
-        bool ownException{false};             ///< the failure is of a class that only the plug-in knows
+        bool found{false};            ///< `discover` finds the device
+        std::string failingOperation; ///< of the protocol; "create" for the builder; empty for none
+        bool ownException{false};     ///< `start` fails with a class that only the plug-in knows
+        bool oddException{false};     ///< `disconnect` and `stop` fail with what is no standard exception
+        std::string missing;          ///< "builder", "protocol" or "factory" is null; empty for none
         velk::common::Uuid otherProtocolUuid; ///< given by the protocol instead of the library's unless nil
     };
 

@@ -61,6 +61,23 @@ public:
             throw PluginFailure{};
         }
     }
+    void stop() override {
+        FakeProtocol::stop();
+        failOddly();
+    }
+    void disconnect() override {
+        FakeProtocol::disconnect();
+        failOddly();
+    }
+    void reserved5() override { tell("reserved5"); }
+    void reserved8() override { tell("reserved8"); }
+
+private:
+    static void failOddly() {
+        if (script().oddException) {
+            throw 42;
+        }
+    }
 };
 
 class Factory : public velk::testing::FakeWrapperFactory {
@@ -89,7 +106,7 @@ public:
         if (script().failingOperation == "create") {
             throw std::runtime_error{NAME + " fails to create"};
         }
-        return std::make_unique<Protocol>();
+        return script().missing == "protocol" ? nullptr : std::make_unique<Protocol>();
     }
 };
 
@@ -97,9 +114,11 @@ class Library : public IProtocolLibrary {
 public:
     ~Library() override { tell("unloaded"); }
     const Uuid& uuid() const override { return OWN_UUID; }
-    std::shared_ptr<IProtocolBuilder> builder() const override { return std::make_shared<Builder>(); }
+    std::shared_ptr<IProtocolBuilder> builder() const override {
+        return script().missing == "builder" ? nullptr : std::make_shared<Builder>();
+    }
     std::shared_ptr<IWrapperFactory> wrapperFactory(std::shared_ptr<IProtocol> protocol) const override {
-        return std::make_shared<Factory>(std::move(protocol));
+        return script().missing == "factory" ? nullptr : std::make_shared<Factory>(std::move(protocol));
     }
 };
 
