@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -21,6 +22,14 @@ using velk::common::MutexLock;
 
 void waitUntil(const std::atomic<bool>& flag) {
     while (!flag) {
+        std::this_thread::yield();
+    }
+}
+
+/// Long enough for another thread to do what it must not do, and to set `flag`.
+void giveOthersTheirTurn(const std::atomic<bool>& flag) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds{20};
+    while (!flag && std::chrono::steady_clock::now() < end) {
         std::this_thread::yield();
     }
 }
@@ -129,26 +138,36 @@ TEST(CallbackGuardTest, NotifyOfAClosedGuardCallsNobody) {
 }
 
 TEST(CallbackGuardTest, WaitForWaitsUntilTheListenerIsLeft) {
-    CallLog log;
     const CallbackGuard guard;
     Mutex mutex;
     std::atomic<bool> entered{false};
-    std::atomic<bool> waiting{false};
+    std::atomic<bool> mayLeave{false};
+    std::atomic<bool> left{false};
     RecordingListener listener{[&](const HandlerData&) {
         entered = true;
-        waitUntil(waiting);
-        log.add("listener left");
+        waitUntil(mayLeave);
+        left = true;
     }};
     std::thread store{[&] {
         MutexLock lock{mutex};
         guard.notify(listener, {}, lock);
     }};
     waitUntil(entered);
-    waiting = true;
-    guard.waitFor(&listener);
-    log.add("waited");
+    std::atomic<bool> asked{false};
+    std::atomic<bool> waited{false};
+    std::thread owner{[&] {
+        asked = true;
+        guard.waitFor(&listener);
+        EXPECT_TRUE(left);
+        waited = true;
+    }};
+    waitUntil(asked);
+    giveOthersTheirTurn(waited);
+    EXPECT_FALSE(waited) << "the listener is still at work";
+    mayLeave = true;
+    owner.join();
     store.join();
-    EXPECT_EQ((std::vector<std::string>{"listener left", "waited"}), log.calls());
+    EXPECT_TRUE(waited);
 }
 
 TEST(CallbackGuardTest, WaitForDoesNotWaitForAnotherListenerNorForNobody) {

@@ -54,6 +54,35 @@ TEST_F(DataModelManagerTest, WhatIsNoStandardExceptionPasses) {
                  int);
 }
 
+TEST_F(DataModelManagerTest, WhatIsNoStandardExceptionPassesOutOfInitialize) {
+    /// Fails with something that is no standard exception.
+    class OddHandler : public handlers::BaseHandler {
+    public:
+        OddHandler(const EPath& path, std::string operation) :
+            BaseHandler{path}, failing{std::move(operation)} {}
+        void initialize() override { failOn("initialize"); }
+        void refresh() override { failOn("refresh"); }
+
+    private:
+        void failOn(const std::string& operation) const {
+            if (operation == failing) {
+                throw 7;
+            }
+        }
+        const std::string failing;
+    };
+
+    for (const char* operation : {"initialize", "refresh"}) {
+        DataModelManager odd{quick(), clock};
+        ASSERT_TRUE(
+            odd.build(device, store, [&](const EPath& path, const velk::common::Uuid&, const Factories&) {
+                return std::make_shared<OddHandler>(path, operation);
+            }));
+        EXPECT_EQ(errorsOf([&] { EXPECT_THROW(odd.initialize(), int) << operation; }), "");
+        EXPECT_THROW(odd.start(), std::runtime_error) << "the scheduler stays empty";
+    }
+}
+
 TEST_F(DataModelManagerTest, BuildsTheRealTree) {
     EXPECT_TRUE(build(powerEquipmentBuilder));
     EXPECT_EQ(manager.handlers().all().count({ECircuit::PowerEquipment}), 1U);

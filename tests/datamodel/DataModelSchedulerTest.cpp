@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <stdexcept>
 #include <thread>
 
 namespace velk::powerdistribution::datamodel {
@@ -187,6 +189,64 @@ TEST_F(DataModelSchedulerTest, TheDestructorStopsWhatRuns) {
         model = {};
     }
     EXPECT_TRUE(status.expired());
+}
+
+/// A clock of a machine that has lost its time.
+class BrokenClock : public velk::common::Clock {
+public:
+    Duration now() const override { throw std::runtime_error{"no time"}; }
+    Duration cpuTime() const override { return {}; }
+    void sleepFor(Duration) override {}
+    void waitFor(std::condition_variable_any&, velk::common::MutexLock&, Duration) override {}
+};
+
+TEST_F(DataModelSchedulerTest, AStopRethrowsOnceWhatEndedTheScheduling) {
+    enter({EStatus::Mode});
+    BrokenClock broken;
+    DataModelScheduler failing{1, 100, 1, broken};
+    failing.initialize(model);
+    failing.start();
+    EXPECT_EQ(failureOf([&] { failing.stop(); }), "no time");
+    EXPECT_EQ(failureOf([&] { failing.stop(); }), "none");
+    failing.start();
+    EXPECT_EQ(failureOf([&] { failing.terminate(); }), "no time");
+    EXPECT_TRUE(failing.isInitialized());
+    failing.terminate();
+    EXPECT_FALSE(failing.isInitialized());
+}
+
+TEST_F(DataModelSchedulerTest, ADestructorPassesOverWhatEndedTheScheduling) {
+    const std::weak_ptr<RecordingHandler> status = enter({EStatus::Mode});
+    BrokenClock broken;
+    {
+        DataModelScheduler failing{1, 100, 1, broken};
+        failing.initialize(model);
+        failing.start();
+        model = {};
+    }
+    EXPECT_TRUE(status.expired());
+}
+
+TEST_F(DataModelSchedulerTest, WithoutWorkersNothingIsPolledAndAStopStillEndsIt) {
+    enter({EStatus::Mode});
+    testing::FakeClock byHand{testing::FakeClock::Passing::ByHand};
+    DataModelScheduler idle{0, 100, 1, byHand};
+    idle.initialize(model);
+    idle.start();
+    byHand.awaitBlocked(1);
+    EXPECT_EQ(byHand.waits().front(), std::chrono::milliseconds{500}) << "it waits for room";
+    std::thread owner{[&] { idle.stop(); }};
+    std::atomic<bool> stopped{false};
+    std::thread time{[&] {
+        while (!stopped) {
+            byHand.advance(std::chrono::milliseconds{500});
+            std::this_thread::yield();
+        }
+    }};
+    owner.join();
+    stopped = true;
+    time.join();
+    EXPECT_TRUE(log->calls().empty());
 }
 
 TEST_F(DataModelSchedulerTest, AStopEndsARestAtOnce) {

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <new>
 #include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <vector>
 
 namespace velk::powerdistribution::handlers {
@@ -11,12 +15,12 @@ namespace {
 /// Writes its name into a list for each value that it hears of.
 class NamedObserver : public IHandlerObserver {
 public:
-    explicit NamedObserver(std::string observerName = {}, std::vector<std::string>* list = nullptr) :
-        name{std::move(observerName)}, heard{list} {}
-    void onValueChanged(const Value&) override { heard->push_back(name); }
+    NamedObserver(const char* observerName, std::vector<std::string>* list) :
+        name{observerName}, heard{list} {}
+    void onValueChanged(const Value&) override { heard->emplace_back(name); }
 
 private:
-    std::string name;
+    const char* name;
     std::vector<std::string>* heard;
 };
 
@@ -26,10 +30,27 @@ public:
     void tell() const { notifyObservers(Value{1u}); }
 };
 
+/// Memory that a test can take away for a while: whoever looks at it then ends the program.
+class TakenMemory {
+public:
+    TakenMemory() :
+        size{static_cast<std::size_t>(sysconf(_SC_PAGESIZE))},
+        memory{mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)} {}
+    std::byte* begin() const { return static_cast<std::byte*>(memory); }
+    bool takeAway() const { return mprotect(memory, size, PROT_NONE) == 0; }
+    bool giveBack() const { return mprotect(memory, size, PROT_READ | PROT_WRITE) == 0; }
+
+private:
+    std::size_t size;
+    void* memory;
+};
+
 /// The observers that were the first in this process to be registered and to be unregistered.
 std::vector<std::string> heard;
-NamedObserver firstRegistered{"first registered", &heard};
-NamedObserver firstUnregistered{"first unregistered", &heard};
+const TakenMemory memoryOfTargets;
+NamedObserver& firstRegistered = *new (memoryOfTargets.begin()) NamedObserver{"first registered", &heard};
+NamedObserver& firstUnregistered =
+    *new (memoryOfTargets.begin() + 256) NamedObserver{"first unregistered", &heard};
 
 // Before any test runs, so that the targets of the process are known whatever tests are chosen.
 const bool targetsAreFixed = [] {
@@ -103,13 +124,19 @@ TEST_F(BaseHandlerTest, UnregisteringWithoutTheTargetChangesNothing) {
 }
 
 TEST_F(BaseHandlerTest, ATargetThatIsGoneIsOnlyAnAddress) {
-    // The targets outlive nothing here, but a handler that never held them must bear any order of calls.
-    TellingHandler fresh{EPath{}};
-    fresh.unregisterObserver(one);
-    fresh.registerObserver(one);
+    TellingHandler holder{EPath{}};
+    holder.registerObserver(one);
+    holder.registerObserver(firstUnregistered);
+    ASSERT_TRUE(memoryOfTargets.takeAway());
+    handler.registerObserver(one);
+    handler.registerObserver(two);
+    handler.unregisterObserver(one);
+    EXPECT_EQ(told(), (Names{"one", "two"}));
+    holder.unregisterObserver(two);
     heard.clear();
-    fresh.tell();
+    holder.tell();
     EXPECT_EQ(heard, Names{"one"});
+    ASSERT_TRUE(memoryOfTargets.giveBack());
 }
 
 } // namespace

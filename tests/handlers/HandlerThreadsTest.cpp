@@ -16,37 +16,77 @@ using testing::FakeConnector;
 
 constexpr int ROUNDS = 200;
 
-/// A device that notices when it is called by two at once.
+/// Long enough for another thread to come by, and often enough over all rounds.
+void giveOthersTheirTurn() {
+    for (int i = 0; i < 20; ++i) {
+        std::this_thread::yield();
+    }
+}
+
+/// What only one thread may enter at a time.
+class OneAtATime {
+public:
+    /// One stay inside.
+    class Visit {
+    public:
+        explicit Visit(OneAtATime& place) : visited{place} {
+            if (visited.inside.exchange(true)) {
+                visited.met = true;
+            }
+            giveOthersTheirTurn();
+        }
+        ~Visit() { visited.inside = false; }
+        Visit(const Visit&) = delete;
+        Visit& operator=(const Visit&) = delete;
+
+    private:
+        OneAtATime& visited;
+    };
+
+    /// Whether two have met inside.
+    bool overlap() const { return met; }
+
+private:
+    std::atomic<bool> inside{false};
+    std::atomic<bool> met{false};
+};
+
+/// A device in which only one thread may be.
 class OneAtATimeWrapper : public protocols::IValueWrapper {
 public:
-    explicit OneAtATimeWrapper(std::atomic<bool>& flag) : overlap{flag} {}
+    explicit OneAtATimeWrapper(OneAtATime& shared) : place{shared} {}
     bool isReadable() const override { return true; }
     bool isWritable() const override { return true; }
     Value read() const override {
-        const Visit visit{*this};
+        const OneAtATime::Visit visit{place};
         return Value{++count};
     }
     bool write(const Value&) override {
-        const Visit visit{*this};
+        const OneAtATime::Visit visit{place};
         return true;
     }
     protocols::DataConfig dataConfig() const override { return {}; }
 
 private:
-    struct Visit {
-        explicit Visit(const OneAtATimeWrapper& visited) : wrapper{visited} {
-            if (wrapper.inside.exchange(true)) {
-                wrapper.overlap = true;
-            }
-            std::this_thread::yield();
-        }
-        ~Visit() { wrapper.inside = false; }
-        const OneAtATimeWrapper& wrapper;
-    };
-
-    std::atomic<bool>& overlap;
-    mutable std::atomic<bool> inside{false};
+    OneAtATime& place;
     mutable std::uint32_t count{0};
+};
+
+/// A store in which only one thread of a handler may be.
+class OneAtATimeConnector : public FakeConnector {
+public:
+    explicit OneAtATimeConnector(OneAtATime& shared) : place{shared} {}
+    void init() override {
+        const OneAtATime::Visit visit{place};
+        FakeConnector::init();
+    }
+    void terminate() override {
+        const OneAtATime::Visit visit{place};
+        FakeConnector::terminate();
+    }
+
+private:
+    OneAtATime& place;
 };
 
 /// A device that stays in `write` until it is let go.
@@ -84,32 +124,32 @@ void runTogether(A a, B b) {
 }
 
 TEST(HandlerThreadsTest, APollAndAStoreEventOfASettingNeverMeetInTheDevice) {
-    std::atomic<bool> overlap{false};
+    OneAtATime place;
     const EPath path{ESetting::NominalVoltage};
     const auto connector = std::make_shared<FakeConnector>();
-    RWValueHandler handler{path, std::make_unique<OneAtATimeWrapper>(overlap), connector, false};
+    RWValueHandler handler{path, std::make_unique<OneAtATimeWrapper>(place), connector, false};
     runTogether([&] { handler.refresh(); }, [&] { connector->notify(path, Value{std::string{"x"}}); });
-    EXPECT_FALSE(overlap);
+    EXPECT_FALSE(place.overlap());
 }
 
 TEST(HandlerThreadsTest, ASecondInitializeMeetsARefresh) {
-    std::atomic<bool> overlap{false};
+    OneAtATime place;
     const EPath path{EStatus::Mode};
-    const auto connector = std::make_shared<FakeConnector>();
-    ROValueHandler handler{path, std::make_unique<OneAtATimeWrapper>(overlap), connector};
+    const auto connector = std::make_shared<OneAtATimeConnector>(place);
+    ROValueHandler handler{path, std::make_unique<OneAtATimeWrapper>(place), connector};
     runTogether([&] { handler.initialize(); }, [&] { handler.refresh(); });
     runTogether([&] { handler.terminate(); }, [&] { handler.refresh(); });
-    EXPECT_FALSE(overlap);
+    EXPECT_FALSE(place.overlap());
     EXPECT_EQ(connector->calls().count("init"), static_cast<std::size_t>(ROUNDS));
 }
 
 TEST(HandlerThreadsTest, AnActionMeetsASecondInitialize) {
-    std::atomic<bool> overlap{false};
+    OneAtATime place;
     const EPath path{EAction::StartTest};
-    const auto connector = std::make_shared<FakeConnector>();
-    WOValueHandler handler{path, std::make_unique<OneAtATimeWrapper>(overlap), connector, true, false};
+    const auto connector = std::make_shared<OneAtATimeConnector>(place);
+    WOValueHandler handler{path, std::make_unique<OneAtATimeWrapper>(place), connector, true, false};
     runTogether([&] { handler.initialize(); }, [&] { connector->notify(path, Value{true}); });
-    EXPECT_FALSE(overlap);
+    EXPECT_FALSE(place.overlap());
 }
 
 TEST(HandlerThreadsTest, TheDestructorOfASettingWaitsForARunningStoreEvent) {
@@ -144,8 +184,8 @@ TEST_F(TreeThreadsTest, CommunicationStateIsRefreshedByAWorkerAndByTheLifecycleA
     class OnceObserver : public IHandlerObserver {
     public:
         void onValueChanged(const Value&) override {
-            overlap = overlap || inside.exchange(true);
-            std::this_thread::yield();
+            overlap = inside.exchange(true) || overlap;
+            giveOthersTheirTurn();
             inside = false;
             ++count;
         }
