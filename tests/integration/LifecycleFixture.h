@@ -42,6 +42,7 @@ protected:
         device->factory = std::make_shared<FakeWrapperFactory>(device->uuid);
         device->found = true;
         device->onEnumerate = {};
+        device->makeFactory = {};
         std::ofstream{directory / "velk.json"}
             << R"({"maxRestTimeMs": 1, "maxCpuLoadPercent": 100, "protocolLibraries": [")" << plugin
             << "\"]}";
@@ -74,13 +75,31 @@ protected:
         manager = std::make_unique<velk::powerdistribution::PowerDistributionManager>();
         runner = std::thread{[this, listener = std::move(listener)] {
             try {
-                manager->exec({directory / "velk.json", listener,
-                               [this](std::uint32_t state) { serviceStates.push_back(state); }, &clock});
+                auto attributes = attributesOfRun();
+                attributes.onDeviceWrite = listener;
+                attributes.onServiceState = [this](std::uint32_t state) { tellState(state); };
+                manager->exec(std::move(attributes));
             } catch (const std::exception& error) {
                 failure = error.what();
+            } catch (...) {
+                failure = "no standard exception";
             }
             ended = true;
         }};
+    }
+
+    velk::powerdistribution::PowerDistributionManager::Attributes attributesOfRun() {
+        velk::powerdistribution::PowerDistributionManager::Attributes attributes;
+        attributes.path = directory / "velk.json";
+        attributes.clock = &clock;
+        return attributes;
+    }
+
+    void tellState(std::uint32_t state) {
+        serviceStates.push_back(state);
+        if (onServiceState) {
+            onServiceState(state);
+        }
     }
 
     /// True when the condition has come true, false when that takes more than half a minute.
@@ -162,9 +181,10 @@ protected:
     std::unique_ptr<velk::powerdistribution::PowerDistributionManager> manager;
     std::thread runner;
     std::atomic<bool> ended{false};
-    std::size_t passed{0};                    ///< pauses that the test has let pass
-    std::vector<std::uint32_t> serviceStates; ///< read after `finish`
-    std::string failure;                      ///< what left `exec`; read after `ended`
+    std::size_t passed{0};                             ///< pauses that the test has let pass
+    std::vector<std::uint32_t> serviceStates;          ///< read after `finish`
+    std::string failure;                               ///< what left `exec`; read after `ended`
+    std::function<void(std::uint32_t)> onServiceState; ///< run on the lifecycle's thread; set before `start`
 };
 
 } // namespace velk::testing

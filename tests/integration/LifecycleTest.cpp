@@ -1,5 +1,7 @@
 #include "tests/integration/LifecycleFixture.h"
 
+#include <chrono>
+#include <sstream>
 #include <utility>
 
 namespace velk::testing {
@@ -56,13 +58,61 @@ TEST_F(LifecycleTest, HostIsToldEachServiceStateAsItIsEntered) {
     EXPECT_EQ(serviceStates, (std::vector<std::uint32_t>{3, 16, 4, 5}));
 }
 
+TEST_F(LifecycleTest, EachServiceStateStandsInTheStoreAndThePollingGoesOnBetweenStartAndStop) {
+    FakePoint& mode = device->factory->point({EStatus::Mode});
+    std::vector<std::string> seen;
+    onServiceState = [&](std::uint32_t state) {
+        const std::size_t reads = mode.reads();
+        const bool polled =
+            (state == 16 || state == 4) && awaitThat([&] { return mode.reads() > reads + 1; });
+        std::ostringstream line;
+        line << manager->operatingStatus() << ' ' << store->value("PowerEquipment.Status.OperatingStatus")
+             << (polled ? " polled" : "");
+        seen.push_back(line.str());
+    };
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    finish();
+    EXPECT_EQ(seen, (std::vector<std::string>{"3 invalid", "16 16 polled", "4 4 polled", "5 5"}));
+}
+
+TEST_F(LifecycleTest, DeviceIsLetGoAfterThePollingAndBeforeTheLastReport) {
+    FakePoint& polled = device->factory->add({EStatus::Overload}, Value{false});
+    qz::CValue linkAtTheEnd;
+    onServiceState = [&](std::uint32_t state) {
+        if (state == 5) {
+            linkAtTheEnd = store->value("PowerDistribution.CommunicationStatus.State");
+        }
+    };
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    ASSERT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{2}}));
+    qz::CValue stateAtDisconnect;
+    std::size_t expectedReads = 0;
+    device->protocol.lock()->onDisconnect([&] {
+        stateAtDisconnect = store->value("PowerEquipment.Status.OperatingStatus");
+        link->setValue(Value{std::uint32_t{3}});
+        // A refresh of the last cycle may still be under way. Polling that went on would come by again and
+        // again: its longest rest is a millisecond.
+        expectedReads = polled.reads() + 1;
+        const auto patience = std::chrono::steady_clock::now() + std::chrono::milliseconds{50};
+        while (std::chrono::steady_clock::now() < patience && polled.reads() <= expectedReads) {
+            std::this_thread::yield();
+        }
+    });
+    finish();
+    EXPECT_EQ(stateAtDisconnect, qz::CValue{std::uint32_t{4}});
+    EXPECT_LE(polled.reads(), expectedReads);
+    EXPECT_EQ(linkAtTheEnd, qz::CValue{std::uint32_t{3}});
+}
+
 TEST_F(LifecycleTest, SecondExecReturnsAtOnceDuringAndAfterTheFirst) {
     start();
     ASSERT_TRUE(output.awaitState("MONITOR"));
-    manager->exec({directory / "velk.json", {}, {}, &clock});
+    manager->exec(attributesOfRun());
     EXPECT_EQ(countOf("DISCOVER"), 1U);
     finish();
-    manager->exec({directory / "velk.json", {}, {}, &clock});
+    manager->exec(attributesOfRun());
     EXPECT_EQ(countOf("DISCOVER"), 1U);
 }
 
@@ -143,6 +193,76 @@ TEST_F(LifecycleTest, DeviceWithoutIdentityIsBuiltOnEveryPass) {
     awaitLinkSeen();
     ASSERT_TRUE(runTo("MONITOR", 2));
     EXPECT_EQ(countOf("BUILD"), 2U);
+}
+
+TEST_F(LifecycleTest, EveryFactoryThatAModelWasBuiltWithLivesAsLongAsTheManager) {
+    /// What a plug-in makes anew at each enumeration.
+    class OwnFactory : public protocols::IWrapperFactory {
+    public:
+        explicit OwnFactory(std::shared_ptr<FakeWrapperFactory> shared) : points{std::move(shared)} {}
+        const velk::common::Uuid& protocolUuid() const override { return points->protocolUuid(); }
+        protocols::ValueWrapperPtr buildWrapper(const EPath& path) const override {
+            return points->buildWrapper(path);
+        }
+
+    private:
+        std::shared_ptr<FakeWrapperFactory> points;
+    };
+
+    std::vector<std::weak_ptr<OwnFactory>> made;
+    device->makeFactory = [&] {
+        auto factory = std::make_shared<OwnFactory>(device->factory);
+        made.push_back(factory);
+        return factory;
+    };
+    const auto loseAndRecover = [&](std::size_t times) {
+        link->setValue(Value{std::uint32_t{3}});
+        ASSERT_TRUE(runTo("WAIT_COMMUNICATION_RECOVERY", times));
+        link->setValue(Value{std::uint32_t{2}});
+        ASSERT_TRUE(runTo("MONITOR", times + 1));
+    };
+    const auto alive = [&] {
+        std::string marks;
+        for (const auto& factory : made) {
+            marks += factory.expired() ? '-' : 'x';
+        }
+        return marks;
+    };
+    start();
+    ASSERT_TRUE(output.awaitState("MONITOR"));
+    loseAndRecover(1);
+    EXPECT_EQ(alive(), "xx") << "the model's and the present one";
+    loseAndRecover(2);
+    EXPECT_EQ(alive(), "x-x") << "no model was built with the second";
+    device->factory->point({EProperty::Identification, EAttribute::FirmwareVersion})
+        .setValue(Value{std::string{"2.0"}});
+    loseAndRecover(3);
+    EXPECT_EQ(alive(), "x--x") << "handlers of the first model are still there";
+    finish();
+    EXPECT_EQ(alive(), "x--x");
+    manager.reset();
+    EXPECT_EQ(alive(), "----");
+    device->makeFactory = {};
+}
+
+TEST_F(LifecycleTest, FailedBuildIsClearedBeforeTheNextTry) {
+    FakePoint& model =
+        device->factory->add({EProperty::Identification, EAttribute::Model}, Value{std::string{"M"}});
+    device->factory->point({EStatus::Mode}).setValue(Value{2.0F}); // keeps the model from initialising
+    device->factory->throwOnBuild({EStatus::Overload}, "no answer");
+    ::testing::internal::CaptureStderr();
+    start();
+    ASSERT_TRUE(runTo("BUILD"));
+    ASSERT_TRUE(awaitPause());
+    FakePoint& location =
+        device->factory->add({EProperty::Identification, EAttribute::Location}, Value{std::string{"L"}});
+    device->factory->throwOnBuild({EStatus::Overload}, "");
+    ASSERT_TRUE(runTo("INITIALIZE"));
+    ASSERT_TRUE(awaitPause());
+    EXPECT_GT(location.reads(), 0U);
+    EXPECT_EQ(model.reads(), location.reads()) << "handlers of the failed build are initialised no more";
+    finish();
+    ::testing::internal::GetCapturedStderr();
 }
 
 TEST_F(LifecycleTest, FailingBuildIsTriedAgainUntilItWorks) {
@@ -281,6 +401,34 @@ TEST_F(LifecycleTest, SameActionRequestedTwiceStartsTwice) {
     store->write(path, qz::CValue{true});
     ASSERT_TRUE(awaitThat([&] { return test.writes() >= 2; }));
     EXPECT_EQ(test.written(), (std::vector<Value>{Value{true}, Value{true}}));
+}
+
+TEST_F(LifecycleTest, WhatIsNoStandardExceptionLeavesExecFromTheInitialisation) {
+    /// A device whose mode cannot be asked for.
+    class OddFactory : public FakeWrapperFactory {
+    public:
+        protocols::ValueWrapperPtr buildWrapper(const EPath& path) const override {
+            class Odd : public FakeWrapper {
+            public:
+                using FakeWrapper::FakeWrapper;
+                Value read() const override { throw 42; }
+            };
+            const bool isMode = path == EPath{EStatus::Mode};
+            return isMode ? std::make_unique<Odd>(std::make_shared<FakePoint>())
+                          : FakeWrapperFactory::buildWrapper(path);
+        }
+    };
+
+    device->makeFactory = [] { return std::make_shared<OddFactory>(); };
+    ::testing::internal::CaptureStderr();
+    start();
+    runner.join();
+    EXPECT_EQ(failure, "no standard exception");
+    EXPECT_EQ(output.states(), "DISCOVER ENUMERATE BUILD INITIALIZE");
+    manager.reset();
+    EXPECT_EQ(device->log->calls().back(), "protocol.destroyed");
+    device->makeFactory = {};
+    ::testing::internal::GetCapturedStderr();
 }
 
 TEST_F(LifecycleTest, ExceptionOfAPluginLeavesExecAndTheManagerCanBeDestroyed) {

@@ -19,7 +19,9 @@ struct ScriptedDevice {
     std::shared_ptr<FakeWrapperFactory> factory;
     std::weak_ptr<FakeProtocol> protocol; ///< the one made last; gone with its manager
     std::function<void()> onEnumerate;    ///< run when a wrapper factory is asked for
-    bool found{true};                     ///< what the next protocol answers to `discover`
+    /// Makes what is given instead of `factory` then; empty for `factory` itself.
+    std::function<std::shared_ptr<velk::powerdistribution::protocols::IWrapperFactory>()> makeFactory;
+    bool found{true}; ///< what the next protocol answers to `discover`
 };
 
 } // namespace velk::testing

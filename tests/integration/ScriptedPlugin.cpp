@@ -50,7 +50,7 @@ public:
         if (device().onEnumerate) {
             device().onEnumerate();
         }
-        return device().factory;
+        return device().makeFactory ? device().makeFactory() : device().factory;
     }
 };
 
