@@ -43,10 +43,21 @@ function(velk_add_plugin name)
     install(TARGETS plugin_${name} LIBRARY DESTINATION ${VELK_INSTALL_PLUGINDIR})
 endfunction()
 
-# velk_add_test(NAME SOURCES... LINK targets...): one GoogleTest program; each of its tests is a test of ctest.
+option(VELK_TESTS_WITH_THREADS_ONLY "Leave out the tests in which nothing runs in parallel" OFF)
+
+# velk_add_test(NAME SOURCES... [SEQUENTIAL sources...] [ALONE sources...] LINK targets...): one GoogleTest program; each of
+# its tests is a test of ctest. SEQUENTIAL: one thread only, so ThreadSanitizer has nothing to see in them. ALONE: local
+# names that others of the program have too.
 function(velk_add_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "LINK;LABELS" ${ARGN})
-    add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
+    cmake_parse_arguments(ARG "" "TIMEOUT" "LINK;LABELS;SEQUENTIAL;ALONE" ${ARGN})
+    set(sources ${ARG_UNPARSED_ARGUMENTS})
+    if(NOT VELK_TESTS_WITH_THREADS_ONLY)
+        list(APPEND sources ${ARG_SEQUENTIAL})
+    elseif(NOT sources OR "no-threads" IN_LIST ARG_LABELS)
+        return()
+    endif()
+    add_executable(${name} ${sources})
+    velk_compile_together(${name} ALONE ${ARG_ALONE})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
     # The folders' archives may need each other in any order.
     set(folders ${ARG_LINK})
