@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstddef>
+
+namespace velk::kit {
+
+/// How many threads this process has.
+std::size_t threadsOfThisProcess();
+
+} // namespace velk::kit
