@@ -17,7 +17,7 @@ struct CommandForValue {
 struct Codec {
     Decode decode;
     /// The usual words of a setting that is written as one; empty for numbers. The first that reads as the
-    /// value asked for is written, unless the server lists the words that it allows.
+    /// value asked for and fits is written, unless the server lists the words that it allows.
     std::vector<std::string> words;
     std::vector<CommandForValue> commands; ///< usually none
 };

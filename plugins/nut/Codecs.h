@@ -25,7 +25,7 @@ inline Codec source() {
     return {decodeSource, {}, {}};
 }
 inline Codec sensitivity() {
-    return {decodeSensitivity, {"normal", "high", "low"}, {}};
+    return {decodeSensitivity, {"normal", "high", "low", "M", "H", "L"}, {}};
 }
 inline Codec beeper() {
     return {decodeBeeper,

@@ -173,7 +173,7 @@ Value decodeBeeper(const std::string& text) {
 
 Value decodeSensitivity(const std::string& text) {
     const std::string word = lowerCase(collapsed(text));
-    if (isOneOf(word, {"normal", "medium", "auto"})) {
+    if (isOneOf(word, {"normal", "medium", "auto", "m"})) {
         return stateOf(SensitivityMode::Normal);
     }
     if (isOneOf(word, {"high", "h"})) {

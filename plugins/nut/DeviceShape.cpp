@@ -87,7 +87,9 @@ std::uint32_t phaseCount(const Snapshot& snapshot, std::string_view circuit) {
     constexpr std::uint32_t MOST_PHASES = 3;
     const std::string prefix{circuit};
     const auto given = countIn(snapshot, prefix + "phases", MOST_PHASES);
-    return given && *given > 0 ? *given : std::min(highestIndex(snapshot, prefix + "L", ".-"), MOST_PHASES);
+    // Without data of its own a phase would be a part of the tree with nothing in it.
+    const std::uint32_t known = highestIndex(snapshot, prefix + "L", ".-");
+    return std::min(known, given && *given > 0 ? *given : MOST_PHASES);
 }
 
 std::uint32_t storageModuleCount(const Snapshot& snapshot) {

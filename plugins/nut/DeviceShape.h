@@ -20,7 +20,8 @@ std::uint32_t inputCount(const Snapshot& snapshot);
 std::uint32_t outputCount(const Snapshot& snapshot);
 std::uint32_t outletCount(const Snapshot& snapshot);
 std::uint32_t branchCount(const Snapshot& snapshot);
-/// Phases of the circuit whose variables begin with `circuit`, such as "input.bypass.".
+/// Phases with variables of their own, of the circuit whose variables begin with `circuit`, such as
+/// "input.bypass."; at most as many as the device says.
 std::uint32_t phaseCount(const Snapshot& snapshot, std::string_view circuit);
 std::uint32_t storageModuleCount(const Snapshot& snapshot);
 

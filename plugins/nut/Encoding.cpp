@@ -31,16 +31,26 @@ std::string booleanWord(bool asked, const std::string& present) {
     return std::string{asked ? style.first : style.second};
 }
 
-/// The first of `words` that reads as `asked`, or an empty text.
-std::string wordFor(const Codec& codec, const Value& asked, const std::vector<std::string>& words) {
-    const auto word =
-        std::find_if(words.begin(), words.end(), [&](const auto& w) { return codec.decode(w) == asked; });
-    return word == words.end() ? std::string{} : *word;
+/// The first of `words` that reads as `asked` and fits, or else that reads as `asked`, or an empty text.
+std::string wordFor(const Codec& codec, const Value& asked, const std::vector<std::string>& words,
+                    const VariableLimits& limits) {
+    std::string first;
+    for (const std::string& word : words) {
+        if (!(codec.decode(word) == asked)) {
+            continue;
+        }
+        if (!limits.maxLength || word.size() <= *limits.maxLength) {
+            return word;
+        }
+        first = first.empty() ? word : first;
+    }
+    return first;
 }
 
-std::string freeText(const Codec& codec, const Value& asked, const std::string& present) {
+std::string freeText(const Codec& codec, const Value& asked, const std::string& present,
+                     const VariableLimits& limits) {
     if (!codec.words.empty()) {
-        return wordFor(codec, asked, codec.words);
+        return wordFor(codec, asked, codec.words, limits);
     }
     if (const auto* flag = asked.getIf<bool>()) {
         return booleanWord(*flag, present);
@@ -83,8 +93,8 @@ void requireAllowed(const std::string& text, const VariableLimits& limits) {
 
 std::string encode(const Codec& codec, const Value& asked, const std::string& present,
                    const VariableLimits& limits) {
-    std::string text =
-        limits.words.empty() ? freeText(codec, asked, present) : wordFor(codec, asked, limits.words);
+    std::string text = limits.words.empty() ? freeText(codec, asked, present, limits)
+                                            : wordFor(codec, asked, limits.words, limits);
     // What does not read as the value asked for is of another type, out of bounds or no word of the device.
     if (text.empty() || !(codec.decode(text) == asked)) {
         throw std::runtime_error{forPeople(asked) + " is no value that the device takes"};

@@ -73,7 +73,7 @@ TEST(DecodersTest, BeeperHasThreeStates) {
 }
 
 TEST(DecodersTest, SensitivityHasWordsAndLetters) {
-    for (const char* text : {"normal", "medium", "auto"}) {
+    for (const char* text : {"normal", "medium", "auto", "M"}) {
         EXPECT_EQ(decodeSensitivity(text), number(1));
     }
     EXPECT_EQ(decodeSensitivity("H"), number(2));

@@ -40,6 +40,14 @@ TEST(EncodingTest, StateIsWrittenAsTheWordThatTheServerLists) {
     EXPECT_EQ(encoded(sensitivity(), std::uint32_t{1}, "L", limits), "medium");
 }
 
+TEST(EncodingTest, StateIsWrittenAsALetterWhereNoWordFits) {
+    VariableLimits limits;
+    limits.maxLength = 1;
+    EXPECT_EQ(encoded(sensitivity(), std::uint32_t{1}, "normal", limits), "M");
+    EXPECT_EQ(encoded(sensitivity(), std::uint32_t{2}, "M", limits), "H");
+    EXPECT_EQ(encoded(sensitivity(), std::uint32_t{3}, "M", limits), "L");
+}
+
 TEST(EncodingTest, NumberIsWrittenAsTheServerSpellsIt) {
     VariableLimits limits;
     limits.words = {"010", "020", "030"};

@@ -119,6 +119,17 @@ TEST(MappingTest, PhasesHaveVoltagesAgainstNeutralAndEachOther) {
     EXPECT_EQ(device.read(outputs + 2U + EMeasurement::PercentLoad), quantity(27));
 }
 
+TEST(MappingTest, PhasesWithoutDataOfTheirOwnAreNotCounted) {
+    const ServedDevice device{{{"input.phases", "1"},
+                               {"input.voltage", "231"},
+                               {"output.phases", "2"},
+                               {"output.L1.current", "4"},
+                               {"output.L2.current", "5"},
+                               {"output.L3.current", "6"}}};
+    EXPECT_FALSE(device.serves({ECircuit::Inputs, 1U, ECircuit::Phases, EAttribute::Count}));
+    EXPECT_EQ(device.read({ECircuit::Outputs, 1U, ECircuit::Phases, EAttribute::Count}), number(2));
+}
+
 TEST(MappingTest, SumOfTheOutletsIsTheOutputOfADistributionUnit) {
     const ServedDevice device{{{"device.type", "pdu"}, {"outlet.current", "7.35"}, {"ups.status", ""}}};
     EXPECT_EQ(device.read({ECircuit::Outputs, EAttribute::Count}), number(1));
