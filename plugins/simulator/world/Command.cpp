@@ -18,6 +18,11 @@ constexpr std::uint32_t MOST_LOG_ENTRIES = 100'000;
 constexpr double LONGEST_ADVANCE_S = 31.0 * 24 * 3600;
 constexpr double HIGHEST_SPEED = 100'000;
 
+template <typename Order>
+Command onPanel(Order order) {
+    return Command{std::in_place_type<PanelCommand>, std::in_place_type<Order>, std::move(order)};
+}
+
 std::optional<std::uint32_t> indexIn(Members& members, std::string_view name) {
     const Node* member = members.find(name);
     return member == nullptr ? std::nullopt : std::optional{countOf(*member, 1, MOST_ITEMS)};
@@ -57,7 +62,7 @@ Command readMains(Members& members) {
     if (!command.state && !command.voltage && !command.frequency) {
         refuse(members.object(), "needs a member \"state\", \"voltage\" or \"frequency\"");
     }
-    return command;
+    return onPanel(std::move(command));
 }
 
 Command readLoad(Members& members) {
@@ -73,7 +78,7 @@ Command readLoad(Members& members) {
     if (command.outlet && command.output) {
         refuse(members.object(), "has both of the members \"outlet\" and \"output\", of which it needs one");
     }
-    return command;
+    return onPanel(std::move(command));
 }
 
 Command readBattery(Members& members) {
@@ -83,10 +88,9 @@ Command readBattery(Members& members) {
     command.present = flagIn(members, "present");
     command.temperature = numberIn(members, "temperature", -50, 150);
     if (!command.charge && !command.failed && !command.present && !command.temperature) {
-        refuse(members.object(),
-               "needs a member \"charge\", \"failed\", \"present\" or \"temperature\"");
+        refuse(members.object(), "needs a member \"charge\", \"failed\", \"present\" or \"temperature\"");
     }
-    return command;
+    return onPanel(std::move(command));
 }
 
 Scalar scalarOf(const Node& node) {
@@ -106,19 +110,19 @@ Scalar scalarOf(const Node& node) {
 
 Command readSet(Members& members) {
     std::string path = pathIn(members);
-    return SetCommand{std::move(path), scalarOf(members.need("value", "what it is to be set to"))};
+    return onPanel(SetCommand{std::move(path), scalarOf(members.need("value", "what it is to be set to"))});
 }
 
 Command readAction(Members& members) {
-    return ActionCommand{pathIn(members)};
+    return onPanel(ActionCommand{pathIn(members)});
 }
 
 Command readGet(Members& members) {
-    return GetCommand{pathIn(members)};
+    return onPanel(GetCommand{pathIn(members)});
 }
 
 Command readPoints(Members& /*members*/) {
-    return PointsCommand{};
+    return onPanel(PointsCommand{});
 }
 
 Command readLog(Members& members) {
@@ -131,7 +135,7 @@ Command readLog(Members& members) {
     if (command.add == 0 && !command.wrap && !command.restart) {
         refuse(members.object(), "needs a member \"add\", how many entries, \"wrap\" or \"restart\", true");
     }
-    return command;
+    return onPanel(std::move(command));
 }
 
 Command readClear(Members& members) {
@@ -149,7 +153,7 @@ Command readIdentity(Members& members) {
         refuse(members.object(),
                "needs a member \"serialNumber\", \"firmwareVersion\", \"uuid\" or \"model\"");
     }
-    return command;
+    return onPanel(std::move(command));
 }
 
 Command readCounts(Members& members) {
@@ -160,7 +164,7 @@ Command readCounts(Members& members) {
     if (command.counts.empty()) {
         refuse(members.object(), "needs a member named as a collection, such as \"Outlets\", with its count");
     }
-    return command;
+    return onPanel(std::move(command));
 }
 
 Command readAdvance(Members& members) {
@@ -186,8 +190,9 @@ Command readStatus(Members& /*members*/) {
     return StatusCommand{};
 }
 
-Command readFollow(Members& /*members*/) {
-    return FollowCommand{};
+Command readFollow(Members& members) {
+    const Node* from = members.find("from");
+    return FollowCommand{from == nullptr ? 0 : from->asUint32()};
 }
 
 using Read = Command (*)(Members&);
@@ -218,10 +223,12 @@ const Words<Read>& verbs() {
 }
 // clang-format on
 
-/// Whether a client alone can give the command: it waits for time to pass, or for an answer.
+/// Whether a client alone can give the command: it asks for an answer, or moves the scenario's own time.
 bool isOfClients(const Command& command) {
-    return std::holds_alternative<AdvanceCommand>(command) || std::holds_alternative<GetCommand>(command) ||
-           std::holds_alternative<PointsCommand>(command) || std::holds_alternative<PlayCommand>(command) ||
+    if (const auto* order = std::get_if<PanelCommand>(&command)) {
+        return std::holds_alternative<GetCommand>(*order) || std::holds_alternative<PointsCommand>(*order);
+    }
+    return std::holds_alternative<AdvanceCommand>(command) || std::holds_alternative<PlayCommand>(command) ||
            std::holds_alternative<StatusCommand>(command) || std::holds_alternative<FollowCommand>(command);
 }
 

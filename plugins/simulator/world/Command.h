@@ -71,12 +71,17 @@ struct SayCommand {
 /// Asks how time, link, faults and scenario stand.
 struct StatusCommand {};
 
-/// Asks to be sent the headlines of the scenario as they come.
-struct FollowCommand {};
+/// Asks to be sent the headlines of the scenario as they come, beginning with number `from`.
+struct FollowCommand {
+    std::uint32_t from{0}; ///< 0: also what was said before, so that a late client knows the story
+};
 
-using Command = std::variant<MainsOrder, LoadOrder, BatteryOrder, IdentityOrder, SetCommand, ActionCommand,
-                             GetCommand, PointsCommand, LogCommand, FaultCommand, ClearCommand, CountsCommand, AdvanceCommand, SpeedCommand, PlayCommand, SayCommand,
-                             StatusCommand, FollowCommand>;
+/// What is done to the device itself.
+using PanelCommand = std::variant<MainsOrder, LoadOrder, BatteryOrder, IdentityOrder, SetCommand,
+                                  ActionCommand, GetCommand, PointsCommand, LogCommand, CountsCommand>;
+
+using Command = std::variant<PanelCommand, FaultCommand, ClearCommand, AdvanceCommand, SpeedCommand,
+                             PlayCommand, SayCommand, StatusCommand, FollowCommand>;
 
 /// Reads a command from a JSON object. Throws JsonError that names the member, and what was expected.
 Command readCommand(const velk::common::lwjson::Node& node);

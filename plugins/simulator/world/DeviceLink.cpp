@@ -84,10 +84,6 @@ bool DeviceLink::tell(const std::string& path, const Value& value) {
            !faults->has(FaultKind::Bootloader) && device->write(path, value, Origin::Remote);
 }
 
-std::map<std::string, PointInfo> DeviceLink::points() const {
-    return device->with([](Model& model) { return model.points(); });
-}
-
 void DeviceLink::noticeFaults() {
     const MutexLock lock{mutex};
     if (!faults->has(FaultKind::Flapping)) {
@@ -112,8 +108,7 @@ bool DeviceLink::isUp() const {
     if (!faults->has(FaultKind::Silent)) {
         silenceNoticed = false;
     }
-    const bool up =
-        connected && !silenceNoticed && !faults->has(FaultKind::LinkLost) && !isFlappedDown();
+    const bool up = connected && !silenceNoticed && !faults->has(FaultKind::LinkLost) && !isFlappedDown();
     if (up != wasUp) {
         since = conv::UnixTime::now();
         wasUp = up;

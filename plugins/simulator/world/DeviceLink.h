@@ -17,8 +17,8 @@
 
 namespace velk::simulator {
 
-/// The wire between the plug-in and the device. Questions wait here when the device is slow or silent, without
-/// a lock over the device, and end at once when the link is let go.
+/// The wire between the plug-in and the device. Questions wait here when the device is slow or silent,
+/// without a lock over the device, and end at once when the link is let go.
 ///
 /// Threads: any.
 class DeviceLink {
@@ -43,11 +43,8 @@ public:
     /// False when the device does not take it or cannot be reached.
     bool tell(const std::string& path, const Value& value) VELK_EXCLUDES(mutex);
 
-    /// What the device has told of the data point when it was last connected, for which nothing goes over the
-    /// link; empty when it does not have it.
-    std::optional<PointInfo> point(const std::string& path) const { return device->point(path); }
-    const DeviceDescription& description() const { return device->description(); }
-    std::map<std::string, PointInfo> points() const;
+    /// What the device has told of itself when it was connected: known while it cannot be reached.
+    std::shared_ptr<const Shape> shape() const { return device->shape(); }
 
     /// To be called after every change of the faults: whoever waits for the device looks again.
     void noticeFaults() VELK_EXCLUDES(mutex);

@@ -136,4 +136,21 @@ std::string to_string(Operation operation) {
     return wordFor(operation, operations());
 }
 
+std::string describe(const Fault& fault) {
+    std::string text = to_string(fault.kind);
+    if (fault.kind == FaultKind::Throw) {
+        text += " from " + to_string(fault.operation);
+    }
+    if (!fault.path.empty()) {
+        text += " of " + fault.path;
+    }
+    if (fault.time.count() > 0) {
+        text += ", " + std::to_string(fault.time.count()) + " ms";
+    }
+    if (fault.times) {
+        text += ", " + std::to_string(*fault.times) + " times";
+    }
+    return text;
+}
+
 } // namespace velk::simulator

@@ -45,8 +45,8 @@ enum class Operation : std::uint8_t {
 /// One fault as a command, a scenario or the configuration states it. A plain value.
 struct Fault {
     FaultKind kind{FaultKind::LinkLost};
-    std::chrono::milliseconds time{0}; ///< `Slow`: a read's length; `Flapping`: half a period, simulated
-    std::string path;                  ///< of data points, `*` for any text; empty for all
+    std::chrono::milliseconds time{0};    ///< `Slow`: a read's length; `Flapping`: half a period, simulated
+    std::string path;                     ///< of data points, `*` for any text; empty for all
     Operation operation{Operation::Read}; ///< `Throw` alone, as is what follows
     std::optional<std::uint32_t> times;   ///< how often; empty for always
     std::string what;                     ///< the exception's text
@@ -68,5 +68,8 @@ FaultKind readFaultKind(const velk::common::lwjson::Node& node);
 std::string to_string(FaultKind kind);
 /// Likewise of the operation.
 std::string to_string(Operation operation);
+
+/// One line for people: "slow, 50 ms", "throw from read of Inputs.*, 2 times".
+std::string describe(const Fault& fault);
 
 } // namespace velk::simulator

@@ -65,6 +65,11 @@ bool FaultTable::concerns(FaultKind kind, const std::string& point) const {
                        [&](const Fault& fault) { return fault.kind == kind && fault.concerns(point); });
 }
 
+std::vector<Fault> FaultTable::all() const {
+    const MutexLock lock{mutex};
+    return faults;
+}
+
 void FaultTable::throwIf(Operation operation, const std::string& point) {
     if (isEmpty) {
         return;

@@ -29,6 +29,8 @@ public:
     /// Whether there is one of this kind for the data point.
     bool concerns(FaultKind kind, const std::string& point) const VELK_EXCLUDES(mutex);
 
+    std::vector<Fault> all() const VELK_EXCLUDES(mutex);
+
     /// Throws what the first fault of this operation, and of this data point, says: a std::runtime_error or a
     /// `ForeignException`. A fault that has been used as often as it says is gone.
     void throwIf(Operation operation, const std::string& point = {}) VELK_EXCLUDES(mutex);

@@ -35,10 +35,13 @@ std::size_t Headlines::next() const {
     return dropped + lines.size();
 }
 
-std::vector<std::string> Headlines::since(std::size_t first) const {
+std::size_t Headlines::append(std::size_t first, std::string& text) const {
     const MutexLock lock{mutex};
     const std::size_t skipped = first < dropped ? 0 : std::min(first - dropped, lines.size());
-    return {lines.begin() + static_cast<std::ptrdiff_t>(skipped), lines.end()};
+    for (auto line = lines.begin() + static_cast<std::ptrdiff_t>(skipped); line != lines.end(); ++line) {
+        text += *line + "\n";
+    }
+    return dropped + lines.size();
 }
 
 void Headlines::add(std::string line) {

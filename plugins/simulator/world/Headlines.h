@@ -8,7 +8,6 @@
 #include <deque>
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace velk::simulator {
 
@@ -27,8 +26,9 @@ public:
 
     /// Number that the next line gets.
     std::size_t next() const VELK_EXCLUDES(mutex);
-    /// The lines from number `first` on, as far as they are kept.
-    std::vector<std::string> since(std::size_t first) const VELK_EXCLUDES(mutex);
+    /// Appends the lines from number `first` on, as far as they are kept, with their line ends; gives the
+    /// number of the line after them.
+    std::size_t append(std::size_t first, std::string& text) const VELK_EXCLUDES(mutex);
 
 private:
     void add(std::string line) VELK_EXCLUDES(mutex);

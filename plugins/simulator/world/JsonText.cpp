@@ -3,12 +3,8 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdint>
 
 namespace velk::simulator {
-
-using powerdistribution::InternalLogChunk;
-using powerdistribution::Value;
 
 namespace {
 
@@ -18,7 +14,12 @@ constexpr std::string_view REPLACEMENT = "\xEF\xBF\xBD";
 std::size_t sequenceLength(std::string_view text) {
     const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };
     const unsigned char lead = byte(0);
-    const std::size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+    const std::size_t length = lead < 0x80   ? 1
+                               : lead < 0xC2 ? 0
+                               : lead < 0xE0 ? 2
+                               : lead < 0xF0 ? 3
+                               : lead < 0xF5 ? 4
+                                             : 0;
     if (length > text.size()) {
         return 0;
     }
@@ -63,17 +64,6 @@ std::string shortest(T number) {
     return {text.data(), end};
 }
 
-std::string jsonLog(const InternalLogChunk& chunk) {
-    std::string text = "[";
-    for (const auto& entry : chunk.entries()) {
-        text += text.size() == 1 ? "" : ",";
-        text += "{\"id\":" + std::to_string(entry.id) + ",\"date\":" + jsonText(entry.date.toIso8601()) +
-                ",\"code\":" + std::to_string(entry.code) + ",\"severity\":" + std::to_string(entry.severity) +
-                "}";
-    }
-    return text + "]";
-}
-
 } // namespace
 
 std::string jsonText(std::string_view text) {
@@ -98,31 +88,6 @@ std::string jsonNumber(float number) {
 
 std::string jsonNumber(double number) {
     return shortest(number);
-}
-
-std::string jsonValue(const Value& value) {
-    if (const auto* flag = value.getIf<bool>()) {
-        return *flag ? "true" : "false";
-    }
-    if (const auto* number = value.getIf<std::int32_t>()) {
-        return std::to_string(*number);
-    }
-    if (const auto* number = value.getIf<std::uint32_t>()) {
-        return std::to_string(*number);
-    }
-    if (const auto* number = value.getIf<float>()) {
-        return jsonNumber(*number);
-    }
-    if (const auto* time = value.getIf<conv::UnixTime>()) {
-        return jsonText(time->toIso8601());
-    }
-    if (const auto* text = value.getIf<std::string>()) {
-        return jsonText(*text);
-    }
-    if (const auto* log = value.getIf<InternalLogChunk>()) {
-        return jsonLog(*log);
-    }
-    return "null";
 }
 
 } // namespace velk::simulator

@@ -10,7 +10,8 @@
 
 namespace velk::simulator {
 
-/// Ends the reading of a JSON text: throws JsonError with the place of `node`; the reason begins with its name.
+/// Ends the reading of a JSON text: throws JsonError with the place of `node`; the reason begins with its
+/// name.
 [[noreturn]] void refuse(const velk::common::lwjson::Node& node, const std::string& reason);
 
 /// The names quoted and enumerated: "a", "b" or "c".

@@ -23,8 +23,8 @@ constexpr double LATEST_STEP_S = 366.0 * 24 * 3600;
 Scenario::Step readStep(const Node& node) {
     Members members{node};
     Scenario::Step step;
-    const double at = numberOf(members.need("at", "its time in simulated seconds from the start"), 0,
-                               LATEST_STEP_S);
+    const double at =
+        numberOf(members.need("at", "its time in simulated seconds from the start"), 0, LATEST_STEP_S);
     step.at = std::chrono::milliseconds{std::llround(at * 1000)};
     if (const Node* say = members.find("say")) {
         step.say = textOf(*say);

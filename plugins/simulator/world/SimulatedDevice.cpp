@@ -36,4 +36,18 @@ std::optional<PointInfo> SimulatedDevice::point(const std::string& path) const {
     return info == nullptr ? std::nullopt : std::optional{*info};
 }
 
+std::shared_ptr<const Shape> SimulatedDevice::shape() {
+    const MutexLock lock{mutex};
+    if (!knownShape) {
+        knownShape = std::make_shared<const Shape>(model.points());
+    }
+    return knownShape;
+}
+
+void SimulatedDevice::setCounts(const std::map<std::string, std::uint32_t>& counts) {
+    const MutexLock lock{mutex};
+    model.setCounts(counts);
+    knownShape.reset();
+}
+
 } // namespace velk::simulator

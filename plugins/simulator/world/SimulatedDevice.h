@@ -6,12 +6,15 @@
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
 namespace velk::simulator {
+
+/// The data points that a device has, by path.
+using Shape = std::map<std::string, PointInfo>;
 
 /// The model behind one lock, with the time that has passed for it.
 /// Threads: any.
@@ -32,6 +35,10 @@ public:
     bool write(const std::string& path, const Value& value, Origin origin) VELK_EXCLUDES(mutex);
     /// Empty for a path that is not served.
     std::optional<PointInfo> point(const std::string& path) const VELK_EXCLUDES(mutex);
+    /// Everything that is served. Shared by all who ask until the counts change.
+    std::shared_ptr<const Shape> shape() VELK_EXCLUDES(mutex);
+    /// As the model's operation of that name.
+    void setCounts(const std::map<std::string, std::uint32_t>& counts) VELK_EXCLUDES(mutex);
 
     /// Works on the model under the lock; what `work` gives comes back.
     template <typename Work>
@@ -45,6 +52,7 @@ private:
     mutable velk::common::Mutex mutex;
     Model model VELK_GUARDED_BY(mutex);
     Time time VELK_GUARDED_BY(mutex){0};
+    std::shared_ptr<const Shape> knownShape VELK_GUARDED_BY(mutex);
 };
 
 } // namespace velk::simulator

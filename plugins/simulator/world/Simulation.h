@@ -17,6 +17,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace velk::simulator {
 
@@ -29,10 +30,10 @@ public:
     using Time = SimulatedDevice::Time;
 
     struct Options {
-        double speed{1};              ///< simulated seconds a real second; 0: by `advance` alone
-        Time tick{100};               ///< length of one step
-        std::filesystem::path folder; ///< where scenarios are looked for
-        std::optional<Scenario> scenario; ///< played from the start
+        double speed{1}; ///< simulated seconds a real second; 0: by `advance` alone
+        Time tick{100};  ///< length of one step
+        std::vector<std::filesystem::path> folders; ///< where scenarios are looked for, in this order
+        std::optional<Scenario> scenario;           ///< played from the start
     };
 
     Simulation(Options settings, std::shared_ptr<SimulatedDevice> world, std::shared_ptr<FaultTable> present,
@@ -52,7 +53,6 @@ public:
     Headlines& headlines() { return said; }
 
 private:
-    class Executor;
     struct Play {
         Scenario scenario;
         Time begun{0};
@@ -69,7 +69,7 @@ private:
     std::string statusText() VELK_REQUIRES(mutex);
 
     const Time tickLength;
-    const std::filesystem::path folder;
+    const std::vector<std::filesystem::path> folders;
     const std::shared_ptr<SimulatedDevice> device;
     const std::shared_ptr<FaultTable> faults;
     const std::shared_ptr<DeviceLink> link;

@@ -1,0 +1,28 @@
+// What loads are plugged into.
+
+#include "plugins/simulator/tables/Tables.h"
+#include "powerdistribution/core/Paths.h"
+#include "powerdistribution/core/Vocabulary.h"
+
+namespace velk::simulator {
+
+using namespace powerdistribution;
+
+void addOutletRows(Rows& rows) {
+    const EPath outlets{ECircuit::Outlets};
+    const EPath outlet = outlets + oneTo(128);
+    // clang-format off
+    const Rows table{
+        {outlets + EAttribute::Count,               remembered},
+        {outlet + ESpecification::Switchable,         own},
+        {outlet + ESpecification::ConnectorType,      own},
+        {outlet + ESpecification::PowerCycleDuration, own},
+    };
+    // clang-format on
+    rows.insert(rows.end(), table.begin(), table.end());
+    addCircuitRows(rows, outlet);
+    addSwitchRows(rows, outlet);
+    addPhaseRows(rows, outlet);
+}
+
+} // namespace velk::simulator

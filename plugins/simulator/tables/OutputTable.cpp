@@ -1,0 +1,22 @@
+// Where the power goes: outputs, and the branches of a distribution.
+
+#include "plugins/simulator/tables/Tables.h"
+#include "powerdistribution/core/Paths.h"
+#include "powerdistribution/core/Vocabulary.h"
+
+namespace velk::simulator {
+
+using namespace powerdistribution;
+
+void addOutputRows(Rows& rows) {
+    for (const ECircuit kind : {ECircuit::Outputs, ECircuit::Branches}) {
+        const EPath collection{kind};
+        const EPath circuit = collection + oneTo(128);
+        rows.push_back({collection + EAttribute::Count, remembered});
+        addCircuitRows(rows, circuit);
+        addSwitchRows(rows, circuit);
+        addPhaseRows(rows, circuit);
+    }
+}
+
+} // namespace velk::simulator
