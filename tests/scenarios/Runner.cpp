@@ -47,7 +47,6 @@ Runner::Runner(const fs::path& file, const Variables& variant) :
     simulator{folder / "sim.sock"},
     life{storeUrl} {
     eye.client(); // a store in memory lives as long as somebody has it open
-    pretendDevice();
 }
 
 Runner::~Runner() {
@@ -92,13 +91,16 @@ void Runner::await(const Condition& condition, const Describe& describe) const {
     }
 }
 
-/// The scripted plug-in, when the scenario has it, finds a small device of its own.
+/// The scripted plug-in, when the scenario has it, finds a small device of its own. It has the alarm file
+/// "alarms.json" of the scenario's folder, if that is there.
 void Runner::pretendDevice() {
     namespace pd = velk::powerdistribution;
     if (std::find(scenario.plugins.begin(), scenario.plugins.end(), "scripted") == scenario.plugins.end()) {
         return;
     }
-    scriptedPlugin = dlopen(VELK_SCRIPTED_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+    if (scriptedPlugin == nullptr) {
+        scriptedPlugin = dlopen(VELK_SCRIPTED_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+    }
     if (scriptedPlugin == nullptr) {
         fail(dlerror());
     }
@@ -114,6 +116,10 @@ void Runner::pretendDevice() {
     device.factory->add({pd::EStatus::Mode}, pd::Value{std::uint32_t{2}});
     device.factory->add({pd::ECircuit::BackupSystem, pd::ECircuit::PowerBank, pd::EStatus::StoragePresent},
                         pd::Value{std::uint32_t{3}});
+    if (fs::exists(folder / "alarms.json")) {
+        device.factory->add({pd::EPrivate::AlarmConfigurationFile},
+                            pd::Value{(folder / "alarms.json").string()});
+    }
 }
 
 std::string Runner::configuration(const Start& start) const {
@@ -126,17 +132,32 @@ std::string Runner::configuration(const Start& start) const {
     }
     std::string libraries;
     for (const std::string& plugin : scenario.plugins) {
-        const std::string file = plugin == "simulator"  ? VELK_SIMULATOR_PLUGIN
-                                 : plugin == "scripted" ? VELK_SCRIPTED_PLUGIN
-                                                        : plugin;
-        libraries += (libraries.empty() ? "" : ", ") + quoted(file);
+        libraries += (libraries.empty() ? "" : ", ") + quoted(fileOf(plugin));
+    }
+    std::string sections = R"("simulator": {)" + section + "}";
+    for (const auto& [name, json] : scenario.others) {
+        sections += ", " + quoted(name) + ": " + json;
     }
     return R"({"maxThreads": 3, "maxRestTimeMs": 1, "maxCpuLoadPercent": 100, "protocolLibraries": [)" +
-           libraries + R"(], "simulator": {)" + section + "}}";
+           libraries + "], " + sections + "}";
+}
+
+/// The file of a plug-in. One of another name is a copy of the simulator, which goes by its file's name.
+std::string Runner::fileOf(const std::string& plugin) const {
+    if (plugin == "scripted") {
+        return VELK_SCRIPTED_PLUGIN;
+    }
+    if (scenario.others.count(plugin) == 0) {
+        return plugin == "simulator" ? VELK_SIMULATOR_PLUGIN : plugin;
+    }
+    const fs::path copy = folder / ("libvelk-mz-protocol-" + plugin + ".so");
+    fs::copy_file(VELK_SIMULATOR_PLUGIN, copy, fs::copy_options::skip_existing);
+    return copy;
 }
 
 void Runner::perform(const Start& start) {
     simulator.close();
+    pretendDevice();
     const fs::path file = folder / "velk.json";
     std::ofstream{file} << configuration(start);
     state = "BEGIN";

@@ -74,6 +74,7 @@ private:
     void perform(const ExpectMirror&);
 
     std::string configuration(const Start& start) const;
+    std::string fileOf(const std::string& plugin) const;
     void pretendDevice();
     std::string awaitTransition();
     /// The next line of a stream but for those that may come any time; "" when there is none.

@@ -172,7 +172,10 @@ struct Scenario {
     std::string file;
     std::string about;
     std::string store{"memory"}; ///< or "sqlite"
+    /// In the order in which they are loaded: "simulator", "scripted", or a name of `others`.
     std::vector<std::string> plugins{"simulator"};
+    /// Further simulated devices: the section of each, by the name of the plug-in's copy.
+    std::map<std::string, std::string> others;
     std::map<std::string, std::string> simulator; ///< members of the section of that name, JSON by name
     Steps steps;
 };

@@ -96,6 +96,7 @@ Scenario readScenario(const std::filesystem::path& file, const Variables& variab
                         }
                     }},
                    {"plugins", [&](const Node& node) { scenario.plugins = in.texts(node); }},
+                   {"others", [&](const Node& node) { scenario.others = in.jsonByName(node); }},
                    {"simulator", [&](const Node& node) { scenario.simulator = in.jsonByName(node); }},
                    {"steps", [&](const Node& node) { scenario.steps = steps.read(node); }},
                });

@@ -97,10 +97,9 @@ TEST_F(ScenarioReaderTest, MistakesNameTheirPlaceAndWhatWasExpected) {
     EXPECT_EQ(mistake("{\n  oops}").substr(0, 5), ":2:3:");
     EXPECT_EQ(mistake("{}"), ":1:1: expected \"about\": what the scenario shows");
     EXPECT_EQ(mistake(R"({"about": "a"})"), ":1:1: expected \"steps\"");
-    EXPECT_EQ(
-        mistake(R"({"abuot": "a"})"),
-        ":1:11: unknown member \"abuot\", expected one of \"about\", \"plugins\", \"simulator\", \"steps\", "
-        "\"store\", \"variants\"");
+    EXPECT_EQ(mistake(R"({"abuot": "a"})"), ":1:11: unknown member \"abuot\", expected one of \"about\", "
+                                            "\"others\", \"plugins\", \"simulator\", \"steps\", "
+                                            "\"store\", \"variants\"");
     EXPECT_EQ(mistake(R"({"store": "disk"})"), ":1:11: expected \"memory\" or \"sqlite\"");
 }
 
