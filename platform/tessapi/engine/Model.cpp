@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <set>
 #include <stdexcept>
 #include <tuple>
 #include <unordered_set>
@@ -92,9 +93,20 @@ std::uint64_t Model::emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t
 
 void Model::removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep,
                              unsigned int limit) {
+    const auto children = devices.childrenOf(device);
+    if (children.empty()) {
+        return; // the list of all that is kept is long, and most devices have no children
+    }
+    std::set<std::uint64_t> candidates{children.begin(), children.end()};
+    for (const auto id : keep) {
+        candidates.erase(id);
+    }
+    if (candidates.empty()) {
+        return;
+    }
     const Ids kept{keep.begin(), keep.end()};
     unsigned int removed = 0;
-    for (const auto child : devices.childrenOf(device)) {
+    for (const auto child : candidates) {
         if (removed == limit) {
             return;
         }
