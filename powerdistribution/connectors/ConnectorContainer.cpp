@@ -1,6 +1,6 @@
 #include "powerdistribution/connectors/ConnectorContainer.h"
 
-#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace velk::powerdistribution::connectors {
@@ -13,21 +13,21 @@ ConnectorPtr ConnectorContainer::add(ConnectorPtr connector) {
     ConnectorPtr handle{connector.get(), [this](IConnector* released) { removeConnector(released); }};
     MutexLock held{lock};
     connectors.push_back(std::move(connector));
+    places[handle.get()] = std::prev(connectors.end());
     return handle;
 }
 
 void ConnectorContainer::removeConnector(IConnector* connector) {
     ConnectorPtr owner;
     MutexLock held{lock};
-    const auto entry = std::find_if(connectors.begin(), connectors.end(), [&](const ConnectorPtr& candidate) {
-        return candidate.get() == connector;
-    });
-    if (entry == connectors.end()) {
+    const auto place = places.find(connector);
+    if (place == places.end()) {
         return;
     }
     // Destroyed behind the lock: the connector's end waits for callbacks, and those may come back here.
-    owner = std::move(*entry);
-    connectors.erase(entry);
+    owner = std::move(*place->second);
+    connectors.erase(place->second);
+    places.erase(place);
 }
 
 ConnectorContainer::Visitor ConnectorContainer::for_each(Visitor visitor) const {

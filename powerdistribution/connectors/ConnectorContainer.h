@@ -7,8 +7,9 @@
 
 #include <cstddef>
 #include <functional>
+#include <list>
 #include <memory>
-#include <vector>
+#include <unordered_map>
 
 namespace velk::powerdistribution::connectors {
 
@@ -43,7 +44,9 @@ public:
 
 private:
     mutable velk::common::Mutex lock;
-    std::vector<ConnectorPtr> connectors VELK_GUARDED_BY(lock);
+    std::list<ConnectorPtr> connectors VELK_GUARDED_BY(lock); ///< in the order of addition
+    /// Where each is in the list: a large tree has tens of thousands, which all go one by one.
+    std::unordered_map<const IConnector*, std::list<ConnectorPtr>::iterator> places VELK_GUARDED_BY(lock);
     const ResolvingGatePtr gate;
 };
 
