@@ -201,7 +201,7 @@ void BaseChannelTessConnector::resolve(ChannelInfo& info, const HandlerData& dat
     const qz::datatype type = inBand.getChannelDataType(id);
     // Before the entry is seen by others: the store has the triggers before the first value.
     setChannelAlarmConfiguration(id, data);
-    info.data = HandlerData{data.path, {}, {}};
+    info.data = std::make_unique<const HandlerData>(data.path, Value{}, protocols::DataConfig{});
     info.type = type;
     info.id = id;
 }
@@ -312,7 +312,7 @@ void BaseChannelTessConnector::onChannelChange(std::uint64_t id, const qz::CValu
             return;
         }
         listener = info->listener;
-        data = HandlerData{info->data.path, getDataValue(*info, value), {}};
+        data = HandlerData{info->data->path, getDataValue(*info, value), {}};
     }
     notifyListener(*listener, data, lock);
 }

@@ -31,8 +31,9 @@ public:
     struct ChannelInfo {
         /// All ones until the channel is resolved; written last, so that whoever sees it sees the type too.
         std::atomic<std::uint64_t> id{UNRESOLVED};
-        /// The data point's path alone; under the channel lock.
-        handlers::HandlerData data;
+        /// The data point's path alone; under the channel lock. Null until the channel is first resolved: a
+        /// table has an entry for each member of its family, and a device serves few of them.
+        std::unique_ptr<const handlers::HandlerData> data;
         std::atomic<qz::datatype> type{qz::datatype::unknown};
         /// Null when nobody listens; written under the subscription lock.
         std::atomic<IConnectorListener*> listener{nullptr};

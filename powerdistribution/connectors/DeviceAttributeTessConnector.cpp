@@ -52,6 +52,13 @@ std::optional<DeviceAttribute> attributeOf(const HandlerData& data) {
     return served == servedByDevice.end() ? std::nullopt : std::optional{served->attribute};
 }
 
+EPath pathOf(DeviceAttribute attribute) {
+    const auto served =
+        std::find_if(servedByDevice.begin(), servedByDevice.end(),
+                     [attribute](const ServedAttribute& row) { return row.attribute == attribute; });
+    return served == servedByDevice.end() ? EPath{} : EPath{served->member};
+}
+
 } // namespace
 
 DeviceAttributeTessConnector::DeviceAttributeTessConnector(tessapi::ITessAccessor& storeAccessor,
@@ -60,13 +67,8 @@ DeviceAttributeTessConnector::DeviceAttributeTessConnector(tessapi::ITessAccesso
     accessor{storeAccessor},
     deviceId{accessor.deviceIdOf(deviceUuid)},
     channels{accessor, deviceUuid, attributeFamilySize, std::move(resolvingGate)} {
-    for (AttributeInfo& info : attributes) {
-        info.data.value = std::string{};
-    }
     for (const ServedAttribute& row : servedByDevice) {
-        AttributeInfo& info = attributes.at(static_cast<std::size_t>(row.attribute));
-        info.attribute = row.attribute;
-        info.data = HandlerData{EPath{row.member}, {}, {}};
+        attributes.at(static_cast<std::size_t>(row.attribute)).attribute = row.attribute;
     }
 }
 
@@ -86,7 +88,7 @@ void DeviceAttributeTessConnector::terminate() {
     MutexLock held{lock};
     for (AttributeInfo& info : attributes) {
         info.listener = nullptr;
-        info.data.value = std::string{};
+        info.data.reset();
     }
     checkTessUnsubscription(held);
 }
@@ -104,7 +106,7 @@ void DeviceAttributeTessConnector::subscribe(const HandlerData& data, IConnector
     info.listener = listener;
     refresh(info);
     if (options.notifyInitialValue && listener != nullptr) {
-        const HandlerData initial = info.data;
+        const HandlerData initial = dataOf(info);
         notifyListener(*listener, initial, held);
     }
 }
@@ -136,7 +138,7 @@ void DeviceAttributeTessConnector::load(HandlerData& data) const {
     MutexLock held{lock};
     AttributeInfo& info = infoOf(*attribute);
     refresh(info);
-    data.value = info.data.value;
+    data.value = dataOf(info).value;
 }
 
 void DeviceAttributeTessConnector::store(const HandlerData& data) {
@@ -147,7 +149,7 @@ void DeviceAttributeTessConnector::store(const HandlerData& data) {
     }
     const std::string& text = data.value.get<std::string>();
     MutexLock held{lock};
-    infoOf(*attribute).data.value = text;
+    dataOf(infoOf(*attribute)).value = text;
     accessor.inbandAccessor().setDeviceAttribute(deviceId, *attribute, text);
 }
 
@@ -163,8 +165,15 @@ DeviceAttributeTessConnector::infoOf(DeviceAttribute attribute) const {
     return attributes.at(static_cast<std::size_t>(attribute));
 }
 
+HandlerData& DeviceAttributeTessConnector::dataOf(AttributeInfo& info) {
+    if (info.data == nullptr) {
+        info.data = std::make_unique<HandlerData>(pathOf(info.attribute), Value{}, protocols::DataConfig{});
+    }
+    return *info.data;
+}
+
 void DeviceAttributeTessConnector::refresh(AttributeInfo& info) const {
-    info.data.value = accessor.inbandAccessor().getDeviceAttribute(deviceId, info.attribute);
+    dataOf(info).value = accessor.inbandAccessor().getDeviceAttribute(deviceId, info.attribute);
 }
 
 void DeviceAttributeTessConnector::subscribeToTess(const MutexLock&) {
@@ -209,11 +218,12 @@ void DeviceAttributeTessConnector::onDeviceSettingsChange(std::uint64_t id) {
             continue;
         }
         const Value text{accessor.inbandAccessor().getDeviceAttribute(device, info.attribute)};
-        if (info.data.value == text) {
+        HandlerData& known = dataOf(info);
+        if (known.value == text) {
             continue;
         }
-        info.data.value = text;
-        const HandlerData change = info.data;
+        known.value = text;
+        const HandlerData change = known;
         if (!notifyListener(*info.listener, change, held)) {
             return;
         }

@@ -47,13 +47,15 @@ private:
     /// One text of the store's device.
     struct AttributeInfo {
         tessapi::DeviceAttribute attribute{tessapi::DeviceAttribute::unused};
-        handlers::HandlerData data; ///< the data point's path and the text last known
+        /// The data point's path and the text last known; null until it is asked for.
+        std::unique_ptr<handlers::HandlerData> data;
         IConnectorListener* listener{nullptr};
     };
 
     AttributeInfo& infoOf(tessapi::DeviceAttribute attribute) const VELK_REQUIRES(lock);
     /// Clears the listener of an attribute and gives the one that was there, or null.
     IConnectorListener* takeListener(tessapi::DeviceAttribute attribute) VELK_EXCLUDES(lock);
+    static handlers::HandlerData& dataOf(AttributeInfo& info);
     void refresh(AttributeInfo& info) const VELK_REQUIRES(lock);
     void subscribeToTess(const velk::common::MutexLock& proof) VELK_REQUIRES(lock);
     void unsubscribeToTess(const velk::common::MutexLock& proof) VELK_REQUIRES(lock);
