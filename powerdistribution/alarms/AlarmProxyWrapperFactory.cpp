@@ -52,6 +52,10 @@ const velk::common::Uuid& AlarmProxyWrapperFactory::protocolUuid() const {
     return wrappers->protocolUuid();
 }
 
+std::string AlarmProxyWrapperFactory::ruleOf(const EPath& path) const {
+    return protocols::ruleOf(*wrappers, path);
+}
+
 ValueWrapperPtr AlarmProxyWrapperFactory::buildWrapper(const EPath& path) const {
     ValueWrapperPtr wrapper = wrappers->buildWrapper(path);
     if (wrapper == nullptr) {

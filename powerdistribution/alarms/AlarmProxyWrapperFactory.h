@@ -1,9 +1,11 @@
 #pragma once
 
 #include "powerdistribution/alarms/AlarmConfigurationParser.h"
+#include "powerdistribution/protocols/IRuleNaming.h"
 #include "powerdistribution/protocols/IWrapperFactory.h"
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace velk::powerdistribution {
@@ -20,7 +22,7 @@ namespace velk::powerdistribution::protocols {
 /// Attaches alarm configuration to the data points of another factory, which knows nothing of it.
 ///
 /// Threads: read-only after construction; `buildWrapper` may come from any thread.
-class AlarmProxyWrapperFactory final : public IWrapperFactory {
+class AlarmProxyWrapperFactory final : public IWrapperFactory, public IRuleNaming {
 public:
     /// Parses `alarmFile` at once; failures of the parser pass through.
     AlarmProxyWrapperFactory(std::shared_ptr<IWrapperFactory> factory, std::string_view alarmFile);
@@ -31,6 +33,7 @@ public:
     /// Null for a path that the protocol does not serve, whatever the file says; the protocol's own wrapper
     /// for a path that the file does not name.
     ValueWrapperPtr buildWrapper(const EPath& path) const override;
+    std::string ruleOf(const EPath& path) const override;
 
 private:
     const std::shared_ptr<IWrapperFactory> wrappers;

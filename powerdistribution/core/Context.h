@@ -9,6 +9,7 @@
 #include "powerdistribution/datamodel/DataModelManager.h"
 #include "powerdistribution/protocols/IValueWrapper.h"
 #include "powerdistribution/protocols/IWrapperFactory.h"
+#include "powerdistribution/protocols/PointOrigins.h"
 #include "powerdistribution/protocols/ProtocolsManager.h"
 
 #include <atomic>
@@ -41,6 +42,7 @@ public:
     /// Every factory that a data model was built with. Handlers of earlier models live as long as the manager
     /// of the model does, and their wrappers may refer to their factory. Grows by one with each BUILD.
     std::vector<std::shared_ptr<protocols::IWrapperFactory>> builtFactories;
+    protocols::PointOrigins origins; ///< of the present device's data points
     std::unique_ptr<datamodel::DataModelManager> dataModelManager;
     DeviceIdentifier deviceIdentifier; ///< the device that was identified last
     bool modelIsCurrent{false};        ///< true when the data model was built for that device, and whole

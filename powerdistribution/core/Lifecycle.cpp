@@ -31,7 +31,7 @@ void publishServiceState(Context& context, std::int32_t state) {
     }
 }
 
-std::shared_ptr<protocols::IWrapperFactory> decorate(const Context& context) {
+std::shared_ptr<protocols::ProxyWrapperFactory> decorate(const Context& context) {
     std::shared_ptr<protocols::IWrapperFactory> device = context.protocolsManager->wrapperFactory;
     if (context.onDeviceWrite) {
         device = std::make_shared<protocols::WriteReportWrapperFactory>(device, context.onDeviceWrite);
@@ -70,7 +70,9 @@ const LifecycleState& enumerate(Context& context) {
     if (!context.protocolsManager->enumerate()) {
         return ENUMERATE;
     }
-    context.wrapperFactory = decorate(context);
+    const auto factory = decorate(context);
+    context.origins.set(factory, context.protocolsManager->pluginFile());
+    context.wrapperFactory = factory;
     return identify(context) ? BUILD : INITIALIZE;
 }
 

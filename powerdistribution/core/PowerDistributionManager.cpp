@@ -17,8 +17,12 @@ public:
     ~Private() override { dataModelManager.reset(); }
 
     void exec(Attributes&& attributes);
+    PointDescription describe(const std::string& point) const VELK_EXCLUDES(describing);
 
 private:
+    mutable velk::common::Mutex describing;
+    /// Null before there is one; lives as long as this object.
+    const datamodel::DataModelManager* model VELK_GUARDED_BY(describing){nullptr};
     const LifecycleState* state{&lifecycle::BEGIN};
 };
 
@@ -30,6 +34,10 @@ void PowerDistributionManager::Private::exec(Attributes&& attributes) {
     protocolsManager = std::make_unique<protocols::ProtocolsManager>(configuration);
     dataModelManager = std::make_unique<datamodel::DataModelManager>(configuration);
     dataModelManager->subscribe(*this);
+    {
+        const velk::common::MutexLock lock{describing};
+        model = dataModelManager.get();
+    }
 
     velk::common::Clock& clock =
         attributes.clock != nullptr ? *attributes.clock : velk::common::Clock::system();
@@ -37,6 +45,11 @@ void PowerDistributionManager::Private::exec(Attributes&& attributes) {
     runStateMachine<Context>(*this, state, lifecycle::COMMUNICATION_LOST, lifecycle::STOP, clock);
 
     dataModelManager->unsubscribe(*this);
+}
+
+PointDescription PowerDistributionManager::Private::describe(const std::string& point) const {
+    const velk::common::MutexLock lock{describing};
+    return model == nullptr ? PointDescription{} : model->describe(point, origins);
 }
 
 PowerDistributionManager::PowerDistributionManager() = default;
@@ -72,6 +85,11 @@ std::uint32_t PowerDistributionManager::operatingStatus() const {
     const Value value = running->serviceStateWrapper->read();
     const auto* state = value.getIf<std::uint32_t>();
     return state != nullptr ? *state : 0;
+}
+
+PointDescription PowerDistributionManager::describe(const std::string& point) const {
+    const Private* running = published;
+    return running == nullptr ? PointDescription{} : running->describe(point);
 }
 
 } // namespace velk::powerdistribution

@@ -5,6 +5,7 @@
 #include "platform/common/Mutex.h"
 #include "powerdistribution/core/DeviceLog.h"
 #include "powerdistribution/core/DeviceWrite.h"
+#include "powerdistribution/core/PointDescription.h"
 
 #include <atomic>
 #include <cstdint>
@@ -53,6 +54,12 @@ public:
     /// The service state, one for the whole process: 0 before the first state of the first run, 3 starting,
     /// 16 in service, 4 stopping, 5 stopped.
     std::uint32_t operatingStatus() const;
+
+    /// What the library knows of the data point that people write as `point`, such as
+    /// "Inputs.1.Measure.Voltage", beyond what the store shows: nothing before `exec`. Asks the plug-in, but
+    /// not the device; walks the whole data model, which takes some milliseconds for a big one. Not while the
+    /// manager is destroyed.
+    PointDescription describe(const std::string& point) const;
 
 private:
     class Private;

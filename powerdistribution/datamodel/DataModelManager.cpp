@@ -2,10 +2,12 @@
 
 #include "platform/common/Mutex.h"
 #include "platform/common/ThreadAnnotations.h"
+#include "powerdistribution/handlers/publishedPoints.h"
 
 #include <cstdint>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -77,6 +79,7 @@ DataModelManager::~DataModelManager() {
 
 bool DataModelManager::build(const protocols::IWrapperFactory& wrapperFactory,
                              const connectors::IConnectorFactory& connectorFactory, const Builder& builder) {
+    noteModel(false);
     try {
         const velk::common::Uuid rootUuid = connectorFactory.getRootParentUuid();
         const Factories factories{wrapperFactory, connectorFactory, &container};
@@ -85,9 +88,11 @@ bool DataModelManager::build(const protocols::IWrapperFactory& wrapperFactory,
         if (const HandlerPtr comState = findComState(); comState != nullptr && comStateAdapter != nullptr) {
             comState->registerObserver(*comStateAdapter);
         }
+        noteModel(true);
         return true;
     } catch (const std::exception& error) {
         report("Failed to build data model: ", error);
+        noteModel(false, error.what());
         return false;
     }
 }
@@ -99,9 +104,12 @@ bool DataModelManager::initialize() {
         if (!scheduler.isInitialized()) {
             scheduler.initialize(container);
         }
+        scheduler.noteAllRead();
+        noteModel(true);
         return true;
     } catch (const std::exception& error) {
         report("Failed to initialize data model: ", error);
+        noteModel(true, error.what());
         return false;
     }
 }
@@ -136,6 +144,7 @@ void DataModelManager::terminate() {
 
 void DataModelManager::clear() {
     terminate();
+    noteModel(false);
     container.clearAll();
 }
 
@@ -170,6 +179,52 @@ void DataModelManager::unsubscribe(CommunicationEventListener&) {
     }
     comStateAdapter->detach();
     detachedAdapters.push_back(std::move(comStateAdapter));
+}
+
+void DataModelManager::noteModel(bool built, const std::string& failure) {
+    MutexLock held{describing};
+    modelBuilt = built;
+    modelFailure = failure;
+}
+
+PointDescription DataModelManager::describe(const std::string& point,
+                                            const protocols::PointOrigins& origins) const {
+    MutexLock held{describing};
+    PointDescription description;
+    description.modelBuilt = modelBuilt;
+    description.modelFailure = modelFailure;
+    if (!modelBuilt) {
+        return description;
+    }
+    for (const auto& [path, handler] : container.all()) {
+        for (const handlers::PublishedPoint& published : handlers::publishedPoints(*handler)) {
+            if (published.name == point) {
+                description.publishers.push_back(publisherOf(*handler, published.kind, origins));
+            }
+        }
+    }
+    return description;
+}
+
+PointPublisher DataModelManager::publisherOf(const handlers::IHandler& handler, const char* kind,
+                                             const protocols::PointOrigins& origins) const {
+    PointPublisher publisher;
+    publisher.kind = kind;
+    if (handlers::worksOnDevice(handler)) {
+        protocols::PointOrigins::Origin origin = origins.of(handler.epath());
+        publisher.plugin = std::move(origin.plugin);
+        publisher.rule = std::move(origin.rule);
+    }
+    publisher.gaveNothing = handlers::gaveNothing(handler);
+    if (std::optional<PollBook::Note> note = scheduler.noteOf(handler)) {
+        publisher.rank = note->rank;
+        publisher.reads = note->reads;
+        publisher.sinceRead = note->sinceRead;
+        publisher.period = note->period;
+        publisher.failure = std::move(note->failure);
+        publisher.sinceFailure = note->sinceFailure;
+    }
+    return publisher;
 }
 
 DataModelManager::HandlerPtr DataModelManager::findComState() const {

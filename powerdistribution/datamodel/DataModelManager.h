@@ -1,14 +1,18 @@
 #pragma once
 
 #include "platform/common/Clock.h"
+#include "platform/common/Mutex.h"
 #include "powerdistribution/core/CommunicationEventListener.h"
 #include "powerdistribution/core/Configuration.h"
+#include "powerdistribution/core/PointDescription.h"
 #include "powerdistribution/datamodel/DataModelContainer.h"
 #include "powerdistribution/datamodel/DataModelScheduler.h"
 #include "powerdistribution/handlers/Factories.h"
+#include "powerdistribution/protocols/PointOrigins.h"
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace velk::powerdistribution::datamodel {
@@ -76,6 +80,11 @@ public:
     /// Ends whatever subscription there is. The listener is not called any more when it returns.
     void unsubscribe(CommunicationEventListener& listener);
 
+    /// What publishes the data point that people write as `point`: "Inputs.1.Measure.Voltage". `origins`
+    /// tells where it comes from. Threads: any.
+    PointDescription describe(const std::string& point, const protocols::PointOrigins& origins) const
+        VELK_EXCLUDES(describing);
+
     /// The index of the handlers, to look at.
     const DataModelContainer& handlers() const { return container; }
 
@@ -84,6 +93,9 @@ private:
 
     HandlerPtr findComState() const;
     void initializeHandlers();
+    void noteModel(bool built, const std::string& failure = {}) VELK_EXCLUDES(describing);
+    PointPublisher publisherOf(const handlers::IHandler& handler, const char* kind,
+                               const protocols::PointOrigins& origins) const;
 
     // In the order whose reverse lets go rightly.
 
@@ -94,6 +106,11 @@ private:
     DataModelContainer container;
     DataModelScheduler scheduler;
     std::unique_ptr<ComStateAdapter> comStateAdapter; ///< null without subscriber
+
+    mutable velk::common::Mutex describing;
+    /// While it is true the index does not change, so that whoever holds `describing` may walk it.
+    bool modelBuilt VELK_GUARDED_BY(describing){false};
+    std::string modelFailure VELK_GUARDED_BY(describing); ///< of the last `build` or `initialize`
 };
 
 } // namespace velk::powerdistribution::datamodel

@@ -1,7 +1,6 @@
 #include "powerdistribution/datamodel/DataModelScheduler.h"
 
 #include "platform/common/CpuLoadCooldown.h"
-#include "powerdistribution/datamodel/updateHandler.h"
 
 #include <future>
 #include <stdexcept>
@@ -14,28 +13,37 @@ using velk::common::sched::CpuLoadCooldown;
 
 namespace {
 
+/// The scheduler with the book that its tasks poll.
 template <typename Scheduler>
-void push(Scheduler& scheduler, const DataModelContainer::HandlerPtr& handler, std::uint32_t rank) {
+struct Round {
+    Scheduler& scheduler;
+    PollBook& book;
+};
+
+template <typename Scheduler>
+void push(const Round<Scheduler>& round, const DataModelContainer::HandlerPtr& handler, std::uint32_t rank) {
     velk::common::sched::Task<std::function<void()>> task;
     task.basePriority = rank;
     task.currentPriority = rank;
-    task.function = [handler] { updateHandler(handler); };
-    scheduler.push(std::move(task));
+    // Two references, which a function holds without memory of its own.
+    task.function = [&book = round.book, &entry = round.book.add(handler, rank)] { book.poll(entry); };
+    round.scheduler.push(std::move(task));
 }
 
 template <typename E, typename Scheduler>
-void pushGroup(Scheduler& scheduler, const DataModelContainer& container, std::uint32_t rank) {
+void pushGroup(const Round<Scheduler>& round, const DataModelContainer& container, std::uint32_t rank) {
     for (const auto& [path, handler] : container.group<E>()) {
-        push(scheduler, handler, rank);
+        push(round, handler, rank);
     }
 }
 
 /// Of the private data points only the internal logs are polled.
 template <typename Scheduler>
-void pushInternalLogs(Scheduler& scheduler, const DataModelContainer& container, std::uint32_t rank) {
+void pushInternalLogs(const Round<Scheduler>& round, const DataModelContainer& container,
+                      std::uint32_t rank) {
     for (const auto& [path, handler] : container.group<EPrivate>()) {
         if (path.lastNode() == EPath::Node{EPrivate::InternalLogs}) {
-            push(scheduler, handler, rank);
+            push(round, handler, rank);
         }
     }
 }
@@ -57,15 +65,35 @@ void DataModelScheduler::initialize(const DataModelContainer& container) {
     auto made = std::make_unique<Scheduler>(
         maxThreads, std::make_unique<CpuLoadCooldown>(maxCpuLoad, maxRestTime, clock), clock);
     made->reserve(container.size());
+    auto polled = std::make_unique<PollBook>(clock);
+    const Round<Scheduler> round{*made, *polled};
     // A rank is the number of cycles between two refreshes.
-    pushGroup<EStatus>(*made, container, 0);
-    pushGroup<ECommunicationStatus>(*made, container, 0);
-    pushGroup<EMeasurement>(*made, container, 4);
-    pushGroup<ESetting>(*made, container, 60);
-    pushGroup<ESpecification>(*made, container, 60);
-    pushGroup<EAttribute>(*made, container, 60);
-    pushInternalLogs(*made, container, 20);
+    pushGroup<EStatus>(round, container, 0);
+    pushGroup<ECommunicationStatus>(round, container, 0);
+    pushGroup<EMeasurement>(round, container, 4);
+    pushGroup<ESetting>(round, container, 60);
+    pushGroup<ESpecification>(round, container, 60);
+    pushGroup<EAttribute>(round, container, 60);
+    pushInternalLogs(round, container, 20);
+    exchangeBook(std::move(polled));
     scheduler = std::move(made);
+}
+
+std::unique_ptr<PollBook> DataModelScheduler::exchangeBook(std::unique_ptr<PollBook> present) {
+    const velk::common::MutexLock lock{bookLock};
+    return std::exchange(book, std::move(present));
+}
+
+void DataModelScheduler::noteAllRead() {
+    const velk::common::MutexLock lock{bookLock};
+    if (book != nullptr) {
+        book->noteAllRead();
+    }
+}
+
+std::optional<PollBook::Note> DataModelScheduler::noteOf(const handlers::IHandler& handler) const {
+    const velk::common::MutexLock lock{bookLock};
+    return book == nullptr ? std::nullopt : book->noteOf(handler);
 }
 
 void DataModelScheduler::start() {
@@ -105,6 +133,7 @@ void DataModelScheduler::terminate() {
         return;
     }
     stop();
+    const std::unique_ptr<PollBook> polled = exchangeBook(nullptr); // goes after the tasks
     const std::unique_ptr<Scheduler> discarded = std::move(scheduler);
     if (discarded->pool != nullptr) {
         discarded->pool->shutDown();

@@ -1,12 +1,15 @@
 #pragma once
 
 #include "platform/common/Clock.h"
+#include "platform/common/Mutex.h"
 #include "powerdistribution/datamodel/DataModelContainer.h"
+#include "powerdistribution/datamodel/PollBook.h"
 #include "powerdistribution/sched/BasicScheduler.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace velk::powerdistribution::datamodel {
 
@@ -47,15 +50,24 @@ public:
     /// As `terminate`, passing over the failure.
     void shutDown() noexcept;
 
+    /// Notes that all handlers have been refreshed just now.
+    void noteAllRead() VELK_EXCLUDES(bookLock);
+
+    /// When `handler` was polled; empty for one that is not. Threads: any.
+    std::optional<PollBook::Note> noteOf(const handlers::IHandler& handler) const VELK_EXCLUDES(bookLock);
+
 private:
     using Scheduler = velk::common::sched::BasicScheduler<std::function<void()>>;
 
     void launch();
+    std::unique_ptr<PollBook> exchangeBook(std::unique_ptr<PollBook> present) VELK_EXCLUDES(bookLock);
 
     const std::uint32_t maxThreads;
     const std::uint32_t maxCpuLoad;
     const std::uint32_t maxRestTime;
     velk::common::Clock& clock;
+    mutable velk::common::Mutex bookLock;
+    std::unique_ptr<PollBook> book VELK_GUARDED_BY(bookLock); ///< what the tasks poll; goes after them
     std::unique_ptr<Scheduler> scheduler; ///< null before `initialize` and after `terminate`
 };
 

@@ -65,6 +65,7 @@ void BaseValueHandler::terminate() {
 
 void BaseValueHandler::readAndStore() {
     const Value sample = wrapper->read();
+    emptySample.store(!sample.hasValue(), std::memory_order_relaxed);
     if (sample.hasValue() && !(data.value == sample)) {
         storeValue(sample);
     }

@@ -6,6 +6,8 @@
 #include "powerdistribution/handlers/BaseHandler.h"
 #include "powerdistribution/protocols/IValueWrapper.h"
 
+#include <atomic>
+
 namespace velk::powerdistribution::handlers {
 
 /// One data point of the device, tied to one place in the store. Catches nothing: what the wrapper or the
@@ -24,6 +26,9 @@ public:
 
     /// Does not unsubscribe; the connector may tell nothing until somebody subscribes anew.
     void terminate() override VELK_EXCLUDES(lock);
+
+    /// True when the device was read and gave no value the last time.
+    bool gaveNothing() const { return emptySample.load(std::memory_order_relaxed); }
 
 protected:
     /// Takes over what the store holds, as a part of `initialize`.
@@ -46,6 +51,8 @@ protected:
     velk::common::Mutex lock;
 
 private:
+    std::atomic<bool> emptySample{false};
+
     void storeValue(const Value& sample) VELK_REQUIRES(lock);
     void storeAlarmConfig(const protocols::DataConfig& config) VELK_REQUIRES(lock);
 };

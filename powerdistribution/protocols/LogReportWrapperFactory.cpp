@@ -16,6 +16,10 @@ const velk::common::Uuid& LogReportWrapperFactory::protocolUuid() const {
     return factory->protocolUuid();
 }
 
+std::string LogReportWrapperFactory::ruleOf(const EPath& path) const {
+    return protocols::ruleOf(*factory, path);
+}
+
 ValueWrapperPtr LogReportWrapperFactory::buildWrapper(const EPath& path) const {
     ValueWrapperPtr wrapper = factory->buildWrapper(path);
     const bool givesLog = !path.empty() && path.lastNode() == EPath::Node{EPrivate::LogChunk};

@@ -114,6 +114,7 @@ bool ProtocolsManager::enumerate() {
         throw std::runtime_error{"Protocol library gave no wrapper factory: " + (*library)->path()};
     }
     wrapperFactory = std::move(made);
+    plugin = (*library)->path();
     return true;
 }
 

@@ -8,6 +8,7 @@
 
 #include <list>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace velk::powerdistribution::protocols {
@@ -37,11 +38,15 @@ public:
     /// Lets the device go. Required: `wrapperFactory` stays until the next `enumerate` replaces it.
     void disconnect();
 
+    /// File of the plug-in that serves the device; empty before the first successful `enumerate`.
+    const std::string& pluginFile() const { return plugin; }
+
 private:
     // In this order, whose reverse is that of release: no code may be unloaded while an object of it lives.
     std::list<std::unique_ptr<velk::common::DynamicLibrary>> libraries;
     std::vector<std::shared_ptr<IProtocol>> protocols; ///< one for each library
     std::shared_ptr<IProtocol> protocol;               ///< the one that found the device, or empty
+    std::string plugin;
 
 public:
     /// Of the device that the last successful `enumerate` saw; empty before. May keep its protocol alive.

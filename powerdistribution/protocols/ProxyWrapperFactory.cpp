@@ -1,6 +1,7 @@
 #include "powerdistribution/protocols/ProxyWrapperFactory.h"
 
 #include "powerdistribution/protocols/FriendlyNameWrapper.h"
+#include "powerdistribution/protocols/IRuleNaming.h"
 #include "powerdistribution/protocols/ProxyRules.h"
 
 #include <any>
@@ -39,6 +40,25 @@ ValueWrapperPtr ProxyWrapperFactory::buildWrapper(const EPath& path) const {
         return wrapper;
     }
     return buildFriendlyName(path);
+}
+
+ProxyWrapperFactory::Origin ProxyWrapperFactory::originOf(const EPath& path) const {
+    if (path.empty()) {
+        return {wrapperFactory != nullptr, ""};
+    }
+    const std::any noArgument;
+    Rule::ExecutionParameters walk{path, 0, *this, nullptr, noArgument};
+    if (std::string rule = beforeBuilder.ruleOf(walk); !rule.empty()) {
+        return {false, std::move(rule)};
+    }
+    if (wrapperFactory && wrapperFactory->buildWrapper(path)) {
+        return {true, ruleOf(*wrapperFactory, path)};
+    }
+    if (std::string rule = afterBuilder.ruleOf(walk); !rule.empty()) {
+        return {false, std::move(rule)};
+    }
+    return {false, buildFriendlyName(path) ? path.lastNode().tostring() + " from Attribute.PhysicalName"
+                                           : std::string{}};
 }
 
 ValueWrapperPtr ProxyWrapperFactory::buildFriendlyName(const EPath& path) const {

@@ -4,6 +4,7 @@
 #include "powerdistribution/protocols/RuleBasedWrapperBuilder.h"
 
 #include <memory>
+#include <string>
 
 namespace velk::powerdistribution::protocols {
 
@@ -28,6 +29,15 @@ public:
     /// table after it; and for `Attribute.FriendlyName` the factory's `Attribute.PhysicalName`, whose text
     /// becomes the first name of a wrapper that can be written. The tables are not walked for an empty path.
     ValueWrapperPtr buildWrapper(const EPath& path) const override;
+
+    /// Who gives the wrapper of a path.
+    struct Origin {
+        bool byProtocol{false}; ///< the factory behind; otherwise this one, if anybody does
+        std::string rule;       ///< empty when nobody tells, or nobody serves the path
+    };
+
+    /// In the order of `buildWrapper`. What the factory behind throws passes.
+    Origin originOf(const EPath& path) const;
 
 private:
     ValueWrapperPtr buildFriendlyName(const EPath& path) const;

@@ -1,6 +1,43 @@
 #include "powerdistribution/protocols/RuleBasedWrapperBuilder.h"
 
+#include "powerdistribution/protocols/IRuleNaming.h"
+
 namespace velk::powerdistribution::protocols {
+
+namespace {
+
+/// As `Rule::execute`; `trail` is the rules from the root to the one that gives the wrapper.
+ValueWrapperPtr trace(const Rule& rule, Rule::ExecutionParameters& parameters,
+                      std::vector<const Rule*>& trail) {
+    const auto& nodes = parameters.path.nodes();
+    if (parameters.depth >= nodes.size() || !rule.node.matches(nodes[parameters.depth])) {
+        return nullptr;
+    }
+    trail.push_back(&rule);
+    ++parameters.depth;
+    ValueWrapperPtr wrapper;
+    if (parameters.depth == nodes.size()) {
+        wrapper = rule.executeSelf(parameters);
+    } else {
+        for (auto child = rule.children.begin(); child != rule.children.end() && !wrapper; ++child) {
+            wrapper = trace(*child, parameters, trail);
+        }
+    }
+    --parameters.depth;
+    if (!wrapper) {
+        trail.pop_back();
+    }
+    return wrapper;
+}
+
+std::string patternOf(const EPath::Node& node) {
+    if (const auto* range = node.getIf<velk::common::TRange<unsigned int>>()) {
+        return "[" + std::to_string(range->first) + ".." + std::to_string(range->last) + "]";
+    }
+    return node.holds<velk::common::TAny>() ? "*" : node.tostring();
+}
+
+} // namespace
 
 Rule::Rule(EPath::Node&& match, std::vector<Rule>&& below) : node{match}, children{std::move(below)} {}
 
@@ -71,6 +108,20 @@ ValueWrapperPtr RuleBasedWrapperBuilder::buildWrapper(Rule::ExecutionParameters&
         }
     }
     return nullptr;
+}
+
+std::string RuleBasedWrapperBuilder::ruleOf(Rule::ExecutionParameters& parameters) const {
+    std::vector<const Rule*> trail;
+    ValueWrapperPtr wrapper;
+    for (auto rule = rules.begin(); rule != rules.end() && !wrapper; ++rule) {
+        wrapper = trace(*rule, parameters, trail);
+    }
+    std::string text;
+    for (const Rule* rule : trail) {
+        text += (text.empty() ? "" : ".") + patternOf(rule->node);
+    }
+    const auto* naming = dynamic_cast<const ISourceNaming*>(wrapper.get());
+    return naming == nullptr ? text : text + " from " + naming->sourceName();
 }
 
 } // namespace velk::powerdistribution::protocols

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -81,6 +82,11 @@ public:
     /// The first wrapper that a rule gives, in the order of the table; null when none does. An empty path is
     /// never served.
     ValueWrapperPtr buildWrapper(Rule::ExecutionParameters& parameters) const;
+
+    /// The rule that gives that wrapper, by the nodes of the table: "Inputs.[1..2].Measure.Voltage", with "
+    /// from " and what the wrapper calls its source if it is an `ISourceNaming`. Empty when no rule gives
+    /// one.
+    std::string ruleOf(Rule::ExecutionParameters& parameters) const;
 
 private:
     const std::vector<Rule>& rules;

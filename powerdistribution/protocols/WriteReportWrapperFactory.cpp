@@ -28,6 +28,10 @@ const velk::common::Uuid& WriteReportWrapperFactory::protocolUuid() const {
     return factory->protocolUuid();
 }
 
+std::string WriteReportWrapperFactory::ruleOf(const EPath& path) const {
+    return protocols::ruleOf(*factory, path);
+}
+
 ValueWrapperPtr WriteReportWrapperFactory::buildWrapper(const EPath& path) const {
     ValueWrapperPtr wrapper = factory->buildWrapper(path);
     if (!wrapper || !isWrittenFromTheStore(path)) {
