@@ -51,6 +51,7 @@ DevicePoints::DevicePoints(const DeviceDescription& described, PointTable& table
     publishUps();
     publishLog();
     publishConnectivity();
+    publishEnvironment({points, "Environment"});
 }
 
 void DevicePoints::publishRoot() {
@@ -184,7 +185,7 @@ void DevicePoints::step(double seconds) {
     }
     if (!plant.outputs.empty()) {
         const double load = std::min(plant.outputs.front().circuit.percentLoad(), 150.0) / 100;
-        heat.step(seconds, description.ambient + MODULE_WARMING * load);
+        heat.step(seconds, surroundings.get() + MODULE_WARMING * load);
     }
 }
 

@@ -57,6 +57,7 @@ private:
     ThermalMass heat;
     powerdistribution::Mode lastMode{};
     conv::UnixTime since;
+    Knob<float> surroundings; ///< temperature around the device, in °C
     std::uint32_t chunkStart{0};
     std::map<std::string, std::string> toldFacts; ///< what the host has told the device of itself
 };

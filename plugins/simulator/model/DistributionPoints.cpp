@@ -130,4 +130,17 @@ void publishModules(const NodePoints& node, const Plant& plant, const ModuleDesc
               [&heat, high, low] { return heat.celsius() > high.get() || heat.celsius() < low.get(); });
 }
 
+void publishEnvironment(const NodePoints& node) {
+    const auto now = node.knob<float>("Measure.Temperature", 0);
+    if (!now.exists()) {
+        return;
+    }
+    const auto high = node.knob<float>("Setting.Temperature.HighWarningThreshold", 1000);
+    const auto low = node.knob<float>("Setting.Temperature.LowCriticalThreshold", -1000);
+    node.show("Status.TemperatureTooHigh", [now, high] { return now.get() > high.get(); });
+    node.show("Status.TemperatureTooLow", [now, low] { return now.get() < low.get(); });
+    node.show("Status.TemperatureOutOfRange",
+              [now, high, low] { return now.get() > high.get() || now.get() < low.get(); });
+}
+
 } // namespace velk::simulator

@@ -37,4 +37,7 @@ void publishSource(const NodePoints& root, const TransferSwitch& transfer);
 void publishModules(const NodePoints& node, const Plant& plant, const ModuleDescription& modules,
                     const ThermalMass& heat);
 
+/// `Environment`: the statuses that follow the temperature, where the file gives it one.
+void publishEnvironment(const NodePoints& node);
+
 } // namespace velk::simulator
