@@ -155,8 +155,8 @@ std::vector<std::uint64_t> BaseChannelTessConnector::getChannelIds() const {
 
 std::vector<std::uint64_t> BaseChannelTessConnector::getChannelIds(const MutexLock&) const {
     std::vector<std::uint64_t> ids;
-    for (const ChannelInfo& info : channels) {
-        const std::uint64_t id = info.id;
+    for (const ChannelInfo* info : channels.used()) {
+        const std::uint64_t id = info->id;
         if (id != UNRESOLVED) {
             ids.push_back(id);
         }
@@ -171,9 +171,10 @@ BaseChannelTessConnector::getChannelInfo(std::uint64_t id) const {
 }
 
 const BaseChannelTessConnector::ChannelInfo* BaseChannelTessConnector::findChannel(std::uint64_t id) const {
-    const auto entry = std::find_if(channels.begin(), channels.end(),
-                                    [&](const ChannelInfo& info) { return info.id == id; });
-    return entry == channels.end() ? nullptr : &*entry;
+    const std::vector<ChannelInfo*> used = channels.used();
+    const auto entry =
+        std::find_if(used.begin(), used.end(), [id](const ChannelInfo* info) { return info->id == id; });
+    return entry == used.end() ? nullptr : *entry;
 }
 
 BaseChannelTessConnector::ChannelInfo& BaseChannelTessConnector::getChannel(const HandlerData& data) const {
@@ -201,21 +202,23 @@ void BaseChannelTessConnector::resolve(ChannelInfo& info, const HandlerData& dat
     const qz::datatype type = inBand.getChannelDataType(id);
     // Before the entry is seen by others: the store has the triggers before the first value.
     setChannelAlarmConfiguration(id, data);
-    info.data = std::make_unique<const HandlerData>(data.path, Value{}, protocols::DataConfig{});
+    info.data = HandlerData{data.path, {}, {}};
     info.type = type;
     info.id = id;
 }
 
 bool BaseChannelTessConnector::hasAnyChannelListener() const {
     MutexLock lock{channelLock};
-    return std::any_of(channels.begin(), channels.end(),
-                       [](const ChannelInfo& info) { return info.listener == nullptr; });
+    const std::vector<ChannelInfo*> used = channels.used();
+    return used.size() < channels.size() ||
+           std::any_of(used.begin(), used.end(),
+                       [](const ChannelInfo* info) { return info->listener == nullptr; });
 }
 
 void BaseChannelTessConnector::clearCache() {
     MutexLock lock{channelLock};
-    for (ChannelInfo& info : channels) {
-        info.id = UNRESOLVED;
+    for (ChannelInfo* info : channels.used()) {
+        info->id = UNRESOLVED;
     }
 }
 
@@ -312,7 +315,7 @@ void BaseChannelTessConnector::onChannelChange(std::uint64_t id, const qz::CValu
             return;
         }
         listener = info->listener;
-        data = HandlerData{info->data->path, getDataValue(*info, value), {}};
+        data = HandlerData{info->data.path, getDataValue(*info, value), {}};
     }
     notifyListener(*listener, data, lock);
 }

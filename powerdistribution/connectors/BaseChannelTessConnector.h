@@ -8,6 +8,7 @@
 #include "platform/tessapi/ITessAccessor.h"
 #include "powerdistribution/connectors/CallbackGuard.h"
 #include "powerdistribution/connectors/ITessConnector.h"
+#include "powerdistribution/connectors/LazyTable.h"
 #include "powerdistribution/connectors/ResolvingGate.h"
 
 #include <atomic>
@@ -31,9 +32,8 @@ public:
     struct ChannelInfo {
         /// All ones until the channel is resolved; written last, so that whoever sees it sees the type too.
         std::atomic<std::uint64_t> id{UNRESOLVED};
-        /// The data point's path alone; under the channel lock. Null until the channel is first resolved: a
-        /// table has an entry for each member of its family, and a device serves few of them.
-        std::unique_ptr<const handlers::HandlerData> data;
+        /// The data point's path alone; under the channel lock.
+        handlers::HandlerData data;
         std::atomic<qz::datatype> type{qz::datatype::unknown};
         /// Null when nobody listens; written under the subscription lock.
         std::atomic<IConnectorListener*> listener{nullptr};
@@ -122,8 +122,8 @@ private:
     tessapi::ITessAccessor& accessor;
     const std::uint64_t deviceId;
     mutable velk::common::Mutex channelLock;
-    // Never resized, so that entries keep their place; filled by `load` too.
-    mutable std::vector<ChannelInfo> channels;
+    // One entry for each member of the family, of which a device serves few; filled by `load` too.
+    mutable LazyTable<ChannelInfo> channels;
     mutable velk::common::Mutex subscriptionLock VELK_ACQUIRED_BEFORE(channelLock);
     std::uint64_t subscriptionId VELK_GUARDED_BY(subscriptionLock){0};
     const ResolvingGatePtr gate;

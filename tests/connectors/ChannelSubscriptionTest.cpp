@@ -163,7 +163,7 @@ TEST_F(ChannelSubscriptionTest, TerminateForgetsIdentifiersAndKeepsPathsTypesAnd
     EXPECT_TRUE(connector->getChannelIds().empty());
     EXPECT_EQ(0u, subscriptions());
     const auto& info = connector->getChannel(data({}));
-    EXPECT_EQ(path.nodesToString(), info.data->path.nodesToString());
+    EXPECT_EQ(path.nodesToString(), info.data.path.nodesToString());
     EXPECT_EQ(qz::datatype::boolean, info.type);
     EXPECT_EQ(&listener, info.listener);
 }

@@ -112,8 +112,8 @@ TEST_F(ChannelTessConnectorTest, AnEntryIsFoundByItsChannel) {
     connector->store(data(Value{true}));
     const auto* info = connector->getChannelInfo(1000);
     ASSERT_NE(nullptr, info);
-    EXPECT_EQ(path.nodesToString(), info->data->path.nodesToString());
-    EXPECT_FALSE(info->data->value.hasValue());
+    EXPECT_EQ(path.nodesToString(), info->data.path.nodesToString());
+    EXPECT_FALSE(info->data.value.hasValue());
     EXPECT_EQ(datatype::boolean, info->type);
     EXPECT_EQ(nullptr, connector->getChannelInfo(1001));
 }
