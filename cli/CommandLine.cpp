@@ -38,6 +38,7 @@ CommandLine::CommandLine() :
     app->add_option("--store", store, "URL of the store, such as sqlite:/var/lib/velk/tess.db");
     addLookingCommands();
     addWatch();
+    addLogs();
     addSet();
     addDo();
 }
@@ -63,11 +64,28 @@ void CommandLine::addLookingCommands() {
 void CommandLine::addWatch() {
     CLI::App* where = app->add_subcommand("watch", "Changes as they come");
     where->add_option("PATH", watch.paths, "Paths, also with wildcards, and devices; all without");
-    where->add_flag("--every", watch.every, "Also writes that change nothing");
+    where
+        ->add_option("--interval", watch.interval, "Seconds in which the changes of a path make one line (1)")
+        ->check(CLI::Range(0.0, LONGEST_WAIT_SECONDS));
+    where
+        ->add_option("--deadband", watch.deadband,
+                     "Percent that a measure must have moved since its last line to make another (1)")
+        ->check(CLI::Range(0.0, 1000.0));
+    where->add_flag("--all", watch.all, "Each change for itself, as it comes, however small");
+    where->add_flag("--every", watch.every, "As --all, and also writes that change nothing");
     where->add_option("--count", watch.count, "End after so many lines");
     where->add_option("--for", watch.seconds, "End after so many seconds")
         ->check(CLI::Range(0.0, LONGEST_WAIT_SECONDS));
     where->callback([this] { command = [this](Session& session) { return runWatch(session, watch); }; });
+}
+
+void CommandLine::addLogs() {
+    CLI::App* where = app->add_subcommand("logs", "The device's own event log, newest last");
+    where->add_option("-n", logs.newest, "Only so many of the newest events; all without");
+    where->add_flag("--follow,-f", logs.follow, "Also the events that come later");
+    where->add_option("--for", logs.seconds, "End following after so many seconds")
+        ->check(CLI::Range(0.0, LONGEST_WAIT_SECONDS));
+    where->callback([this] { command = [this](Session& session) { return runLogs(session, logs); }; });
 }
 
 void CommandLine::addRequestOptions(CLI::App& where) {

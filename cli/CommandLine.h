@@ -2,6 +2,7 @@
 
 #include "cli/DoCommand.h"
 #include "cli/ExitCode.h"
+#include "cli/LogsCommand.h"
 #include "cli/Session.h"
 #include "cli/WatchCommand.h"
 
@@ -37,6 +38,7 @@ public:
 private:
     void addLookingCommands();
     void addWatch();
+    void addLogs();
     void addSet();
     void addDo();
     void addRequestOptions(CLI::App& where);
@@ -45,6 +47,7 @@ private:
     std::function<ExitCode(Session&)> command;
     std::vector<std::string> paths;
     WatchOptions watch;
+    LogsOptions logs;
     std::string path;
     std::string value;
     std::string action;

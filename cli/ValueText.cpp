@@ -12,7 +12,13 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-/// A device's text must not move the cursor or paint the terminal.
+/// A delay that is switched off.
+bool isNoDelay(const qz::CValue& value, const tessapi::ChannelRecord& channel) {
+    return channel.unit == "s" && channel.name.find("Delay") != std::string::npos && value == qz::CValue{-1};
+}
+
+} // namespace
+
 std::string printable(std::string text) {
     for (char& letter : text) {
         const auto code = static_cast<unsigned char>(letter);
@@ -22,13 +28,6 @@ std::string printable(std::string text) {
     }
     return text;
 }
-
-/// A delay that is switched off.
-bool isNoDelay(const qz::CValue& value, const tessapi::ChannelRecord& channel) {
-    return channel.unit == "s" && channel.name.find("Delay") != std::string::npos && value == qz::CValue{-1};
-}
-
-} // namespace
 
 std::string plainText(const qz::CValue& value) {
     std::ostringstream text;

@@ -9,6 +9,10 @@
 
 namespace velk::cli {
 
+/// The text with question marks in place of control characters: what a device says must not move the cursor
+/// or paint the terminal.
+std::string printable(std::string text);
+
 /// The value as the store's own notation has it, which is also how the daemon notes what was asked:
 /// "true", "230.1", "2026-11-21T13:38:11.000Z", the text itself.
 std::string plainText(const qz::CValue& value);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -77,6 +78,26 @@ public:
         tessapi::ChannelRecord& made = channel(device, "", qz::CValue{mark});
         made.name = "Daemon.Process";
         made.changedMs = ENDED_MS;
+    }
+
+    /// The channel of this identifier; std::out_of_range when there is none.
+    tessapi::ChannelRecord& record(std::uint64_t id) {
+        for (tessapi::ChannelRecord& channel : snapshot.channels) {
+            if (channel.id == id) {
+                return channel;
+            }
+        }
+        throw std::out_of_range{"no channel " + std::to_string(id)};
+    }
+
+    /// The channel by its name without "PowerDistribution."; std::out_of_range when there is none.
+    tessapi::ChannelRecord& find(std::uint64_t device, const std::string& name) {
+        for (tessapi::ChannelRecord& channel : snapshot.channels) {
+            if (channel.deviceId == device && channel.name == "PowerDistribution." + name) {
+                return channel;
+            }
+        }
+        throw std::out_of_range{"no channel " + name};
     }
 
     /// Another value for a channel that is there.
