@@ -141,10 +141,13 @@ void addDerivedRows(Rows& rows, const EPath& circuit) {
             make_if(hasVoltageLLMeasure, mult(beside(ESpecification::VoltageNominal), square3))},
         {circuit + ESpecification::ActivePowerHighWarningThreshold,
             multWithPercent(beside(ESpecification::ActivePowerNominal), beside(ESpecification::PercentLoadHighWarningThreshold))},
-        {circuit + EStatus::VoltageOutOfRange, whileConnected(buildEmulatedVoltageOutOfRange)},
         {circuit + EStatus::Supply,            buildSupplierEmulatedSupply},
     };
     rows.insert(rows.end(), derived.begin(), derived.end());
+    // The toolkit derives it for a circuit, not for the device as a whole.
+    if (!circuit.empty()) {
+        rows.push_back({circuit + EStatus::VoltageOutOfRange, whileConnected(buildEmulatedVoltageOutOfRange)});
+    }
 }
 // clang-format on
 
@@ -159,7 +162,10 @@ void addCircuitRows(Rows& rows, const EPath& circuit) {
     serve(rows, circuit, CIRCUIT_STATES, own);
     serve(rows, circuit, CIRCUIT_NAMES, remembered);
     serve(rows, circuit, CIRCUIT_LIMITS, setting);
-    addDerivedRows(rows, circuit);
+    // The device itself is no circuit, it only tells of some things as if it were one.
+    if (!circuit.empty()) {
+        addDerivedRows(rows, circuit);
+    }
 }
 
 void addPhaseRows(Rows& rows, const EPath& circuit) {
