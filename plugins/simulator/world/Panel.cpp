@@ -99,12 +99,12 @@ std::string pointText(const Value& value, const PointInfo& info) {
            R"(","writable":)" + (info.writable ? "true" : "false") + "}";
 }
 
-/// Has the order carried out and lets it show.
+/// Has the order carried out; it is answered when it shows.
 template <typename Work>
 std::string order(SimulatedDevice& device, const Work& work) {
     device.with([&](Model& model) {
         work(model);
-        model.step(std::chrono::milliseconds{0});
+        SimulatedDevice::show(model);
     });
     return {};
 }

@@ -6,8 +6,21 @@ namespace velk::simulator {
 
 using velk::common::MutexLock;
 
+namespace {
+
+/// The shortest step there is; the time of the simulation does not count it.
+constexpr std::chrono::milliseconds MOMENT{1};
+
+} // namespace
+
 SimulatedDevice::SimulatedDevice(DeviceDescription description, std::uint32_t seed) :
-    described{std::move(description)}, model{described, seed} {}
+    described{std::move(description)}, model{described, seed} {
+    show(model);
+}
+
+void SimulatedDevice::show(Model& model) {
+    model.step(MOMENT);
+}
 
 void SimulatedDevice::step(Time elapsed) {
     const MutexLock lock{mutex};

@@ -53,7 +53,6 @@ void Simulation::start() {
     {
         const MutexLock lock{mutex};
         stopping = false;
-        tick(0ms); // so that the device has values before its first moment is over
         if (first) {
             beginToPlay(*std::exchange(first, std::nullopt));
         }
