@@ -137,7 +137,7 @@ TEST_F(DeviceIdentifierTest, BootloaderStandsWithAFixedSerialNumberAndIsNotAsked
 }
 
 TEST_F(DeviceIdentifierTest, NamesThatOnlyResembleTheBootloaderReadTheSerialNumber) {
-    for (const char* product : {"BOOTLOADER 2", "UPS BOOT", "UPS", "bootloader", ""}) {
+    for (const char* product : {"BOOTLOADER 2", "UPS BOOTLOADER 2", "UPS BOOT", "UPS", "bootloader", ""}) {
         identify(text("M"), text(product), text("S"));
         EXPECT_EQ(emulated(), derivedFrom("M" + std::string{product} + "S")) << product;
     }
