@@ -134,7 +134,10 @@ bool letGo(Session& session) {
 } // namespace
 
 bool goesStale(const Point& point) {
-    return point.family == Family::Measure || point.family == Family::Status;
+    const auto* status = point.path.lastNode().getIf<EStatus>();
+    const bool isOfTheStructure =
+        status != nullptr && (*status == EStatus::StoragePresent || *status == EStatus::Present);
+    return point.family == Family::Measure || (point.family == Family::Status && !isOfTheStructure);
 }
 
 std::vector<Sample> takeSamples(const Session& session) {

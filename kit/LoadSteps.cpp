@@ -138,7 +138,10 @@ bool walkTree(Session& session) {
     session.walk->run();
     for (const EPath& path : session.walk->served) {
         if (const auto family = familyOf(path)) {
-            session.points.push_back({path, path.nodesToString(), *family, {}, {}});
+            Point& point = session.points.emplace_back();
+            point.path = path;
+            point.text = path.nodesToString();
+            point.family = *family;
         }
     }
     session.report.send({Record::Kind::Points, {}, session.points.size()});

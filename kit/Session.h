@@ -26,8 +26,8 @@ struct Point {
     powerdistribution::EPath path;
     std::string text; ///< of the path
     Family family{Family::Private};
-    std::string type;                     ///< of the last value that it gave; empty before
-    std::chrono::microseconds slowest{0}; ///< of its reads
+    std::string type; ///< of the last value that it gave; empty before
+    std::chrono::microseconds quickest = std::chrono::microseconds::max(); ///< of its reads
 };
 
 /// What ran, and how it ended when it threw.

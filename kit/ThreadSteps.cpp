@@ -61,7 +61,7 @@ std::vector<const Point*> spread(const std::vector<Point>& points, std::size_t m
 void live(const Session& session, const std::vector<const Point*>& points) {
     for (const Point* point : points) {
         const auto wrapper = session.build(point->path, point->text);
-        if (wrapper && !point->type.empty() && point->slowest < QUICK_READ) {
+        if (wrapper && !point->type.empty() && point->quickest < QUICK_READ) {
             session.read(*wrapper, point->text);
         }
     }

@@ -98,9 +98,10 @@ std::uint64_t Trial::wrappers() const {
 void Trial::run() {
     for (std::size_t children = 0; children < MOST_CHILDREN; ++children) {
         if (!goOnAfter(runOneChild())) {
-            return;
+            break;
         }
     }
+    tellOfTheRest();
 }
 
 Trial::End Trial::runOneChild() {
@@ -223,7 +224,18 @@ void Trial::add(const Finding& finding) {
         return;
     }
     found = found || finding.severity != Finding::Severity::Note;
-    tell(finding);
+    if (++alike[finding.expected] <= MOST_ALIKE) {
+        tell(finding);
+    }
+}
+
+void Trial::tellOfTheRest() const {
+    for (const auto& [expected, count] : alike) {
+        if (count > MOST_ALIKE) {
+            tell({Finding::Severity::Note, "more of the same", expected,
+                  std::to_string(count - MOST_ALIKE) + " times otherwise"});
+        }
+    }
 }
 
 } // namespace velk::kit

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <tuple>
@@ -24,11 +25,15 @@ class Trial {
 public:
     using OnFinding = std::function<void(const Finding&)>;
 
+    /// Of findings that expect the same, so many are told; the rest is counted in a note at the end.
+    static constexpr std::size_t MOST_ALIKE = 8;
+
     /// `onFinding` gets each finding once, as it comes.
     Trial(Options asked, OnFinding onFinding);
 
     void run();
 
+    /// Of all children together.
     std::size_t points() const { return servedPoints; }
     std::uint64_t wrappers() const;
     /// Any error or warning.
@@ -53,11 +58,13 @@ private:
     /// False when no further child can find out more.
     bool goOnAfter(const End& end);
     void add(const Finding& finding);
+    void tellOfTheRest() const;
 
     Options options;
     const OnFinding tell;
     Board& board;
     std::set<std::tuple<Finding::Severity, std::string, std::string>> told;
+    std::map<std::string, std::size_t> alike; ///< findings by what was expected
     std::size_t servedPoints{0};
     std::size_t step{0};      ///< that the present child has begun
     std::size_t firstStep{0}; ///< that the present child tries, behind the preparations

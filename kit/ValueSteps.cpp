@@ -99,7 +99,7 @@ Value timedRead(const Session& session, Point& point, const protocols::IValueWra
     const auto start = now();
     Value value = session.read(wrapper, point.text);
     const auto took = std::chrono::duration_cast<std::chrono::microseconds>(now() - start);
-    point.slowest = std::max(point.slowest, took);
+    point.quickest = std::min(point.quickest, took);
     return value;
 }
 
@@ -145,9 +145,10 @@ void tryPoint(const Session& session, Point& point) {
         session.call(point.text, [&] { wrapper->write(Value{std::uint32_t{0}}); });
     }
     readTwice(session, point, *wrapper, flags->readable);
-    if (point.slowest > session.options.slow) {
+    // The quicker one: a machine with other things to do may hold up any single read.
+    if (point.quickest > session.options.slow) {
         session.report.warning(point.text, "a read within " + textOf(session.options.slow),
-                               "one of " + textOf(point.slowest));
+                               "none in less than " + textOf(point.quickest));
     }
 }
 
