@@ -9,7 +9,15 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
+using powerdistribution::EAction;
+using powerdistribution::EAttribute;
+using powerdistribution::EMeasurement;
+using powerdistribution::EnumList;
+using powerdistribution::EPrivate;
+using powerdistribution::EPrivateAction;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
 
 namespace {
 

@@ -69,9 +69,6 @@ void PointTable::hold(const std::string& path, Value value, PointInfo info) {
 
 void PointTable::compute(const std::string& path, Getter getter) {
     const PointType type = typeOfPath(path);
-    if (points.count(path) != 0) {
-        throw std::logic_error{"\"" + path + "\" is computed and cannot be given a value"};
-    }
     if (!isAbsent(path)) {
         points[path] = Point{{type, true, false, {}, {}, {}}, {}, std::move(getter), {}};
     }

@@ -46,8 +46,8 @@ public:
     /// A point that holds `value`; `info` says whether it can be written.
     void hold(const std::string& path, Value value, PointInfo info);
 
-    /// A point whose value is asked for at each read. Throws std::logic_error for a path whose member the
-    /// vocabulary lacks, or that is held already.
+    /// A point whose value is asked for at each read; it takes the place of a held one. Throws
+    /// std::logic_error for a path whose member the vocabulary lacks.
     void compute(const std::string& path, Getter getter);
 
     /// A point that can only be written.
