@@ -3,6 +3,7 @@
 #include "cli/AlarmsCommand.h"
 #include "cli/ChannelsCommand.h"
 #include "cli/DevicesCommand.h"
+#include "cli/ExplainCommand.h"
 #include "cli/GetCommand.h"
 #include "cli/SetCommand.h"
 #include "cli/StatusCommand.h"
@@ -53,6 +54,10 @@ void CommandLine::addLookingCommands() {
     CLI::App* get = app->add_subcommand("get", "The values of paths");
     get->add_option("PATH", paths, "Paths, also with wildcards, and devices")->required();
     get->callback([this] { command = [this](Session& session) { return runGet(session, paths); }; });
+    CLI::App* explain =
+        app->add_subcommand("explain", "Where one value comes from, how it is polled, its alarms");
+    explain->add_option("PATH", path, "One path, such as Inputs.1.Measure.Voltage")->required();
+    explain->callback([this] { command = [this](Session& session) { return runExplain(session, path); }; });
     app->add_subcommand("devices", "The devices of the store")->callback([this] { command = runDevices; });
     CLI::App* channels = app->add_subcommand("channels", "The channels of the store with their types");
     channels->add_option("PATH", paths, "Paths, also with wildcards, and devices; all without");

@@ -43,6 +43,10 @@ public:
     /// A setting that somebody asked for while the device could not be reached: the device may not have it.
     bool isUnconfirmed(const Point& point) const;
 
+    /// True when the daemon has said that it is at rest, or has ended without a word. False also in a store
+    /// that no daemon has ever been in.
+    bool hasDaemonEnded() const { return endedMs.has_value(); }
+
 private:
     Connection ofBranch(std::uint64_t deviceId) const;
     std::optional<Connection> stated(std::uint64_t deviceId) const;

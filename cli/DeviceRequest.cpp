@@ -5,6 +5,7 @@
 #include "cli/Outcome.h"
 #include "cli/TimeText.h"
 #include "cli/ValueText.h"
+#include "cli/WriterNote.h"
 #include "platform/tessapi/InBandAccessor.h"
 
 #include <chrono>
@@ -57,6 +58,7 @@ void requireConnection(const Communication& communication, const Point& point, b
 RequestResult request(Session& session, const Point& point, const qz::CValue& value,
                       velk::common::Clock::Duration timeout) {
     Outcome outcome{session.store, session.clock};
+    announceWriter(session.store, point, value, session.nowMs());
     session.store.inbandAccessor().setChannelCValue(point.channel->id, value);
     if (!outcome.isPossible()) {
         return {RequestResult::Kind::Unknown, "no daemon has ever kept notes in this store", std::nullopt};

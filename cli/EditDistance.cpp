@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <limits>
 #include <numeric>
+#include <set>
+#include <string>
+#include <utility>
 
 namespace velk::cli {
 
@@ -44,6 +47,22 @@ std::string nearest(std::string_view wanted, const std::vector<std::string>& can
         }
     }
     return best <= tolerated(wanted, found) ? found : std::string{};
+}
+
+std::vector<std::string> nearestFew(std::string_view wanted, const std::vector<std::string>& candidates,
+                                    std::size_t limit) {
+    std::set<std::pair<std::size_t, std::string>> near;
+    for (const std::string& candidate : candidates) {
+        const std::size_t distance = editDistance(wanted, candidate);
+        if (distance <= tolerated(wanted, candidate)) {
+            near.emplace(distance, candidate);
+        }
+    }
+    std::vector<std::string> found;
+    for (auto each = near.begin(); each != near.end() && found.size() < limit; ++each) {
+        found.push_back(each->second);
+    }
+    return found;
 }
 
 } // namespace velk::cli

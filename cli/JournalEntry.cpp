@@ -20,6 +20,10 @@ std::optional<JournalEntry> entryOf(const Json& json) {
             entry.error = error.get<std::string>();
         }
         entry.time = json.at("time").get<std::string>();
+        if (const auto by = json.find("by"); by != json.end() && by->is_object()) {
+            entry.by = JournalEntry::Writer{by->value("program", ""), by->value("user", ""),
+                                            by->value("pid", std::int64_t{0})};
+        }
         return entry;
     } catch (const Json::exception&) {
         return std::nullopt;
@@ -34,6 +38,17 @@ velk::common::Uuid JournalEntry::deviceUuid() {
 
 std::optional<JournalEntry> JournalEntry::parse(std::string_view text) {
     return entryOf(Json::parse(text, nullptr, false));
+}
+
+std::optional<JournalEntry> JournalEntry::newestOf(const std::vector<JournalEntry>& notes,
+                                                   const std::string& device, const std::string& channel) {
+    std::optional<JournalEntry> newest;
+    for (const JournalEntry& note : notes) {
+        if (note.device == device && note.channel == channel) {
+            newest = note;
+        }
+    }
+    return newest;
 }
 
 std::vector<JournalEntry> JournalEntry::parseAll(std::string_view text) {

@@ -22,6 +22,10 @@ struct JournalEntry {
     /// Empty for a text that is no note.
     static std::optional<JournalEntry> parse(std::string_view json);
 
+    /// The newest of the notes on a data point; empty when there is none.
+    static std::optional<JournalEntry> newestOf(const std::vector<JournalEntry>& notes,
+                                                const std::string& device, const std::string& channel);
+
     /// The notes of an array in their order; those that are none are left out.
     static std::vector<JournalEntry> parseAll(std::string_view json);
 
@@ -32,6 +36,14 @@ struct JournalEntry {
     bool accepted{false};
     std::optional<std::string> error;
     std::string time; ///< ISO 8601, UTC
+
+    /// The program that asked for the write.
+    struct Writer {
+        std::string program; ///< "tess"
+        std::string user;
+        std::int64_t pid{0};
+    };
+    std::optional<Writer> by; ///< empty when nobody knows
 };
 
 } // namespace velk::cli

@@ -1,6 +1,7 @@
 #include "daemon/Host.h"
 
 #include "daemon/ConfigurationFile.h"
+#include "daemon/ExplainDesk.h"
 #include "daemon/HostFactsWriter.h"
 #include "daemon/LibraryManager.h"
 #include "daemon/LifeSign.h"
@@ -66,11 +67,13 @@ ExitCode host(const std::string& path) {
         log.record(piece);
     };
     LifeSign sign{openStore, std::cerr};
+    ExplainDesk desk{openStore, std::cerr};
+    desk.open();
     // Before the first run, which subscribes only to what is there.
     SystemHostSource hostSource{hostSettings(path)};
     const HostFactsWriter hostFacts{openStore, hostSource, std::cerr};
-    const auto makeManager = [&path, &onDeviceWrite, &onDeviceLog, &sign] {
-        return std::make_unique<LibraryManager>(path, onDeviceWrite, onDeviceLog, sign);
+    const auto makeManager = [&path, &onDeviceWrite, &onDeviceLog, &sign, &desk] {
+        return std::make_unique<LibraryManager>(path, onDeviceWrite, onDeviceLog, sign, desk);
     };
     Supervisor supervisor{makeManager, velk::common::Clock::system(), std::cerr,
                           "check the configuration with: powerdistributiond --check --config " + path};

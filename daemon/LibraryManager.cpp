@@ -20,15 +20,33 @@ private:
     LifeSign& sign;
 };
 
+/// Lets the desk ask a manager for the length of a run, however it ends.
+class Explained {
+public:
+    Explained(ExplainDesk& explainDesk, const velk::powerdistribution::PowerDistributionManager& manager) :
+        desk{explainDesk} {
+        desk.open();
+        desk.setDescribe([&manager](const std::string& path) { return manager.describe(path); });
+    }
+    ~Explained() { desk.setDescribe({}); }
+    Explained(const Explained&) = delete;
+    Explained& operator=(const Explained&) = delete;
+
+private:
+    ExplainDesk& desk;
+};
+
 } // namespace
 
 LibraryManager::LibraryManager(std::string configurationPath,
                                velk::powerdistribution::DeviceWriteListener onDeviceWrite,
-                               velk::powerdistribution::DeviceLogListener onDeviceLog, LifeSign& lifeSign) :
+                               velk::powerdistribution::DeviceLogListener onDeviceLog, LifeSign& lifeSign,
+                               ExplainDesk& explainDesk) :
     path{std::move(configurationPath)},
     listener{std::move(onDeviceWrite)},
     logListener{std::move(onDeviceLog)},
-    sign{lifeSign} {}
+    sign{lifeSign},
+    desk{explainDesk} {}
 
 void LibraryManager::exec() {
     velk::powerdistribution::PowerDistributionManager::Attributes attributes;
@@ -42,6 +60,7 @@ void LibraryManager::exec() {
         }
     };
     const Rest rest{sign};
+    const Explained explained{desk, manager};
     manager.exec(std::move(attributes));
 }
 

@@ -4,6 +4,7 @@
 #include "platform/tessapi/InBandAccessor.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -87,6 +88,7 @@ void WriteJournal::record(const DeviceWrite& write) {
     note["accepted"] = write.accepted;
     note["error"] = write.error.empty() ? Json(nullptr) : Json(write.error);
     note["time"] = write.time.toIso8601();
+    note["by"] = writerOf(note, write.time);
     notes.push_back(std::move(note));
     if (notes.size() > LENGTH) {
         notes.pop_front();
@@ -125,10 +127,38 @@ void WriteJournal::openStore() {
     const std::uint64_t device = emplaceDaemonDevice(*opened);
     writesChannel = inband.emplaceChannel(device, WRITES, false);
     lastWriteChannel = inband.emplaceChannel(device, LAST_WRITE, false);
+    writerChannel = inband.emplaceChannel(device, WRITER, false);
     const qz::CValue stored = inband.getChannelCValue(writesChannel);
     const std::string* text = std::get_if<std::string>(&stored.variant());
     takeOver(text == nullptr ? std::string{} : *text);
     store = std::move(opened);
+}
+
+WriteJournal::Note WriteJournal::writerOf(const Note& note, const conv::UnixTime& time) {
+    if (!store) {
+        return nullptr;
+    }
+    try {
+        const qz::CValue stored = store->inbandAccessor().getChannelCValue(writerChannel);
+        const std::string* text = std::get_if<std::string>(&stored.variant());
+        const Json said = Json::parse(text == nullptr ? "" : *text, nullptr, false);
+        if (!said.is_object() || *text == usedAnnouncement) {
+            return nullptr;
+        }
+        const bool isThisWrite = said.at("device") == note["device"] &&
+                                 said.at("channel") == note["channel"] && said.at("asked") == note["asked"];
+        const std::int64_t ageMs =
+            static_cast<std::int64_t>(time.toIntegralType()) * 1000 - said.at("timeMs").get<std::int64_t>();
+        if (!isThisWrite || std::chrono::milliseconds{std::abs(ageMs)} > WRITER_LASTS) {
+            return nullptr;
+        }
+        usedAnnouncement = *text;
+        return Json{{"program", said.at("program").get<std::string>()},
+                    {"user", said.at("user").get<std::string>()},
+                    {"pid", said.at("pid").get<std::int64_t>()}};
+    } catch (const std::exception&) {
+        return nullptr; // the store that fails is reported with the note
+    }
 }
 
 void WriteJournal::takeOver(const std::string& storedNotes) {

@@ -5,6 +5,7 @@
 #include "platform/tessapi/ITessAccessor.h"
 #include "powerdistribution/core/DeviceWrite.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -23,7 +24,13 @@ namespace velk::daemon {
 /// first, in the channel "Daemon.Writes", and the newest alone in "Daemon.LastWrite", which is written once
 /// for every note, after the array. A note is
 /// {"sequence":7,"device":"Outlets.1","channel":"Setting.AutomaticSwitchOffDelay","asked":"30","accepted":true,
-/// "error":null,"time":"2026-11-21T13:38:11.000Z"}; the sequence goes on where the store's notes end.
+/// "error":null,"time":"2026-11-21T13:38:11.000Z","by":{"program":"tess","user":"alice","pid":4711}}; the
+/// sequence goes on where the store's notes end.
+///
+/// A program that wants to be named as the writer says so right before it writes, in the channel
+/// "Daemon.Writer": {"device":…,"channel":…,"asked":…,"program":…,"user":…,"pid":…,"timeMs":…}, the time in
+/// milliseconds since 1970. It counts for the next write of that data point with that value, within
+/// `WRITER_LASTS`; "by" of any other write is null.
 ///
 /// A store that fails stops nothing: the notes are kept and written with the next one, and the failure is
 /// reported in one line, once until the store has worked again.
@@ -36,6 +43,9 @@ public:
     static constexpr std::size_t LENGTH = 256;
     static constexpr const char* WRITES = "Daemon.Writes";
     static constexpr const char* LAST_WRITE = "Daemon.LastWrite";
+    static constexpr const char* WRITER = "Daemon.Writer";
+
+    static constexpr std::chrono::seconds WRITER_LASTS{60};
 
     /// The Uuid of the daemon's own device.
     static velk::common::Uuid deviceUuid();
@@ -59,6 +69,8 @@ private:
 
     void writeOut() VELK_REQUIRES(mutex);
     void openStore() VELK_REQUIRES(mutex);
+    /// Who has announced this write; null when nobody has, or the store fails.
+    Note writerOf(const Note& note, const conv::UnixTime& time) VELK_REQUIRES(mutex);
     void takeOver(const std::string& storedNotes) VELK_REQUIRES(mutex);
 
     Opener opener;
@@ -67,6 +79,8 @@ private:
     std::unique_ptr<tessapi::ITessAccessor> store VELK_GUARDED_BY(mutex); ///< null until it could be opened
     std::uint64_t writesChannel VELK_GUARDED_BY(mutex){0};
     std::uint64_t lastWriteChannel VELK_GUARDED_BY(mutex){0};
+    std::uint64_t writerChannel VELK_GUARDED_BY(mutex){0};
+    std::string usedAnnouncement VELK_GUARDED_BY(mutex); ///< each counts for one write
     std::deque<Note> notes VELK_GUARDED_BY(mutex);
     std::size_t unsaid VELK_GUARDED_BY(mutex){0}; ///< how many of the newest notes the store has not got
     std::uint64_t sequence VELK_GUARDED_BY(mutex){0};

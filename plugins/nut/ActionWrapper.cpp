@@ -78,4 +78,13 @@ void ActionWrapper::carryOut(const ActionStep& step, std::int32_t delay) {
     device->poller.put(step.name, device->commander.set(step.name, word, hasArrived));
 }
 
+std::string ActionWrapper::sourceName() const {
+    std::string names;
+    for (const ActionStep& step : steps) {
+        const std::string name = step.word.empty() ? step.name : step.name + " " + step.word;
+        names += (names.empty() ? "" : " or ") + name;
+    }
+    return names;
+}
+
 } // namespace velk::nut

@@ -2,10 +2,12 @@
 
 #include "plugins/nut/NutDevice.h"
 #include "plugins/nut/PathIndices.h"
+#include "powerdistribution/protocols/IRuleNaming.h"
 #include "powerdistribution/protocols/ROValueWrapper.h"
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <utility>
 
 namespace velk::nut {
@@ -14,7 +16,8 @@ namespace velk::nut {
 using Compute = std::function<powerdistribution::Value(const Snapshot& snapshot, const PathIndices& indices)>;
 
 /// A data point that is worked out of several variables or of the words of one.
-class ComputedWrapper final : public powerdistribution::protocols::ROValueWrapper {
+class ComputedWrapper final : public powerdistribution::protocols::ROValueWrapper,
+                              public powerdistribution::protocols::ISourceNaming {
 public:
     ComputedWrapper(std::shared_ptr<const NutDevice> source, Compute computation,
                     const PathIndices& pathIndices, bool isKeptWhileLost) :
@@ -27,6 +30,8 @@ public:
         const auto snapshot = keptWhileLost ? device->poller.lastGood() : device->poller.current();
         return snapshot ? compute(*snapshot, indices) : powerdistribution::Value{};
     }
+
+    std::string sourceName() const override { return "several variables"; }
 
 private:
     std::shared_ptr<const NutDevice> device;

@@ -42,4 +42,10 @@ ValueWrapperPtr NutWrapperFactory::buildWrapper(const powerdistribution::EPath& 
     return RuleBasedWrapperBuilder{deviceRules()}.buildWrapper(parameters);
 }
 
+std::string NutWrapperFactory::ruleOf(const powerdistribution::EPath& path) const {
+    const std::any argument{&context};
+    Rule::ExecutionParameters parameters{path, 0, *this, protocol, argument};
+    return RuleBasedWrapperBuilder{deviceRules()}.ruleOf(parameters);
+}
+
 } // namespace velk::nut

@@ -2,6 +2,7 @@
 
 #include "plugins/nut/Codec.h"
 #include "plugins/nut/NutDevice.h"
+#include "powerdistribution/protocols/IRuleNaming.h"
 #include "powerdistribution/protocols/RWValueWrapper.h"
 
 #include <memory>
@@ -13,7 +14,8 @@ namespace velk::nut {
 ///
 /// A write that the device did not take gives false, with the reason in one line on the standard error. After
 /// one that it took, `read` gives the device's new value at once.
-class SettingWrapper final : public powerdistribution::protocols::RWValueWrapper {
+class SettingWrapper final : public powerdistribution::protocols::RWValueWrapper,
+                             public powerdistribution::protocols::ISourceNaming {
 public:
     /// A setting that `isKeptWhileLost` reads as it was last known while the device cannot be reached.
     SettingWrapper(std::shared_ptr<NutDevice> target, std::string variableName, Codec writing,
@@ -22,6 +24,9 @@ public:
     bool isWritable() const override { return writable; }
     powerdistribution::Value read() const override;
     bool write(const powerdistribution::Value& value) override;
+    std::string sourceName() const override {
+        return writable ? variable : variable + ", which is read-only";
+    }
 
 private:
     std::string change(const powerdistribution::Value& asked, const Snapshot& snapshot);

@@ -7,6 +7,14 @@ powerdistribution::Value VariableWrapper::read() const {
     return snapshot ? firstValue(*snapshot, variables, decode) : powerdistribution::Value{};
 }
 
+std::string VariableWrapper::sourceName() const {
+    std::string names;
+    for (const std::string& variable : variables) {
+        names += (names.empty() ? "" : " or ") + variable;
+    }
+    return names;
+}
+
 powerdistribution::Value firstValue(const Snapshot& snapshot, const std::vector<std::string>& variables,
                                     Decode decode) {
     for (const std::string& variable : variables) {

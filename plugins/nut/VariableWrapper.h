@@ -2,6 +2,7 @@
 
 #include "plugins/nut/Decoders.h"
 #include "plugins/nut/NutDevice.h"
+#include "powerdistribution/protocols/IRuleNaming.h"
 #include "powerdistribution/protocols/ROValueWrapper.h"
 
 #include <memory>
@@ -11,7 +12,8 @@
 namespace velk::nut {
 
 /// A data point that a variable of the device gives; of several, the first that means something now.
-class VariableWrapper final : public powerdistribution::protocols::ROValueWrapper {
+class VariableWrapper final : public powerdistribution::protocols::ROValueWrapper,
+                              public powerdistribution::protocols::ISourceNaming {
 public:
     enum class WhileLost {
         Empty, ///< what is measured must never be shown as if it were fresh
@@ -26,6 +28,7 @@ public:
         whileLost{lossBehaviour} {}
 
     powerdistribution::Value read() const override;
+    std::string sourceName() const override;
 
 private:
     std::shared_ptr<const NutDevice> device;

@@ -28,5 +28,17 @@ TEST(EditDistanceTest, GivesNothingWhenEvenTheNearestHasNothingToDoWithIt) {
     EXPECT_EQ(nearest("x", {}), "");
 }
 
+TEST(NearestFewTest, NearestComeFirstEachOnceAndNoMoreThanAskedFor) {
+    const std::vector<std::string> candidates{"Outlets.2", "Outlets.1", "Inputs.1", "Outlets.1", "Outlet.1"};
+    EXPECT_EQ(nearestFew("Outlets.1", candidates, 3),
+              (std::vector<std::string>{"Outlets.1", "Outlet.1", "Outlets.2"}));
+    EXPECT_EQ(nearestFew("Outlets.1", candidates, 1), std::vector<std::string>{"Outlets.1"});
+}
+
+TEST(NearestFewTest, WhatHasNothingToDoWithItIsNotNear) {
+    EXPECT_TRUE(nearestFew("Outlets.1", {"Status.Mode", "Inputs.1.Measure.Voltage"}, 3).empty());
+    EXPECT_TRUE(nearestFew("Outlets.1", {}, 3).empty());
+}
+
 } // namespace
 } // namespace velk::cli

@@ -1,12 +1,15 @@
 #include "cli/JournalEntry.h"
 #include "cli/Outcome.h"
 #include "cli/ValueText.h"
+#include "cli/WriterNote.h"
 #include "daemon/WriteJournal.h"
+#include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/TessAccessor.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <unistd.h>
 
 // The journal is written by one program and read by another; here both meet.
 
@@ -49,6 +52,89 @@ TEST_F(JournalReadersTest, WhoWaitsForTheOutcomeHearsOfIt) {
     EXPECT_EQ(note->error, "no");
     EXPECT_EQ(note->sequence, 3U);
     EXPECT_EQ(errors.str(), "");
+}
+
+/// A write of which somebody may have told before that it is theirs.
+class WriterOfANoteTest : public JournalReadersTest {
+protected:
+    WriterOfANoteTest() { journal.open(); }
+
+    static cli::Point point() {
+        cli::Point point;
+        point.devicePath = "Outlets.1";
+        point.name = "Setting.Delay";
+        return point;
+    }
+
+    void announce(std::int32_t value, std::int64_t timeMs = 100'000) {
+        cli::announceWriter(*reader, point(), qz::CValue{value}, timeMs);
+    }
+
+    /// Who wrote, by the note of a write at 100 s.
+    std::string recorded(std::int32_t value, const std::string& channel = "Setting.Delay") {
+        journal.record({"Outlets.1", channel, Value{value}, true, "", conv::UnixTime{100}});
+        const std::uint64_t device = reader->deviceIdOf(JournalEntry::deviceUuid());
+        tessapi::InBandAccessor& inband = reader->inbandAccessor();
+        const auto note = JournalEntry::parse(
+            inband.getChannelCValue(inband.getCatchedChannelId(device, JournalEntry::LAST_WRITE))
+                .as_string());
+        if (!note || !note->by) {
+            return "unknown";
+        }
+        EXPECT_FALSE(note->by->user.empty());
+        return note->by->program + " " + std::to_string(note->by->pid);
+    }
+
+    const std::string own{"tess " + std::to_string(getpid())};
+};
+
+TEST_F(WriterOfANoteTest, ProgramThatToldBeforeIsNamed) {
+    announce(30);
+    EXPECT_EQ(recorded(30), own);
+}
+
+TEST_F(WriterOfANoteTest, NobodyIsNamedForAWriteThatNobodyTold) {
+    EXPECT_EQ(recorded(30), "unknown");
+}
+
+TEST_F(WriterOfANoteTest, TellingCountsForThatDataPointAndValueAlone) {
+    announce(30);
+    EXPECT_EQ(recorded(31), "unknown");
+    EXPECT_EQ(recorded(30, "Setting.Other"), "unknown");
+    EXPECT_EQ(recorded(30), own);
+}
+
+TEST_F(WriterOfANoteTest, TellingCountsForOneWrite) {
+    announce(30);
+    EXPECT_EQ(recorded(30), own);
+    EXPECT_EQ(recorded(30), "unknown");
+    announce(30, 100'001);
+    EXPECT_EQ(recorded(30), own);
+}
+
+TEST_F(WriterOfANoteTest, TellingCountsForAMinute) {
+    announce(30, 40'000);
+    EXPECT_EQ(recorded(30), own);
+    announce(30, 39'999);
+    EXPECT_EQ(recorded(30), "unknown");
+}
+
+TEST_F(WriterOfANoteTest, WhatIsNoTellingNamesNobody) {
+    tessapi::InBandAccessor& inband = reader->inbandAccessor();
+    const std::uint64_t device = reader->deviceIdOf(JournalEntry::deviceUuid());
+    const std::uint64_t channel = inband.getCatchedChannelId(device, WriteJournal::WRITER);
+    for (const char* text :
+         {"", "tess", "[]", "{}", R"({"device":"Outlets.1"})",
+          R"({"device":"Outlets.1","channel":"Setting.Delay","asked":"30","timeMs":"now"})"}) {
+        inband.setChannelCValue(channel, qz::CValue{text});
+        EXPECT_EQ(recorded(30), "unknown") << text;
+    }
+}
+
+TEST_F(JournalReadersTest, TellingNobodyWhoWritesHarmsNothing) {
+    const auto empty = tessapi::TessAccessor::open("test", "memory:no-daemon");
+    EXPECT_NO_THROW(cli::announceWriter(*empty, cli::Point{}, qz::CValue{1}, 0));
+    EXPECT_TRUE(empty->browser().snapshot().channels.empty());
 }
 
 TEST_F(JournalReadersTest, NobodyHearsOfWritesBeforeHeAsked) {

@@ -60,7 +60,7 @@ TEST_F(WriteJournalTest, OpeningMakesAChildOfTheRootWithItsChannelsAndNoNote) {
     EXPECT_EQ(store->inbandAccessor().getDeviceAttribute(store->deviceIdOf(WriteJournal::deviceUuid()),
                                                          tessapi::DeviceAttribute::path),
               "Daemon");
-    EXPECT_EQ(store->calls("emplaceChannel").size(), 2U);
+    EXPECT_EQ(store->calls("emplaceChannel").size(), 3U);
     EXPECT_EQ(writes(), 0U);
 }
 
@@ -69,7 +69,7 @@ TEST_F(WriteJournalTest, ANoteTellsEverythingOfAWrite) {
     journal.record(writeOf(30));
     const std::string note =
         R"({"sequence":1,"device":"Outlets.1","channel":"Setting.AutomaticSwitchOffDelay",)"
-        R"("asked":"30","accepted":true,"error":null,"time":"2023-11-14T22:13:20.000Z"})";
+        R"("asked":"30","accepted":true,"error":null,"time":"2023-11-14T22:13:20.000Z","by":null})";
     EXPECT_EQ(text("Daemon.LastWrite"), note);
     EXPECT_EQ(text("Daemon.Writes"), "[" + note + "]");
 }

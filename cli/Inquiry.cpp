@@ -1,0 +1,100 @@
+#include "cli/Inquiry.h"
+
+#include "cli/Communication.h"
+#include "cli/JournalEntry.h"
+#include "platform/common/Mutex.h"
+#include "platform/tessapi/InBandAccessor.h"
+
+#include <condition_variable>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <unistd.h>
+#include <utility>
+
+namespace velk::cli {
+
+using Json = nlohmann::ordered_json;
+using velk::common::MutexLock;
+
+namespace {
+
+/// Outlives the inquiry while a call of the store is still running in it.
+struct AnswerBox {
+    velk::common::Mutex mutex;
+    std::condition_variable_any arrived;
+    std::optional<Json> answer VELK_GUARDED_BY(mutex);
+};
+
+/// No other question has it.
+std::string freshId() {
+    std::random_device chance;
+    std::ostringstream text;
+    text << getpid() << "-" << std::hex << chance() << chance();
+    return text.str();
+}
+
+/// A subscription for a scope.
+class Listening {
+public:
+    Listening(tessapi::InBandAccessor& store, std::uint64_t channel,
+              tessapi::InBandAccessor::ChannelCallback callback) :
+        inband{store} {
+        inband.subscribeMultipleChannels({channel}, std::move(callback), qz::sub::everyWrite, &subscription);
+    }
+    ~Listening() { inband.unsubscribe(subscription); }
+    Listening(const Listening&) = delete;
+    Listening& operator=(const Listening&) = delete;
+
+private:
+    tessapi::InBandAccessor& inband;
+    std::uint64_t subscription{0};
+};
+
+std::optional<Json> waitForAnswer(AnswerBox& box, velk::common::Clock& clock,
+                                  velk::common::Clock::Duration timeout) {
+    const velk::common::Clock::Duration deadline = clock.now() + timeout;
+    MutexLock lock{box.mutex};
+    while (!box.answer) {
+        const velk::common::Clock::Duration left = deadline - clock.now();
+        if (left <= velk::common::Clock::Duration::zero()) {
+            return std::nullopt;
+        }
+        clock.waitFor(box.arrived, lock, left);
+    }
+    return box.answer;
+}
+
+} // namespace
+
+Inquiry::Result Inquiry::ask(Session& session, const Communication& communication, const std::string& path,
+                             velk::common::Clock::Duration timeout) {
+    tessapi::InBandAccessor& inband = session.store.inbandAccessor();
+    const std::uint64_t device = session.store.deviceIdOf(JournalEntry::deviceUuid());
+    const std::uint64_t answers = inband.getCatchedChannelId(device, ANSWER);
+    const std::uint64_t questions = inband.getCatchedChannelId(device, REQUEST);
+    if (answers == tessapi::ITessAccessor::UNKNOWN_ID || questions == tessapi::ITessAccessor::UNKNOWN_ID) {
+        return {std::nullopt, "no daemon has ever answered questions in this store"};
+    }
+    if (communication.hasDaemonEnded()) {
+        return {std::nullopt, "the daemon is not running"};
+    }
+    const auto box = std::make_shared<AnswerBox>();
+    const std::string id = freshId();
+    const Listening listening{inband, answers, [box, id](std::uint64_t, const qz::CValue& value) {
+                                  const std::string* text = std::get_if<std::string>(&value.variant());
+                                  Json answer = Json::parse(text == nullptr ? "" : *text, nullptr, false);
+                                  if (answer.is_object() && answer.value("id", Json{}) == Json(id)) {
+                                      const MutexLock lock{box->mutex};
+                                      box->answer = std::move(answer);
+                                      box->arrived.notify_all();
+                                  }
+                              }};
+    inband.setChannelCValue(questions, qz::CValue{Json{{"id", id}, {"path", path}}.dump(
+                                           -1, ' ', false, Json::error_handler_t::replace)});
+    std::optional<Json> answer = waitForAnswer(*box, session.clock, timeout);
+    const std::string silence = answer ? "" : "the daemon does not answer";
+    return {std::move(answer), silence};
+}
+
+} // namespace velk::cli
