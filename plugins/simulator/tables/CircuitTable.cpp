@@ -141,13 +141,10 @@ void addDerivedRows(Rows& rows, const EPath& circuit) {
             make_if(hasVoltageLLMeasure, mult(beside(ESpecification::VoltageNominal), square3))},
         {circuit + ESpecification::ActivePowerHighWarningThreshold,
             multWithPercent(beside(ESpecification::ActivePowerNominal), beside(ESpecification::PercentLoadHighWarningThreshold))},
+        {circuit + EStatus::VoltageOutOfRange, whileConnected(buildEmulatedVoltageOutOfRange)},
         {circuit + EStatus::Supply,            buildSupplierEmulatedSupply},
     };
     rows.insert(rows.end(), derived.begin(), derived.end());
-    // The toolkit derives it for a circuit, not for the device as a whole.
-    if (!circuit.empty()) {
-        rows.push_back({circuit + EStatus::VoltageOutOfRange, whileConnected(buildEmulatedVoltageOutOfRange)});
-    }
 }
 // clang-format on
 

@@ -17,6 +17,10 @@ void addOutputRows(Rows& rows) {
         addSwitchRows(rows, circuit);
         addPhaseRows(rows, circuit);
     }
+    const EPath branch{ECircuit::Branches, oneTo(128)};
+    rows.push_back({branch + ESpecification::Switchable, own});
+    // Of a branch nobody else knows it; for inputs, outputs and outlets the library computes it.
+    rows.push_back({branch + EStatus::OperatingStatus, own});
 }
 
 } // namespace velk::simulator
