@@ -93,6 +93,9 @@ public:
     std::shared_ptr<ThreadPool> pool;
 
 private:
+    /// Workers that poll a short job each would be woken and laid down again for every one.
+    static constexpr std::size_t JOBS_PER_WAKE = 64;
+
     static bool isReady(const std::future<void>& result) {
         return result.wait_for(std::chrono::seconds{0}) == std::future_status::ready;
     }
@@ -116,11 +119,15 @@ private:
     }
 
     void startAll(std::vector<Task<F>>&& batch, std::vector<Task<F>>& pending) VELK_EXCLUDES(mutex) {
+        std::size_t unannounced = 0;
         for (Task<F>& task : batch) {
             const bool isRecurring = task.kind == Task<F>::RECURRING;
             const bool isStillRunning = task.result && !isReady(*task.result);
             if (!isStillRunning) {
-                task.result = std::make_shared<std::future<void>>(pool->async(task.function));
+                task.result = std::make_shared<std::future<void>>(pool->enqueue(task.function));
+                if (++unannounced % JOBS_PER_WAKE == 0) {
+                    pool->wakeWorkers();
+                }
                 task.currentPriority = isRecurring ? task.basePriority : task.currentPriority;
             }
             // A task whose last run goes on returns unchanged, so that it comes up again in the next cycle.
@@ -130,6 +137,7 @@ private:
                 push(std::move(task));
             }
         }
+        pool->wakeWorkers();
     }
 
     /// Required: at most one finished task leaves in a cycle.

@@ -1,7 +1,6 @@
 #include "powerdistribution/sched/ThreadPool.h"
 
 #include <chrono>
-#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -29,18 +28,24 @@ ThreadPool::~ThreadPool() {
 }
 
 std::future<void> ThreadPool::async(const Job& job) {
-    const auto task = std::make_shared<std::packaged_task<void()>>(job);
-    std::future<void> result = task->get_future();
-    {
-        const MutexLock lock{mutex};
-        if (stopped) {
-            throw std::runtime_error{"Failed to enqueue on stopped ThreadPool"};
-        }
-        queue.emplace_back([task] { (*task)(); });
-    }
+    std::future<void> result = enqueue(job);
     workAvailable.notify_one();
-    workerIdle.notify_all();
     return result;
+}
+
+std::future<void> ThreadPool::enqueue(const Job& job) {
+    std::packaged_task<void()> task{job};
+    std::future<void> result = task.get_future();
+    const MutexLock lock{mutex};
+    if (stopped) {
+        throw std::runtime_error{"Failed to enqueue on stopped ThreadPool"};
+    }
+    queue.push_back(std::move(task));
+    return result;
+}
+
+void ThreadPool::wakeWorkers() {
+    workAvailable.notify_all();
 }
 
 void ThreadPool::waitForRoom(const std::atomic<bool>& running, Clock& clock) {
@@ -64,17 +69,17 @@ void ThreadPool::shutDown() {
 
 void ThreadPool::workerJob() {
     for (;;) {
-        Job job;
-        if (!takeJob(job)) {
+        std::packaged_task<void()> task;
+        if (!takeTask(task)) {
             return;
         }
-        job();
-        workerIdle.notify_all();
+        task();
     }
 }
 
-/// False when the worker is to end.
-bool ThreadPool::takeJob(Job& job) {
+/// False when the worker is to end. A scheduler that waits for room is woken only when there may be some:
+/// with the last job of the queue, and by a worker that finds none.
+bool ThreadPool::takeTask(std::packaged_task<void()>& task) {
     MutexLock lock{mutex};
     if (queue.empty()) {
         ++idleWorkers;
@@ -88,8 +93,12 @@ bool ThreadPool::takeJob(Job& job) {
         }
         --idleWorkers;
     }
-    job = std::move(queue.front());
+    task = std::move(queue.front());
     queue.pop_front();
+    // Another worker may have been woken for this job and count as idle still.
+    if (queue.empty() && idleWorkers != 0) {
+        workerIdle.notify_all();
+    }
     return true;
 }
 

@@ -16,8 +16,8 @@ namespace velk::common {
 
 /// A fixed number of threads that run jobs in order of arrival.
 ///
-/// Threads: `async` and `waitForRoom` on any; construction, `shutDown` and destruction on one, which is none
-/// of the workers.
+/// Threads: `async`, `enqueue`, `wakeWorkers` and `waitForRoom` on any; construction, `shutDown` and
+/// destruction on one, which is none of the workers.
 class ThreadPool {
 public:
     using Job = std::function<void()>;
@@ -37,6 +37,11 @@ public:
     /// Throws std::runtime_error "Failed to enqueue on stopped ThreadPool".
     std::future<void> async(const Job& job) VELK_EXCLUDES(mutex);
 
+    /// As `async`, but workers that wait for work do not hear of it before `wakeWorkers`: so that many short
+    /// jobs do not wake and lay down a worker each.
+    std::future<void> enqueue(const Job& job) VELK_EXCLUDES(mutex);
+    void wakeWorkers();
+
     /// Blocks until the queue is empty and a worker is idle, or until `running` is false, which is noticed
     /// within 500 ms of `clock`.
     void waitForRoom(const std::atomic<bool>& running, Clock& clock) VELK_EXCLUDES(mutex);
@@ -47,10 +52,10 @@ public:
 
 private:
     void workerJob() VELK_EXCLUDES(mutex);
-    bool takeJob(Job& job) VELK_EXCLUDES(mutex);
+    bool takeTask(std::packaged_task<void()>& task) VELK_EXCLUDES(mutex);
 
     std::vector<std::thread> threads;
-    std::deque<Job> queue VELK_GUARDED_BY(mutex);
+    std::deque<std::packaged_task<void()>> queue VELK_GUARDED_BY(mutex);
     Mutex mutex;
     std::condition_variable_any workAvailable;
     std::condition_variable_any workerIdle;

@@ -149,6 +149,48 @@ TEST(ThreadPoolTest, RoomMeansAnEmptyQueueAndAnIdleWorker) {
     waiting.join();
 }
 
+TEST(ThreadPoolTest, ThereIsRoomWhenAWorkerTakesTheLastJobWhileAnotherOneIsIdle) {
+    FakeClock clock{FakeClock::Passing::ByHand};
+    const std::atomic<bool> running{true};
+    ThreadPool pool{2};
+    std::promise<void> release;
+    pool.async([&] { release.get_future().wait(); });
+    pool.waitForRoom(running, clock); // the other worker sleeps now
+    pool.enqueue([] {});              // and nobody tells it
+    std::thread waiting{[&] { pool.waitForRoom(running, clock); }};
+    clock.awaitBlocked(1);
+    release.set_value();
+    waiting.join();
+}
+
+TEST(ThreadPoolTest, EnqueuedJobsRunInOrderOnceTheWorkersAreWoken) {
+    std::vector<int> order;
+    ThreadPool pool{1};
+    settle(pool, 1);
+    std::future<void> last;
+    for (int i = 0; i < 100; ++i) {
+        last = pool.enqueue([&order, i] { order.push_back(i); });
+    }
+    pool.wakeWorkers();
+    last.get();
+    ASSERT_EQ(order.size(), 100U);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(ThreadPoolTest, WakingReachesEveryWorker) {
+    ThreadPool pool{3};
+    settle(pool, 3);
+    std::latch all{3};
+    std::vector<std::future<void>> results;
+    for (int i = 0; i < 3; ++i) {
+        results.push_back(pool.enqueue([&] { all.arrive_and_wait(); }));
+    }
+    pool.wakeWorkers();
+    for (auto& result : results) {
+        result.get();
+    }
+}
+
 TEST(ThreadPoolTest, WaitForRoomTestsAgainEveryHalfSecond) {
     FakeClock clock{FakeClock::Passing::ByHand};
     std::atomic<bool> running{true};
