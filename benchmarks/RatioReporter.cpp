@@ -1,51 +1,127 @@
 #include "benchmarks/RatioReporter.h"
 
+#include <algorithm>
+#include <cmath>
 #include <iomanip>
 #include <iostream>
+#include <sstream>
 
 namespace velk::benchmarks {
 
 namespace {
 
-double baselineOf(const std::string& group, const std::map<std::string, double>& baselines) {
-    const auto found = baselines.find(group);
-    return found == baselines.end() ? 0.0 : found->second;
+struct Scale {
+    double from;
+    double divisor;
+    const char* unit;
+};
+
+constexpr Scale TIMES[] = {{1e9, 1e9, " s"}, {1e6, 1e6, " ms"}, {1e3, 1e3, " us"}, {0, 1, " ns"}};
+
+std::string text(double value, const std::string& unit) {
+    std::ostringstream out;
+    out << std::fixed;
+    if (unit == "ns") {
+        const auto* scale = std::find_if(std::begin(TIMES), std::end(TIMES) - 1,
+                                         [value](const Scale& one) { return value >= one.from; });
+        const double scaled = value / scale->divisor;
+        out << std::setprecision(scaled < 100 ? 2 : 0) << scaled << scale->unit;
+    } else {
+        out << std::setprecision(value < 100 ? 2 : 0) << value << ' ' << unit;
+    }
+    return out.str();
 }
 
 } // namespace
 
-void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
-    ConsoleReporter::ReportRuns(runs);
-    for (const Run& run : runs) {
-        if (run.aggregate_name != "median") {
-            continue;
-        }
-        const std::string full = run.run_name.function_name;
-        const auto slash = full.find('/');
-        const double inNanoseconds = 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
-        groups[full.substr(0, slash)].push_back(
-            {full.substr(slash + 1), run.GetAdjustedRealTime() * inNanoseconds});
-    }
+bool RatioReporter::ReportContext(const Context& context) {
+    PrintBasicContext(&std::cerr, context);
+    return true;
 }
 
-void RatioReporter::Finalize() {
-    std::map<std::string, double> baselines;
-    for (const auto& [group, medians] : groups) {
-        for (const Median& median : medians) {
-            if (median.name == "baseline") {
-                baselines[group] = median.nanoseconds;
+void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
+    for (const Run& run : runs) {
+        const std::string name = run.run_name.function_name;
+        if (run.error_occurred) {
+            std::cerr << name << " FAILED: " << run.error_message << '\n';
+            continue;
+        }
+        if (name != last) {
+            std::cerr << "measured " << name << '\n';
+            last = name;
+        }
+        const bool isMedian = run.aggregate_name == "median";
+        if (!isMedian && run.aggregate_name != "cv") {
+            continue;
+        }
+        if (name.find('/') != std::string::npos) {
+            const double scale = isMedian ? 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit) : 1;
+            note(name, "ns", (isMedian ? run.GetAdjustedRealTime() : run.real_accumulated_time) * scale,
+                 isMedian);
+        }
+        for (const auto& [counter, value] : run.counters) {
+            const auto bracket = counter.find(" [");
+            if (counter.find('/') != std::string::npos && bracket != std::string::npos) {
+                note(counter.substr(0, bracket), counter.substr(bracket + 2, counter.size() - bracket - 3),
+                     value, isMedian);
             }
         }
     }
-    std::cout << "\n| Measured | median | ratio to its baseline |\n|---|---:|---:|\n" << std::fixed;
-    for (const auto& [group, medians] : groups) {
-        const double baseline = baselineOf(group, baselines);
-        for (const Median& median : medians) {
-            std::cout << "| " << group << ": " << median.name << " | " << std::setprecision(3)
-                      << median.nanoseconds / 1000.0 << " us | " << std::setprecision(2)
-                      << median.nanoseconds / baseline << " |\n";
-        }
+}
+
+void RatioReporter::note(const std::string& name, const std::string& unit, double value, bool isMedian) {
+    const auto slash = name.find('/');
+    Figure& noted = figure(name.substr(0, slash), name.substr(slash + 1));
+    noted.unit = unit;
+    (isMedian ? noted.median : noted.variation) = value;
+}
+
+RatioReporter::Figure& RatioReporter::figure(const std::string& group, const std::string& name) {
+    const auto isGroup = [&group](const Group& one) { return one.name == group; };
+    auto found = std::find_if(groups.begin(), groups.end(), isGroup);
+    if (found == groups.end()) {
+        found = groups.insert(found, {group, {}});
     }
+    const auto isFigure = [&name](const Figure& one) { return one.name == name; };
+    auto& figures = found->figures;
+    auto known = std::find_if(figures.begin(), figures.end(), isFigure);
+    if (known == figures.end()) {
+        known = figures.insert(known, Figure{name, {}, 0, 0});
+    }
+    return *known;
+}
+
+void RatioReporter::Finalize() {
+    for (const Group& group : groups) {
+        print(group);
+    }
+}
+
+void RatioReporter::print(const Group& group) {
+    const auto& figures = group.figures;
+    const auto baseline = std::find_if(figures.begin(), figures.end(),
+                                       [](const Figure& one) { return one.name.rfind("baseline", 0) == 0; });
+    std::size_t width = group.name.size();
+    for (const Figure& one : figures) {
+        width = std::max(width, one.name.size());
+    }
+    const auto left = [width](const std::string& cell) {
+        std::cout << "| " << cell << std::string(width - cell.size(), ' ') << " | ";
+    };
+    std::cout << '\n';
+    left(group.name);
+    std::cout << "    median | spread |   ratio |\n|" << std::string(width + 2, '-')
+              << "|-----------:|-------:|--------:|\n";
+    for (const Figure& one : figures) {
+        left(one.name);
+        std::ostringstream ratio;
+        if (baseline != figures.end()) {
+            ratio << std::fixed << std::setprecision(2) << one.median / baseline->median;
+        }
+        std::cout << std::setw(10) << text(one.median, one.unit) << " | " << std::setw(4)
+                  << std::lround(one.variation * 100) << " % | " << std::setw(7) << ratio.str() << " |\n";
+    }
+    std::cout << std::flush;
 }
 
 } // namespace velk::benchmarks

@@ -8,22 +8,36 @@
 
 namespace velk::benchmarks {
 
-/// Prints what the console reporter prints, and at the end a table of medians with their ratio to the
-/// baseline of their group. A benchmark is called "group/name"; the baseline of a group is "group/baseline".
-class RatioReporter : public benchmark::ConsoleReporter {
+/// Prints one table at the end: medians, their spread, and their ratio to the baseline of their group.
+///
+/// A benchmark is called "group/name", and its time is the figure; the baseline of a group is the one whose
+/// name begins with "baseline". A counter called "group/name [unit]" is a figure of its own, for what is no
+/// time or for several figures of one run; the time of a benchmark without "/" in its name is none.
+class RatioReporter : public benchmark::BenchmarkReporter {
 public:
-    RatioReporter() : ConsoleReporter{OO_Tabular} {}
-
+    bool ReportContext(const Context& context) override;
     void ReportRuns(const std::vector<Run>& runs) override;
     void Finalize() override;
 
 private:
-    struct Median {
+    struct Figure {
         std::string name;
-        double nanoseconds;
+        std::string unit;    ///< "ns" for a time
+        double median{0};    ///< in that unit
+        double variation{0}; ///< standard deviation as a share of the mean
     };
 
-    std::map<std::string, std::vector<Median>> groups;
+    struct Group {
+        std::string name;
+        std::vector<Figure> figures;
+    };
+
+    void note(const std::string& name, const std::string& unit, double value, bool isMedian);
+    Figure& figure(const std::string& group, const std::string& name);
+    static void print(const Group& group);
+
+    std::vector<Group> groups; ///< in the order of the measurements
+    std::string last;          ///< the benchmark that was told of last
 };
 
 } // namespace velk::benchmarks

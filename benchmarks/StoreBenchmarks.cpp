@@ -1,6 +1,7 @@
 // What the store costs. Baseline: the same number of bytes put into a plain table of the same database
 // library, one transaction each, with the same durability.
 
+#include "benchmarks/PlainTable.h"
 #include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/TessAccessor.h"
 #include "testing/TemporaryDirectory.h"
@@ -12,8 +13,6 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
-#include <sqlite3.h>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,6 +21,7 @@ namespace {
 
 using tessapi::InBandAccessor;
 using tessapi::TessAccessor;
+using velk::benchmarks::PlainTable;
 
 const std::string voltage{"PowerDistribution.Measure.Voltage"};
 
@@ -38,46 +38,6 @@ struct Store {
     std::unique_ptr<TessAccessor> accessor{TessAccessor::open("benchmark", url)};
     std::uint64_t device{};
     std::uint64_t channel{};
-};
-
-/// The bare database library.
-class PlainTable {
-public:
-    PlainTable() {
-        sqlite3_open((directory / "plain.db").c_str(), &database);
-        run("PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA wal_autocheckpoint=0;"
-            "CREATE TABLE value(id INTEGER PRIMARY KEY, content REAL); INSERT INTO value VALUES(1, 0);");
-        sqlite3_prepare_v2(database, "UPDATE value SET content = ? WHERE id = 1", -1, &update, nullptr);
-        sqlite3_prepare_v2(database, "SELECT content FROM value WHERE id = 1", -1, &select, nullptr);
-    }
-    ~PlainTable() {
-        sqlite3_finalize(update);
-        sqlite3_finalize(select);
-        sqlite3_close(database);
-    }
-    void write(double content) {
-        sqlite3_bind_double(update, 1, content);
-        sqlite3_step(update);
-        sqlite3_reset(update);
-    }
-    double read() {
-        sqlite3_step(select);
-        const double content = sqlite3_column_double(select, 0);
-        sqlite3_reset(select);
-        return content;
-    }
-
-private:
-    void run(const char* statements) {
-        if (sqlite3_exec(database, statements, nullptr, nullptr, nullptr) != SQLITE_OK) {
-            throw std::runtime_error{sqlite3_errmsg(database)};
-        }
-    }
-
-    velk::testing::TemporaryDirectory directory;
-    sqlite3* database{nullptr};
-    sqlite3_stmt* update{nullptr};
-    sqlite3_stmt* select{nullptr};
 };
 
 void plainWrite(benchmark::State& state) {

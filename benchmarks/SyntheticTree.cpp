@@ -1,0 +1,65 @@
+#include "benchmarks/SyntheticTree.h"
+
+#include "platform/tessapi/TessAccessor.h"
+#include "powerdistribution/alarms/AlarmProxyWrapperFactory.h"
+#include "powerdistribution/datamodel/powerEquipmentBuilder.h"
+#include "powerdistribution/protocols/ProxyWrapperFactory.h"
+
+#include <stdexcept>
+
+namespace velk::benchmarks {
+
+using namespace powerdistribution;
+
+namespace {
+
+std::string urlFor(SyntheticTree::Store kind, const testing::TemporaryDirectory& folder) {
+    return kind == SyntheticTree::Store::file ? "sqlite:" + (folder / "tess.db").string()
+                                              : "memory:" + folder.path().filename().string();
+}
+
+} // namespace
+
+SyntheticTree::SyntheticTree(std::uint32_t outletCount, Store kind, const More& more) :
+    outlets{outletCount},
+    url{urlFor(kind, folder)},
+    device{outletCount, folder.path()},
+    store{tessapi::TessAccessor::open("benchmark", url)},
+    factory{std::make_shared<protocols::ProxyWrapperFactory>(
+        buildAlarmProxyWrapperFactory(device.wrapperFactory()))} {
+    const auto builder = [&more](const EPath& path, const common::Uuid& uuid, const Factories& factories) {
+        auto root = datamodel::powerEquipmentBuilder(path, uuid, factories);
+        if (more) {
+            more(factories, uuid);
+        }
+        return root;
+    };
+    if (!model.build(*factory, store.connectorFactory(), builder) || !model.initialize()) {
+        throw std::runtime_error{"the tree cannot be built"};
+    }
+}
+
+SyntheticTree& SyntheticTree::ofSize(std::uint32_t outlets) {
+    static std::unique_ptr<SyntheticTree> present;
+    if (present == nullptr || present->outlets != outlets) {
+        present.reset();
+        present = std::make_unique<SyntheticTree>(outlets, Store::memory);
+    }
+    return *present;
+}
+
+std::size_t SyntheticTree::refreshesIn(std::size_t cycle) const {
+    const auto isTurnOf = [cycle](std::size_t rank) { return (cycle + 1) % (rank + 1) == 0; };
+    const datamodel::DataModelContainer& all = handlers();
+    std::size_t due = all.group<EStatus>().size() + all.group<ECommunicationStatus>().size();
+    if (isTurnOf(4)) {
+        due += all.group<EMeasurement>().size();
+    }
+    if (isTurnOf(60)) {
+        due += all.group<ESetting>().size() + all.group<ESpecification>().size() +
+               all.group<EAttribute>().size();
+    }
+    return due;
+}
+
+} // namespace velk::benchmarks

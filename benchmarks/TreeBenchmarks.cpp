@@ -1,0 +1,112 @@
+// The whole library over a device of 100 to 50,000 data points: time from the start to MONITOR, memory, and
+// time to let go of it all. Each start is a process of its own. Baselines: one insert into a plain table of
+// the same database library, in a transaction of its own; a map from the path's text to the value.
+
+#include "benchmarks/PlainTable.h"
+#include "benchmarks/SyntheticDevice.h"
+#include "powerdistribution/core/Value.h"
+#include "testing/ChildProcess.h"
+#include "testing/TemporaryDirectory.h"
+
+#include <benchmark/benchmark.h>
+
+#include <malloc.h>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using velk::benchmarks::SyntheticDevice;
+using velk::testing::TemporaryDirectory;
+
+const std::string startGroup{"start, per data point/"};
+const std::string memoryGroup{"memory, per data point/"};
+
+/// What one start tells of itself, per data point.
+struct Start {
+    double nanoseconds{0};
+    double heapBytes{0};
+    double residentKilobytes{0};
+    double endNanoseconds{0};
+};
+
+Start startOnce(std::uint32_t outlets, const std::string& url, const TemporaryDirectory& folder) {
+    velk::testing::ChildProcess program{
+        {VELK_BENCHMARK_START, VELK_BENCHMARK_PLUGIN, url, folder.path().string()},
+        {"VELK_SYNTHETIC_OUTLETS=" + std::to_string(outlets)}};
+    if (program.finish() != 0) {
+        throw std::runtime_error{program.errors()};
+    }
+    Start one;
+    std::istringstream{program.output()} >> one.nanoseconds >> one.heapBytes >> one.residentKilobytes >>
+        one.endNanoseconds;
+    const double points = outlets * SyntheticDevice::POINTS_OF_AN_OUTLET;
+    return {one.nanoseconds / points, one.heapBytes / points, one.residentKilobytes * 1024 / points,
+            one.endNanoseconds / points};
+}
+
+void startInFile(benchmark::State& state, std::uint32_t outlets, const std::string& points) {
+    for (auto _ : state) {
+        const TemporaryDirectory folder;
+        const std::string url = "sqlite:" + (folder / "tess.db").string();
+        const Start first = startOnce(outlets, url, folder);
+        const Start again = startOnce(outlets, url, folder);
+        state.counters[startGroup + points + ", new store [ns]"] = first.nanoseconds;
+        state.counters[startGroup + points + ", known store [ns]"] = again.nanoseconds;
+        state.counters[startGroup + points + ", the end [ns]"] = first.endNanoseconds;
+        state.counters[memoryGroup + points + ", heap [B]"] = first.heapBytes;
+        state.counters[memoryGroup + points + ", resident [B]"] = first.residentKilobytes;
+    }
+}
+
+void startInMemory(benchmark::State& state, std::uint32_t outlets, const std::string& points) {
+    for (auto _ : state) {
+        const TemporaryDirectory folder;
+        const Start one = startOnce(outlets, "memory:start", folder);
+        state.counters[startGroup + points + ", store in memory [ns]"] = one.nanoseconds;
+        state.counters[memoryGroup + points + ", heap, with the store in it [B]"] = one.heapBytes;
+    }
+}
+
+void plainInserts(benchmark::State& state) {
+    velk::benchmarks::PlainTable table;
+    std::int64_t id = 1;
+    for (auto _ : state) {
+        table.insert(++id, 230.0);
+    }
+}
+
+void plainMap(benchmark::State& state) {
+    constexpr int points = 10'000;
+    for (auto _ : state) {
+        const std::size_t before = mallinfo2().uordblks;
+        std::map<std::string, velk::powerdistribution::Value> values;
+        for (int point = 0; point < points; ++point) {
+            values.emplace("Outlets." + std::to_string(point) + ".Measure.Voltage", 230.0F);
+        }
+        state.counters[memoryGroup + "baseline: a map from text to value [B]"] =
+            static_cast<double>(mallinfo2().uordblks - before) / points;
+    }
+}
+
+const bool isRegistered = [] {
+    benchmark::RegisterBenchmark((startGroup + "baseline: a plain insert").c_str(), plainInserts)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("start: plain map", plainMap)->Iterations(1);
+    for (const auto& [outlets, points] : std::map<std::uint32_t, std::string>{
+             {5, "   100"}, {50, " 1,000"}, {500, "10,000"}, {2500, "50,000"}}) {
+        const auto add = [&, outlets = outlets, points = points](const std::string& store, auto function) {
+            const auto run = [=](benchmark::State& state) { function(state, outlets, points); };
+            benchmark::RegisterBenchmark(("start: " + points + " points, " + store).c_str(), run)
+                ->Iterations(1)
+                ->Repetitions(3);
+        };
+        add("store in a file", startInFile);
+        add("store in memory", startInMemory);
+    }
+    return true;
+}();
+
+} // namespace
