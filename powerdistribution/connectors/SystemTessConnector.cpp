@@ -78,7 +78,10 @@ void SystemTessConnector::unsubscribe(const HandlerData& data, IConnectorListene
 
 IConnectorListener* SystemTessConnector::takeListener(const HandlerData& data) {
     MutexLock held{lock};
-    Entry* const entry = getEntry(data, held);
+    const auto* action = data.path.lastNode().getIf<EPrivateAction>();
+    // What is not in the table has no listener. The store is not asked: it may be away, and a handler that
+    // goes cannot fail.
+    Entry* const entry = action == nullptr ? nullptr : knownEntry(*action, held);
     return entry == nullptr ? nullptr : std::exchange(entry->listener, nullptr);
 }
 
@@ -109,11 +112,16 @@ TessResources SystemTessConnector::getResourcesInUse() const {
     return {};
 }
 
-SystemTessConnector::Entry* SystemTessConnector::getEntry(EPrivateAction action, const MutexLock&) const {
+SystemTessConnector::Entry* SystemTessConnector::knownEntry(EPrivateAction action, const MutexLock&) const {
     const auto known = std::find_if(entries.begin(), entries.end(),
                                     [&](const auto& candidate) { return candidate.first == action; });
-    if (known != entries.end()) {
-        return &known->second;
+    return known == entries.end() ? nullptr : &known->second;
+}
+
+SystemTessConnector::Entry* SystemTessConnector::getEntry(EPrivateAction action,
+                                                          const MutexLock& proof) const {
+    if (Entry* const known = knownEntry(action, proof)) {
+        return known;
     }
     const std::optional<Source> source = findSource(action);
     if (!source) {

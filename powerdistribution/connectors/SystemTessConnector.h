@@ -52,6 +52,8 @@ private:
         IConnectorListener* listener{nullptr};
     };
 
+    /// The entry of the table, or null; asks the store nothing.
+    Entry* knownEntry(EPrivateAction action, const velk::common::MutexLock& proof) const VELK_REQUIRES(lock);
     /// The entry, made if the store has its source by now; else null.
     Entry* getEntry(EPrivateAction action, const velk::common::MutexLock& proof) const VELK_REQUIRES(lock);
     /// Likewise; null for another family. Throws std::out_of_range for an empty path.

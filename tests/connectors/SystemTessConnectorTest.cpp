@@ -211,6 +211,13 @@ TEST_F(SystemTessConnectorTest, UnsubscribeSilencesItsListenerAndKeepsTheSubscri
     EXPECT_EQ(2u, subscriptions());
 }
 
+TEST_F(SystemTessConnectorTest, UnsubscribeNeedsNoStore) {
+    connector->subscribe(mac, &listener, {}); // whose channel is not there
+    store.faults().failOn("getCatchedChannelId");
+    EXPECT_NO_THROW(connector->unsubscribe(mac, &listener));
+    EXPECT_EQ(0u, listener.count());
+}
+
 TEST_F(SystemTessConnectorTest, TerminateEndsTheSubscriptionsAndKeepsTheListeners) {
     connector->subscribe(firmware, &listener, {});
     connector->terminate();
