@@ -62,7 +62,7 @@ constexpr std::array CIRCUIT_RATINGS{
     ESpecification::TemperatureMinReading, ESpecification::TemperatureMaxReading,
     ESpecification::Feed,                 ESpecification::Type,
     ESpecification::Technology,           ESpecification::Internal,
-    ESpecification::TrippedVoltageThreshold,
+    ESpecification::TrippedVoltageThreshold, ESpecification::ConnectorType,
 };
 
 constexpr std::array CIRCUIT_LIMITS{

@@ -15,7 +15,6 @@ void addOutletRows(Rows& rows) {
     const Rows table{
         {outlets + EAttribute::Count,               remembered},
         {outlet + ESpecification::Switchable,         own},
-        {outlet + ESpecification::ConnectorType,      own},
         {outlet + ESpecification::PowerCycleDuration, own},
     };
     // clang-format on

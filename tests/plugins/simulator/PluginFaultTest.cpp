@@ -12,7 +12,7 @@ namespace {
 using namespace powerdistribution;
 using velk::testing::SimulatorHost;
 
-const std::string VOLTAGE = "Inputs.1.Measure.Voltage";
+const std::string BROKEN_POINT = "Inputs.1.Measure.Voltage";
 
 std::string thrown(const std::string& operation, const std::string& more = {}) {
     return R"({"kind":"throw","operation":")" + operation + R"(","what":"boom")" + more + "}";
@@ -47,7 +47,7 @@ class ThrowingPluginTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(host.find());
-        voltage = host.wrapper(VOLTAGE);
+        voltage = host.wrapper(BROKEN_POINT);
     }
     void breakIt(const std::string& operation, const std::string& more = {}) {
         std::string fault = thrown(operation, more);
@@ -78,14 +78,14 @@ TEST_F(ThrowingPluginTest, LibraryAndFactoryFailOnDemand) {
     breakIt("wrapperFactory");
     EXPECT_EQ(failureOf([&] { host.library->protocolLibrary().wrapperFactory(host.protocol); }), "boom");
     breakIt("buildWrapper", R"(,"path":"Inputs.2.*")");
-    EXPECT_TRUE(host.wrapper(VOLTAGE));
+    EXPECT_TRUE(host.wrapper(BROKEN_POINT));
     EXPECT_EQ(failureOf([&] { host.wrapper("Inputs.2.Measure.Voltage"); }), "boom");
 }
 
 TEST_F(ThrowingPluginTest, EveryOperationOfAWrapperFailsOnDemandAndOnItsPathAlone) {
     const auto other = host.wrapper("Inputs.2.Measure.Voltage");
     const auto fails = [&](const std::string& operation, auto call) {
-        breakIt(operation, R"(,"path":")" + VOLTAGE + "\"");
+        breakIt(operation, R"(,"path":")" + BROKEN_POINT + "\"");
         EXPECT_EQ(failureOf([&] { call(*voltage); }), "boom") << operation;
         EXPECT_EQ(failureOf([&] { call(*other); }), "none") << operation;
         host.command(R"({"do":"clear"})");

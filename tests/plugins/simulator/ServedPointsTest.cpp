@@ -51,7 +51,11 @@ struct Served {
     std::set<std::string> all;
 };
 
-Served servedBy(SimulatorHost& host) {
+Served askServed(const std::string& device) {
+    SimulatorHost host{R"("device":")" + device + "\""};
+    if (!host.find()) {
+        throw std::runtime_error{device + " was not found"};
+    }
     Served served;
     const common::lwjson::Deserializer answer{host.ask(R"({"do":"points"})")};
     for (const auto& point : answer.findMember("points")->members()) {
@@ -69,6 +73,13 @@ Served servedBy(SimulatorHost& host) {
         addServed<EPrivateAction>(host, node, served.all);
     }
     return served;
+}
+
+/// Asked once for all tests: there are thousands of paths to try.
+const Served& servedBy(const std::string& device) {
+    static std::map<std::string, Served> known;
+    const auto entry = known.find(device);
+    return entry != known.end() ? entry->second : known.emplace(device, askServed(device)).first->second;
 }
 
 std::string typeOf(const Value& value) {
@@ -102,9 +113,7 @@ void count(const std::string& family, const std::set<std::string>& texts, std::s
 TEST(ServedPointsTest, FourDevicesTogetherServeEveryFamilyAndNineTenthsOfItsMembers) {
     std::set<std::string> texts;
     for (const std::string& device : devices()) {
-        SimulatorHost host{R"("device":")" + device + "\""};
-        ASSERT_TRUE(host.find());
-        for (const std::string& point : servedBy(host).all) {
+        for (const std::string& point : servedBy(device).all) {
             const EPath path = testing::pathOfText(point);
             for (const EPath::Node& node : path.nodes()) {
                 texts.insert(node.tostring());
@@ -140,7 +149,7 @@ protected:
 };
 
 TEST_P(DeviceTest, EverythingThatTheDeviceHasIsServed) {
-    const Served served = servedBy(host);
+    const Served& served = servedBy(GetParam());
     ASSERT_GT(served.own.size(), 50U);
     for (const std::string& point : served.own) {
         EXPECT_EQ(served.all.count(point), 1U) << point;
@@ -148,7 +157,7 @@ TEST_P(DeviceTest, EverythingThatTheDeviceHasIsServed) {
 }
 
 TEST_P(DeviceTest, WhatTheLibraryComputesIsServedOnlyWhereItDoesNot) {
-    for (const std::string& point : servedBy(host).all) {
+    for (const std::string& point : servedBy(GetParam()).all) {
         const std::string member = testing::pathOfText(point).lastNode().tostring();
         EXPECT_NE(member, to_string(EStatus::HealthState)) << point;
         EXPECT_TRUE(member != to_string(EStatus::OperatingStatus) || point.rfind("Branches.", 0) == 0)
@@ -160,7 +169,7 @@ TEST_P(DeviceTest, EveryValueIsOfTheTypeThatTheStoreTakes) {
     const tessapi::Catalogue& catalogue = tessapi::Catalogue::builtin();
     host.advance(5);
     std::size_t values = 0;
-    for (const std::string& point : servedBy(host).all) {
+    for (const std::string& point : servedBy(GetParam()).all) {
         const std::string member = testing::pathOfText(point).lastNode().tostring();
         const auto* entry = catalogue.find("PowerDistribution." + member);
         const auto wrapper = host.wrapper(point);
@@ -175,7 +184,7 @@ TEST_P(DeviceTest, EveryValueIsOfTheTypeThatTheStoreTakes) {
 }
 
 TEST_P(DeviceTest, FlagsAgreeWithWhatTheWrapperDoes) {
-    for (const std::string& point : servedBy(host).all) {
+    for (const std::string& point : servedBy(GetParam()).all) {
         const auto wrapper = host.wrapper(point);
         const Value value = wrapper->read();
         EXPECT_TRUE(wrapper->isReadable() || !value.hasValue()) << point;
