@@ -135,9 +135,10 @@ bool letGo(Session& session) {
 
 bool goesStale(const Point& point) {
     const auto* status = point.path.lastNode().getIf<EStatus>();
-    const bool isOfTheStructure =
-        status != nullptr && (*status == EStatus::StoragePresent || *status == EStatus::Present);
-    return point.family == Family::Measure || (point.family == Family::Status && !isOfTheStructure);
+    const bool isOfTheDevice =
+        status != nullptr && (*status == EStatus::StoragePresent || *status == EStatus::Present ||
+                              *status == EStatus::BootloaderMode);
+    return point.family == Family::Measure || (point.family == Family::Status && !isOfTheDevice);
 }
 
 std::vector<Sample> takeSamples(const Session& session) {

@@ -4,8 +4,7 @@
 
 namespace velk::kit {
 
-/// Bytes that this process has allocated and not given back; where the heap does not tell, those that it has
-/// in the machine's memory.
+/// Bytes that this process has allocated and not given back.
 std::int64_t memoryInUse();
 
 } // namespace velk::kit

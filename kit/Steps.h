@@ -52,8 +52,8 @@ inline constexpr std::uint32_t LOST_LINK = 3;
 /// Reports a device that is another one than `tryIdentity` has seen.
 void checkIdentity(Session& session, const std::string& when);
 
-/// True for a value that must not be shown once the device cannot be reached: measures and states. What the
-/// device is built of, and how it is set, stays true.
+/// True for a value that must not be shown once the device cannot be reached: measures and states. Who
+/// the device is, what it is built of, and how it is set stays true.
 bool goesStale(const Point& point);
 
 /// The wrapper of a point with what it reads, if it reads as a value that goes stale.

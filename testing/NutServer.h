@@ -54,6 +54,12 @@ public:
     /// "start" or "stop".
     void server(const std::string& verb) { run("server", verb); }
 
+    /// The shell command that does the same from another process.
+    std::string command(const std::string& verb, const std::string& arguments) const {
+        return std::string{VELK_SOURCE_DIR} + "/testing/nut/upsd-fixture.sh " + verb + " " +
+               directory.string() + " " + arguments;
+    }
+
     /// A line to the test driver of `name`, and its answer.
     std::string control(const std::string& name, const std::string& line) const {
         sockaddr_un address{};
@@ -102,13 +108,11 @@ private:
     /// What the script prints; its failures are in the exception.
     std::string run(const std::string& verb, const std::string& arguments,
                     const std::string& environment = "") {
-        const std::string command = "env " + environment + " " + VELK_SOURCE_DIR +
-                                    "/testing/nut/upsd-fixture.sh " + verb + " " + directory.string() + " " +
-                                    arguments + " 2>&1";
-        const std::unique_ptr<FILE, int (*)(FILE*)> pipe{popen(command.c_str(), "r"),
+        const std::string line = "env " + environment + " " + command(verb, arguments) + " 2>&1";
+        const std::unique_ptr<FILE, int (*)(FILE*)> pipe{popen(line.c_str(), "r"),
                                                          [](FILE* file) { return pclose(file); }};
         if (!pipe) {
-            throw std::runtime_error{"cannot run " + command};
+            throw std::runtime_error{"cannot run " + line};
         }
         std::string output;
         std::array<char, 4096> chunk{};

@@ -6,7 +6,9 @@
 #include "powerdistribution/protocols/DummyWrapper.h"
 #include "powerdistribution/protocols/ROConverter.h"
 
+#include <algorithm>
 #include <any>
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -102,8 +104,14 @@ BuildFunc beside(EPath::Node member) {
 }
 
 BuildFunc ofOwner(EPath::Node member) {
-    return [relative = EPath{member}](const Parameters& parameters) {
-        return powerdistribution::protocols::_collectionParentIfSingleChild(parameters, relative);
+    return [relative = EPath{member}](const Parameters& parameters) -> ValueWrapperPtr {
+        // A pattern stands for many items and has no owner; asked for one, the toolkit would throw.
+        const auto& nodes = parameters.path.nodes();
+        const bool isOfAnItem = std::any_of(nodes.begin() + 1, nodes.end(), [](const auto& node) {
+            return node.template holds<std::uint32_t>();
+        });
+        return isOfAnItem ? powerdistribution::protocols::_collectionParentIfSingleChild(parameters, relative)
+                          : nullptr;
     };
 }
 
