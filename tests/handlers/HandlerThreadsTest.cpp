@@ -80,6 +80,10 @@ public:
         const OneAtATime::Visit visit{place};
         FakeConnector::init();
     }
+    void load(HandlerData& data) const override {
+        const OneAtATime::Visit visit{place};
+        FakeConnector::load(data);
+    }
     void terminate() override {
         const OneAtATime::Visit visit{place};
         FakeConnector::terminate();
@@ -112,11 +116,16 @@ private:
 /// Runs the two over and over at the same time.
 template <typename A, typename B>
 void runTogether(A a, B b) {
-    std::thread other{[&b] {
+    std::atomic<bool> begun{false};
+    std::thread other{[&] {
+        begun = true;
         for (int i = 0; i < ROUNDS; ++i) {
             b();
         }
     }};
+    while (!begun) {
+        std::this_thread::yield();
+    }
     for (int i = 0; i < ROUNDS; ++i) {
         a();
     }

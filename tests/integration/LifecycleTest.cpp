@@ -71,7 +71,7 @@ TEST_F(LifecycleTest, EachServiceStateStandsInTheStoreAndThePollingGoesOnBetween
         seen.push_back(line.str());
     };
     start();
-    ASSERT_TRUE(output.awaitState("MONITOR"));
+    EXPECT_TRUE(output.awaitState("MONITOR"));
     finish();
     EXPECT_EQ(seen, (std::vector<std::string>{"3 invalid", "16 16 polled", "4 4 polled", "5 5"}));
 }
@@ -85,8 +85,8 @@ TEST_F(LifecycleTest, DeviceIsLetGoAfterThePollingAndBeforeTheLastReport) {
         }
     };
     start();
-    ASSERT_TRUE(output.awaitState("MONITOR"));
-    ASSERT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{2}}));
+    EXPECT_TRUE(output.awaitState("MONITOR"));
+    EXPECT_TRUE(store->await("PowerDistribution.CommunicationStatus.State", qz::CValue{std::uint32_t{2}}));
     qz::CValue stateAtDisconnect;
     std::size_t expectedReads = 0;
     device->protocol.lock()->onDisconnect([&] {
@@ -229,7 +229,7 @@ TEST_F(LifecycleTest, EveryFactoryThatAModelWasBuiltWithLivesAsLongAsTheManager)
         return marks;
     };
     start();
-    ASSERT_TRUE(output.awaitState("MONITOR"));
+    EXPECT_TRUE(output.awaitState("MONITOR"));
     loseAndRecover(1);
     EXPECT_EQ(alive(), "xx") << "the model's and the present one";
     loseAndRecover(2);
