@@ -3,6 +3,7 @@
 #include "cli/StoreView.h"
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -43,9 +44,12 @@ public:
     /// A setting that somebody asked for while the device could not be reached: the device may not have it.
     bool isUnconfirmed(const Point& point) const;
 
-    /// True when the daemon has said that it is at rest, or has ended without a word. False also in a store
-    /// that no daemon has ever been in.
-    bool hasDaemonEnded() const { return endedMs.has_value(); }
+    /// True when the daemon has said that it does not look at the device now; its process may be there all
+    /// the same, and wait for one.
+    bool isDaemonAtRest() const { return endedMs && !isDaemonGone(); }
+
+    /// True when the daemon has ended without a word.
+    bool isDaemonGone() const { return endedMs == std::numeric_limits<std::int64_t>::max(); }
 
 private:
     Connection ofBranch(std::uint64_t deviceId) const;

@@ -5,6 +5,7 @@
 #include "platform/common/Mutex.h"
 #include "platform/tessapi/InBandAccessor.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <memory>
 #include <random>
@@ -76,7 +77,7 @@ Inquiry::Result Inquiry::ask(Session& session, const Communication& communicatio
     if (answers == tessapi::ITessAccessor::UNKNOWN_ID || questions == tessapi::ITessAccessor::UNKNOWN_ID) {
         return {std::nullopt, "no daemon has ever answered questions in this store"};
     }
-    if (communication.hasDaemonEnded()) {
+    if (communication.isDaemonGone()) {
         return {std::nullopt, "the daemon is not running"};
     }
     const auto box = std::make_shared<AnswerBox>();
@@ -92,8 +93,13 @@ Inquiry::Result Inquiry::ask(Session& session, const Communication& communicatio
                               }};
     inband.setChannelCValue(questions, qz::CValue{Json{{"id", id}, {"path", path}}.dump(
                                            -1, ' ', false, Json::error_handler_t::replace)});
-    std::optional<Json> answer = waitForAnswer(*box, session.clock, timeout);
-    const std::string silence = answer ? "" : "the daemon does not answer";
+    // One that waits for its device answers as fast as any; most often there is none.
+    const bool isAtRest = communication.isDaemonAtRest();
+    std::optional<Json> answer =
+        waitForAnswer(*box, session.clock, isAtRest ? std::min(timeout, AT_REST) : timeout);
+    const std::string silence = answer     ? ""
+                                : isAtRest ? "the daemon is not at work and does not answer"
+                                           : "the daemon does not answer";
     return {std::move(answer), silence};
 }
 

@@ -2,6 +2,7 @@
 
 #include "cli/Session.h"
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -22,8 +23,11 @@ struct Inquiry {
         std::string silence;                          ///< empty with an answer
     };
 
-    /// Asks and waits for the answer as long as `timeout`; does not wait for a daemon that is known to have
-    /// ended. Other programs may ask at the same time.
+    /// How long a daemon is waited for that has said that it is at rest.
+    static constexpr velk::common::Clock::Duration AT_REST = std::chrono::milliseconds{500};
+
+    /// Asks and waits for the answer as long as `timeout`, or `AT_REST`; does not ask a daemon that is known
+    /// to be gone. Other programs may ask at the same time.
     static Result ask(Session& session, const Communication& communication, const std::string& path,
                       velk::common::Clock::Duration timeout);
 };

@@ -232,13 +232,31 @@ TEST_F(ExplainTest, DaemonThatDoesNotAnswerIsSaidSoAndTheStoreShown) {
     EXPECT_THAT(out, Not(HasSubstr("Served by")));
 }
 
-TEST_F(ExplainTest, DaemonThatHasEndedIsNotAsked) {
+TEST_F(ExplainTest, DaemonThatIsGoneIsNotAsked) {
     const std::uint64_t questions = own(Inquiry::REQUEST);
     own(Inquiry::ANSWER);
-    sample.store->inbandAccessor().setChannelCValue(own("Daemon.Process"), qz::CValue{""});
+    sample.store->inbandAccessor().setChannelCValue(
+        own("Daemon.Process"), qz::CValue{"pid=1 start=999999999999 boot=of-another-day space=pid:[1]"});
     explain("Inputs.1.Measure.Voltage");
     EXPECT_EQ(err, "tess: the daemon is not running; shown is what the store alone knows\n");
     EXPECT_FALSE(sample.store->inbandAccessor().isChannelValueInitialized(questions));
+}
+
+TEST_F(ExplainTest, DaemonAtRestIsWaitedForOnlyShortly) {
+    own(Inquiry::REQUEST);
+    own(Inquiry::ANSWER);
+    sample.store->inbandAccessor().setChannelCValue(own("Daemon.Process"), qz::CValue{""});
+    explain("Inputs.1.Measure.Voltage", Passing::AtOnce);
+    EXPECT_EQ(err,
+              "tess: the daemon is not at work and does not answer; shown is what the store alone knows\n");
+}
+
+TEST_F(ExplainTest, DaemonThatWaitsForItsDeviceAnswers) {
+    sample.store->inbandAccessor().setChannelCValue(own("Daemon.Process"), qz::CValue{""});
+    answer(Json::array(), {{"modelBuilt", false}, {"modelError", nullptr}});
+    explain("Inputs.1.Measure.Voltage");
+    EXPECT_THAT(out, HasSubstr("nothing yet: there is no data model of the device"));
+    EXPECT_EQ(err, "");
 }
 
 TEST_F(ExplainTest, StoreWithoutADaemonIsExplainedByItself) {
@@ -337,8 +355,8 @@ TEST_F(ExplainTest, WrongPathNamesTheNearestRightOnes) {
     EXPECT_EQ(failure("Inputs.1.Measure.Voltge"),
               "no such path: \"Inputs.1.Measure.Voltge\"; did you mean \"Inputs.1.Measure.Voltage\"?");
     EXPECT_EQ(failure("Outlets.1.Action.SwitchOm"),
-              "no such path: \"Outlets.1.Action.SwitchOm\"; did you mean \"Outlets.1.Action.SwitchOn\", "
-              "\"Outlets.1.Action.SwitchOff\" or \"Action.SwitchOff\"?");
+              "no such path: \"Outlets.1.Action.SwitchOm\"; did you mean \"Outlets.1.Action.SwitchOn\" or "
+              "\"Outlets.1.Action.SwitchOff\"?");
     EXPECT_EQ(failure("something else entirely"),
               "no such path: \"something else entirely\"; tess tree shows all");
 }
