@@ -12,7 +12,7 @@ ats) followed=(Status.Mode 'Inputs.*.Status.*' Setting.PreferredSource) ;;
 pdu)
     device=pdu-42
     scenario=pdu-42
-    followed=('Outlets.1.Measure.ActivePower' 'Outlets.2.Status.*' 'Inputs.1.Phases.*.Measure.Voltage' 'Branches.1.Measure.*')
+    followed=('Outlets.1.Measure.ActivePower' 'Outlets.2.Status.*' 'Inputs.1.Phases.*.Measure.Voltage' Branches.1.Measure.Current Branches.1.Measure.PercentLoad)
     ;;
 esac
 control=$place/sim.sock
@@ -20,10 +20,10 @@ changes=$state/changes.txt
 seen=0
 
 # happens SECONDS TEXT WHAT: waits until the followed changes, after what was found before, have a line with the text.
-comes() { tail -n +"$((seen + 1))" "$changes" | grep -qE "$1"; }
+comes() { tail -n +"$((seen + 1))" "$changes" | grep -qiE "$1"; }
 happens() {
     until_true "$1" comes "$2" || fail "$3: no such change within $1 seconds; $changes has those that were seen"
-    seen=$((seen + $(tail -n +"$((seen + 1))" "$changes" | grep -nE -m 1 "$2" | cut -d: -f1)))
+    seen=$((seen + $(tail -n +"$((seen + 1))" "$changes" | grep -niE -m 1 "$2" | cut -d: -f1)))
     passed="$passed${passed:+, }$3"
 }
 
