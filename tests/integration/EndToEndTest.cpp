@@ -148,6 +148,46 @@ TEST_F(EndToEndTest, LowBatteryRaisesAnAlarmThatShowsInTheHealthAndGoesAgain) {
     EXPECT_TRUE(store->await(health, qz::CValue{std::uint32_t{5}}));
 }
 
+TEST_F(EndToEndTest, ExplainTellsRuleReadingWriterAndTriggers) {
+    startDaemon();
+    ASSERT_TRUE(store->await("Inputs.1.Measure.Voltage", qz::CValue{231.4F}));
+    const std::string voltage = tess({"explain", "Inputs.1.Measure.Voltage"}).output();
+    EXPECT_EQ(exitCode, 0) << program->errors();
+    EXPECT_NE(voltage.find("libvelk-mz-protocol-nut.so: read from the device"), std::string::npos) << voltage;
+    EXPECT_NE(voltage.find("Inputs.1.Measure.Voltage from input.voltage\n"), std::string::npos) << voltage;
+    EXPECT_NE(voltage.find("once in 5 cycles"), std::string::npos) << voltage;
+    EXPECT_NE(voltage.find("Last read "), std::string::npos) << voltage;
+
+    const std::string setting{"Outlets.1.Setting.AutomaticSwitchOnDelay"};
+    tess({"set", setting, "7"});
+    ASSERT_EQ(exitCode, 0) << program->output() << program->errors();
+    const std::string explained = tess({"explain", setting}).output();
+    EXPECT_NE(explained.find("from outlet.1.delay.start\n"), std::string::npos) << explained;
+    EXPECT_NE(explained.find("by tess ("), std::string::npos) << explained;
+    EXPECT_NE(explained.find(": accepted by the device\n"), std::string::npos) << explained;
+
+    server->control("u1", "SET battery.charge 12");
+    ASSERT_TRUE(store->await("BackupSystem.PowerBank.Status.HealthState", qz::CValue{std::uint32_t{25}}));
+    const std::string charge = tess({"explain", "BackupSystem.PowerBank.Measure.StateOfCharge"}).output();
+    EXPECT_NE(charge.find("critical \"charge-low\" at or below 20 %: active\n"), std::string::npos) << charge;
+
+    tess({"explain", "Inputs.1.Measure.Voltge"});
+    EXPECT_EQ(exitCode, 4);
+    EXPECT_NE(program->errors().find("did you mean \"Inputs.1.Measure.Voltage\""), std::string::npos);
+}
+
+TEST_F(EndToEndTest, FactsOfTheHostStandInTheStoreBeforeTheDeviceIsMet) {
+    startDaemon();
+    for (const char* name : {"System.Ethernet.MacAddress", "System.Ethernet.CurrentIpv4Address",
+                             "System.Ethernet.CurrentIpv6Address"}) {
+        EXPECT_NE(store->client().inbandAccessor().getCatchedChannelId(1, name),
+                  tessapi::ITessAccessor::UNKNOWN_ID)
+            << name;
+    }
+    EXPECT_NE(store->client().inbandAccessor().getDeviceAttribute(1, tessapi::DeviceAttribute::productName),
+              "");
+}
+
 TEST_F(EndToEndTest, SignalGoesThroughStopToEndAndTheStoreKeepsTheLastState) {
     startDaemon();
     daemon->signal(SIGTERM);
