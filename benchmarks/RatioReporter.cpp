@@ -32,6 +32,11 @@ std::string text(double value, const std::string& unit) {
     return out.str();
 }
 
+template <typename Figure>
+bool isBaseline(const Figure& figure) {
+    return figure.name.rfind("baseline", 0) == 0;
+}
+
 } // namespace
 
 bool RatioReporter::ReportContext(const Context& context) {
@@ -92,15 +97,15 @@ RatioReporter::Figure& RatioReporter::figure(const std::string& group, const std
 }
 
 void RatioReporter::Finalize() {
-    for (const Group& group : groups) {
+    for (Group& group : groups) {
+        std::stable_partition(group.figures.begin(), group.figures.end(), isBaseline<Figure>);
         print(group);
     }
 }
 
 void RatioReporter::print(const Group& group) {
     const auto& figures = group.figures;
-    const auto baseline = std::find_if(figures.begin(), figures.end(),
-                                       [](const Figure& one) { return one.name.rfind("baseline", 0) == 0; });
+    const auto baseline = std::find_if(figures.begin(), figures.end(), isBaseline<Figure>);
     std::size_t width = group.name.size();
     for (const Figure& one : figures) {
         width = std::max(width, one.name.size());

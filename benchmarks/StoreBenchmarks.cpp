@@ -141,7 +141,7 @@ void callbackThereAndBack(benchmark::State& state) {
     store.channels().subscribeMultipleChannels(
         {pong}, [&](std::uint64_t, const qz::CValue&) { arrivals.arrived(); }, qz::sub::everyWrite, nullptr);
     const std::string ready = (store.directory / "ready").string();
-    const std::string command = std::string{VELK_BENCHMARK_LISTENER} + " " + store.url + " " +
+    const std::string command = std::string{VELK_BENCHMARK_COMPANION} + " echo " + store.url + " " +
                                 std::to_string(store.device) + " >" + ready;
     FILE* listener = popen(command.c_str(), "w");
     while (!std::filesystem::exists(ready) || std::filesystem::file_size(ready) == 0) {

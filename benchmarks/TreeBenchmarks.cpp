@@ -53,11 +53,11 @@ void startInFile(benchmark::State& state, std::uint32_t outlets, const std::stri
         const std::string url = "sqlite:" + (folder / "tess.db").string();
         const Start first = startOnce(outlets, url, folder);
         const Start again = startOnce(outlets, url, folder);
-        state.counters[startGroup + points + ", new store [ns]"] = first.nanoseconds;
-        state.counters[startGroup + points + ", known store [ns]"] = again.nanoseconds;
-        state.counters[startGroup + points + ", the end [ns]"] = first.endNanoseconds;
-        state.counters[memoryGroup + points + ", heap [B]"] = first.heapBytes;
-        state.counters[memoryGroup + points + ", resident [B]"] = first.residentKilobytes;
+        state.counters[startGroup + points + " points, new store [ns]"] = first.nanoseconds;
+        state.counters[startGroup + points + " points, known store [ns]"] = again.nanoseconds;
+        state.counters[startGroup + points + " points, the end [ns]"] = first.endNanoseconds;
+        state.counters[memoryGroup + points + " points, heap [B]"] = first.heapBytes;
+        state.counters[memoryGroup + points + " points, resident [B]"] = first.residentKilobytes;
     }
 }
 
@@ -65,8 +65,8 @@ void startInMemory(benchmark::State& state, std::uint32_t outlets, const std::st
     for (auto _ : state) {
         const TemporaryDirectory folder;
         const Start one = startOnce(outlets, "memory:start", folder);
-        state.counters[startGroup + points + ", store in memory [ns]"] = one.nanoseconds;
-        state.counters[memoryGroup + points + ", heap, with the store in it [B]"] = one.heapBytes;
+        state.counters[startGroup + points + " points, store in memory [ns]"] = one.nanoseconds;
+        state.counters[memoryGroup + points + " points, heap, with the store in it [B]"] = one.heapBytes;
     }
 }
 
