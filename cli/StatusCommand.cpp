@@ -4,12 +4,14 @@
 #include "cli/Communication.h"
 #include "cli/Json.h"
 #include "cli/PointReport.h"
+#include "cli/PowerPath.h"
 #include "cli/Table.h"
 #include "cli/TimeText.h"
 #include "cli/ValueText.h"
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <utility>
 #include <vector>
@@ -20,27 +22,28 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
+constexpr std::size_t TITLE_WIDTH = 15;
+
 struct Row {
-    const char* title;
     const char* member;
     const char* path;
 };
 
 constexpr auto deviceRows = std::to_array<Row>({
-    {"Product", "productName", "Attribute.ProductName"},
-    {"Model", "model", "Attribute.Model"},
-    {"Name", "friendlyName", "Attribute.FriendlyName"},
-    {"Vendor", "vendor", "Attribute.Vendor"},
-    {"Serial", "serialNumber", "Attribute.SerialNumber"},
-    {"Firmware", "firmwareVersion", "Attribute.FirmwareVersion"},
-    {"Location", "location", "Attribute.Location"},
+    {"productName", "Attribute.ProductName"},
+    {"model", "Attribute.Model"},
+    {"friendlyName", "Attribute.FriendlyName"},
+    {"vendor", "Attribute.Vendor"},
+    {"serialNumber", "Attribute.SerialNumber"},
+    {"firmwareVersion", "Attribute.FirmwareVersion"},
+    {"location", "Attribute.Location"},
 });
 
 constexpr auto stateRows = std::to_array<Row>({
-    {"Mode", "mode", "Status.Mode"},
-    {"Health", "health", "Status.HealthState"},
-    {"Operation", "operatingStatus", "Status.OperatingStatus"},
-    {"Service", "service", "PowerEquipment.Status.OperatingStatus"},
+    {"mode", "Status.Mode"},
+    {"health", "Status.HealthState"},
+    {"operatingStatus", "Status.OperatingStatus"},
+    {"service", "PowerEquipment.Status.OperatingStatus"},
 });
 
 Json deviceJson(const StoreView& view, const Communication& communication) {
@@ -79,6 +82,7 @@ void printJson(const Session& session, const StoreView& view, const Communicatio
         document[row.member] = stateJson(view.find(row.path), communication);
     }
     document["communication"] = communicationJson(communication.device());
+    document["powerPath"] = jsonOf(powerPath(view, communication));
     document["alarms"] = Json::array();
     for (const RaisedAlarm& raised : raisedAlarms(view)) {
         Json object = jsonOf(raised);
@@ -88,9 +92,45 @@ void printJson(const Session& session, const StoreView& view, const Communicatio
     printDocument(session.out, document);
 }
 
-/// Behind a value that is not fresh.
-std::string mark(const Communication& communication, const Point& point) {
-    return communication.isFresh(point) ? "" : " (last known)";
+/// Behind what is not fresh.
+std::string mark(bool fresh) {
+    return fresh ? "" : " (last known)";
+}
+
+/// The texts of the points that there are, with the marks of those that are not fresh.
+std::string joined(const StoreView& view, const Communication& communication, const PointReport& report,
+                   std::initializer_list<std::pair<const char*, const char*>> wordsAndPaths) {
+    std::string text;
+    bool fresh = true;
+    for (const auto& [word, path] : wordsAndPaths) {
+        const Point* point = view.find(path);
+        if (point == nullptr || (point->channel != nullptr && !point->channel->value.isValid())) {
+            continue;
+        }
+        text += (text.empty() ? "" : ", ") + std::string{word} + report.value(*point);
+        fresh = fresh && communication.isFresh(*point);
+    }
+    return text.empty() ? text : text + mark(fresh);
+}
+
+void printRow(const Session& session, const std::string& title, const std::string& text) {
+    if (!text.empty()) {
+        session.out << session.style.title(title) << std::string(TITLE_WIDTH - displayWidth(title), ' ')
+                    << text << "\n";
+    }
+}
+
+void printDevice(const Session& session, const StoreView& view, const Communication& communication) {
+    const PointReport report{communication, session.style, session.nowMs()};
+    const auto row = [&](const char* title,
+                         std::initializer_list<std::pair<const char*, const char*>> points) {
+        printRow(session, title, joined(view, communication, report, points));
+    };
+    row("Device", {{"", "Attribute.ProductName"}, {"", "Attribute.Model"}, {"", "Attribute.Vendor"}});
+    row("Name", {{"", "Attribute.FriendlyName"}, {"", "Attribute.Location"}});
+    row("Serial", {{"", "Attribute.SerialNumber"}, {"firmware ", "Attribute.FirmwareVersion"}});
+    row("State", {{"", "Status.Mode"}, {"health ", "Status.HealthState"}, {"", "Status.OperatingStatus"}});
+    row("Service", {{"", "PowerEquipment.Status.OperatingStatus"}});
 }
 
 std::string communicationText(const Session& session, const Connection& connection) {
@@ -100,34 +140,77 @@ std::string communicationText(const Session& session, const Connection& connecti
                                    : state + " since " + timeAndAge(connection.sinceMs, session.nowMs());
 }
 
-std::string alarmSummary(const Session& session, const std::vector<RaisedAlarm>& alarms) {
-    return alarms.empty()
-               ? session.style.good("none")
-               : session.style.level(alarms.front().alarm.level, std::to_string(alarms.size()) + " active");
+std::string factText(const Style& style, const PathLine& line, const PathLine::Fact& fact) {
+    if (!line.fresh) {
+        return style.faint(fact.text);
+    }
+    switch (fact.tone) {
+    case PathLine::Tone::Good:
+        return style.good(fact.text);
+    case PathLine::Tone::Bad:
+        return style.bad(fact.text);
+    case PathLine::Tone::Plain:
+        break;
+    }
+    return fact.text;
 }
 
-void printText(const Session& session, const StoreView& view, const Communication& communication) {
-    const PointReport report{communication, session.style, session.nowMs()};
-    const Connection connection = communication.device();
-    Table table;
-    const auto addRow = [&](const Row& row) {
-        if (const Point* point = view.find(row.path)) {
-            table.add({session.style.title(row.title), report.value(*point) + mark(communication, *point)});
+void printSection(const Session& session, const PathSection& section) {
+    std::size_t width = 0;
+    for (const PathLine& line : section.lines) {
+        width = std::max(width, displayWidth(line.name));
+    }
+    std::string title = section.title;
+    for (const PathLine& line : section.lines) {
+        std::string text = line.name;
+        if (width != 0) {
+            text += std::string(width + 2 - displayWidth(line.name), ' ');
         }
-    };
-    std::for_each(deviceRows.begin(), deviceRows.end(), addRow);
-    std::for_each(stateRows.begin(), stateRows.end(), addRow);
-    table.add({session.style.title("Communication"), communicationText(session, connection)});
+        std::string facts;
+        for (const PathLine::Fact& fact : line.facts) {
+            facts += (facts.empty() ? "" : ", ") + factText(session.style, line, fact);
+        }
+        printRow(session, title, text + facts + mark(line.fresh));
+        title.clear();
+    }
+}
+
+/// "1 critical, 2 warning".
+std::string alarmSummary(const Session& session, const std::vector<RaisedAlarm>& alarms, bool fresh) {
+    if (alarms.empty()) {
+        return fresh ? session.style.good("none") : session.style.faint("none") + mark(fresh);
+    }
+    std::string text;
+    for (auto first = alarms.begin(); first != alarms.end();) {
+        const tessapi::LevelAlarm level = first->alarm.level;
+        const auto next = std::find_if(
+            first, alarms.end(), [level](const RaisedAlarm& raised) { return raised.alarm.level != level; });
+        text += (text.empty() ? "" : ", ") +
+                session.style.level(level, std::to_string(next - first) + " " + levelText(level));
+        first = next;
+    }
+    return text;
+}
+
+void printAlarms(const Session& session, const StoreView& view, const Communication& communication) {
     const std::vector<RaisedAlarm> alarms = raisedAlarms(view);
-    table.add({session.style.title("Alarms"), alarmSummary(session, alarms)});
-    table.print(session.out);
+    printRow(session, "Alarms", alarmSummary(session, alarms, communication.device().good));
     Table list;
     for (const RaisedAlarm& raised : alarms) {
         list.add({"  " + session.style.level(raised.alarm.level, levelText(raised.alarm.level)),
-                  raised.point->path, displayText(*raised.point) + mark(communication, *raised.point),
+                  raised.point->path, displayText(*raised.point) + mark(communication.isFresh(*raised.point)),
                   raised.alarm.code});
     }
     list.print(session.out);
+}
+
+void printText(const Session& session, const StoreView& view, const Communication& communication) {
+    printDevice(session, view, communication);
+    printRow(session, "Communication", communicationText(session, communication.device()));
+    for (const PathSection& section : powerPath(view, communication)) {
+        printSection(session, section);
+    }
+    printAlarms(session, view, communication);
 }
 
 } // namespace

@@ -40,6 +40,9 @@ std::optional<std::string> labelOf(const qz::CValue& value, const tessapi::Chann
         return std::nullopt;
     }
     const std::string* label = channel.states.find(value);
+    if (label == nullptr) {
+        label = channel.commonStates.find(value);
+    }
     return label == nullptr ? std::nullopt : std::optional<std::string>{*label};
 }
 

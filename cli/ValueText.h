@@ -25,7 +25,8 @@ std::string displayText(const qz::CValue& value, const tessapi::ChannelRecord& c
 /// The point's present value for people.
 std::string displayText(const Point& point);
 
-/// The label of a state; empty optional for a value that has none.
+/// The label of a state, that of the channel before that of the catalogue; empty optional for a value that
+/// has none.
 std::optional<std::string> labelOf(const qz::CValue& value, const tessapi::ChannelRecord& channel);
 
 /// The value for programs: numbers as numbers in their shortest form, a timestamp as ISO 8601 in UTC, bytes

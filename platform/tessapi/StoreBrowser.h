@@ -29,6 +29,7 @@ struct ChannelRecord {
     std::string unit;          ///< from the catalogue; empty for states, texts and factors
     std::string description;   ///< from the catalogue; empty for a name that it does not know
     qz::CMultistateMap states;
+    qz::CMultistateMap commonStates; ///< what the catalogue calls the states, also those not in `states`
     qz::tess::CSingleAlarmConfig alarmConfig;
     std::vector<ActiveAlarm> activeAlarms; ///< most critical first
 };

@@ -13,8 +13,9 @@ struct DeviceLogPiece {
     std::string error;        ///< why the log could not be read; empty when it could
 };
 
-/// Hears of every look at the device's event log. The same entries come again when the data model is built
-/// anew. Threads: whichever thread looked; an exception that it throws is dropped.
+/// Hears of every look at the device's event log, the first of which only finds that there is one. The same
+/// entries come again when the data model is built anew. Threads: whichever thread looked; an exception that
+/// it throws is dropped.
 using DeviceLogListener = std::function<void(const DeviceLogPiece&)>;
 
 } // namespace velk::powerdistribution

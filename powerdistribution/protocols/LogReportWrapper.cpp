@@ -20,7 +20,9 @@ DeviceLogPiece pieceOf(const Value& sample) {
 } // namespace
 
 LogReportWrapper::LogReportWrapper(ValueWrapperPtr deviceWrapper, DeviceLogListener logListener) :
-    wrapper{std::move(deviceWrapper)}, listener{std::move(logListener)} {}
+    wrapper{std::move(deviceWrapper)}, listener{std::move(logListener)} {
+    report({}); // an empty log is not asked for, but it is one
+}
 
 LogReportWrapper::~LogReportWrapper() = default;
 

@@ -6,7 +6,7 @@
 namespace velk::powerdistribution::protocols {
 
 /// Behaves like the wrapper inside, which gives the pieces of the device's event log, and reports each piece
-/// and each failure to get one.
+/// and each failure to get one; first of all a piece without entries, which tells that the device has a log.
 class LogReportWrapper : public IValueWrapper {
 public:
     LogReportWrapper(ValueWrapperPtr deviceWrapper, DeviceLogListener logListener);

@@ -38,9 +38,9 @@ protected:
 
 TEST_F(LookingTest, StatusTellsDeviceModeCommunicationAndAlarms) {
     EXPECT_EQ(tess({"status"}), 0);
-    EXPECT_THAT(out, ContainsRegex("Product +Test UPS 1500\n"));
+    EXPECT_THAT(out, ContainsRegex("Device +Test UPS 1500\n"));
     EXPECT_THAT(out, ContainsRegex("Serial +SN-1\n"));
-    EXPECT_THAT(out, ContainsRegex("Mode +on line\n"));
+    EXPECT_THAT(out, ContainsRegex("State +on line\n"));
     EXPECT_THAT(out, ContainsRegex("Service +in service\n"));
     EXPECT_THAT(out, ContainsRegex("Communication +connected since 20[0-9-]+ [0-9:]+ \\(just now\\)\n"));
     EXPECT_THAT(out, ContainsRegex("Alarms +none\n"));
@@ -52,10 +52,10 @@ TEST_F(LookingTest, StatusMarksTheLastKnownStateOfALostDevice) {
     sample.set(20, "Status.LowRuntime", qz::CValue{true});
     sample.connect(false);
     EXPECT_EQ(tess({"status"}), 0);
-    EXPECT_THAT(out, ContainsRegex("Product +Test UPS 1500 \\(last known\\)\n"));
+    EXPECT_THAT(out, ContainsRegex("Device +Test UPS 1500 \\(last known\\)\n"));
     EXPECT_THAT(out, ContainsRegex("  critical  Status\\.LowRuntime  [a-z]+ \\(last known\\)  LOW\n"));
     EXPECT_THAT(out, ContainsRegex("Service +in service\n"));
-    EXPECT_THAT(out, ContainsRegex("Mode +on line \\(last known\\)\n"));
+    EXPECT_THAT(out, ContainsRegex("State +on line \\(last known\\)\n"));
     EXPECT_THAT(out, ContainsRegex("Communication +lost since "));
 }
 

@@ -31,10 +31,10 @@ private:
     Picture picture;
 };
 
-/// A command in this process: on a picture of a store, at `SnapshotBuilder::NOW_MS`, in UTC.
+/// A command in this process: on `store`, which outlives it, at `SnapshotBuilder::NOW_MS`, in UTC.
 class TestSession {
 public:
-    explicit TestSession(const SnapshotBuilder& shown) : store{shown} {
+    explicit TestSession(tessapi::ITessAccessor& shown) : store{shown} {
         setenv("TZ", "UTC", 1);
         tzset();
     }
@@ -46,7 +46,7 @@ public:
         return text;
     }
 
-    SnapshotStore store;
+    tessapi::ITessAccessor& store;
     std::istringstream in;
     std::ostringstream out;
     std::ostringstream err;

@@ -45,7 +45,8 @@ protected:
     }
 
     SnapshotBuilder builder;
-    test::TestSession test{builder};
+    test::SnapshotStore store{builder};
+    test::TestSession test{store};
     WatchOptions options;
     std::uint64_t voltage{0};
     std::uint64_t mode{0};

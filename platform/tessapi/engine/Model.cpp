@@ -257,6 +257,7 @@ ChannelRecord Model::recordOf(ChannelTable::Row row) const {
     if (const auto* entry = catalogue.find(row.name); entry != nullptr) {
         record.unit = entry->unit;
         record.description = entry->description;
+        record.commonStates = entry->labels;
     }
     record.name = std::move(row.name);
     return record;

@@ -163,6 +163,7 @@ TEST_P(StoreChannelTest, LabelsAreReplacedAsAWhole) {
     states.add(CValue{1u}, "one");
     client().channels().setChannelMultistateMap(channel, states);
     EXPECT_EQ(another()->record(channel).states, states);
+    EXPECT_EQ(another()->record(channel).commonStates.entries().size(), 3u);
     client().channels().setChannelMultistateMap(channel, {});
     EXPECT_TRUE(client().record(channel).states.empty());
 }
