@@ -143,7 +143,7 @@ void DataModelScheduler::terminate() {
 void DataModelScheduler::shutDown() noexcept {
     try {
         stop();
-    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch)
+    } catch (...) { // NOLINT(bugprone-empty-catch)
         // The scheduling has ended by itself. Its owner goes too and has nobody to tell.
     }
     terminate();

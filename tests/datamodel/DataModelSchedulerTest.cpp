@@ -194,10 +194,20 @@ TEST_F(DataModelSchedulerTest, TheDestructorStopsWhatRuns) {
 /// A clock of a machine that has lost its time.
 class BrokenClock : public velk::common::Clock {
 public:
-    Duration now() const override { throw std::runtime_error{"no time"}; }
+    /// `oddly` means with what is no standard exception.
+    explicit BrokenClock(bool oddly = false) : isOdd{oddly} {}
+    Duration now() const override {
+        if (isOdd) {
+            throw 42;
+        }
+        throw std::runtime_error{"no time"};
+    }
     Duration cpuTime() const override { return {}; }
     void sleepFor(Duration) override {}
     void waitFor(std::condition_variable_any&, velk::common::MutexLock&, Duration) override {}
+
+private:
+    const bool isOdd;
 };
 
 TEST_F(DataModelSchedulerTest, AStopRethrowsOnceWhatEndedTheScheduling) {
@@ -215,16 +225,18 @@ TEST_F(DataModelSchedulerTest, AStopRethrowsOnceWhatEndedTheScheduling) {
     EXPECT_FALSE(failing.isInitialized());
 }
 
-TEST_F(DataModelSchedulerTest, ADestructorPassesOverWhatEndedTheScheduling) {
-    const std::weak_ptr<RecordingHandler> status = enter({EStatus::Mode});
-    BrokenClock broken;
-    {
-        DataModelScheduler failing{1, 100, 1, broken};
-        failing.initialize(model);
-        failing.start();
-        model = {};
+TEST_F(DataModelSchedulerTest, ADestructorPassesOverWhateverEndedTheScheduling) {
+    for (const bool oddly : {false, true}) {
+        const std::weak_ptr<RecordingHandler> status = enter({EStatus::Mode});
+        BrokenClock broken{oddly};
+        {
+            DataModelScheduler failing{1, 100, 1, broken};
+            failing.initialize(model);
+            failing.start();
+            model = {};
+        }
+        EXPECT_TRUE(status.expired());
     }
-    EXPECT_TRUE(status.expired());
 }
 
 TEST_F(DataModelSchedulerTest, WithoutWorkersNothingIsPolledAndAStopStillEndsIt) {
