@@ -238,6 +238,14 @@ void DevicePoints::setCounts(const std::map<std::string, std::uint32_t>& wanted)
     for (auto& [name, count] : counts) {
         count.now = changed.at(name).now;
     }
+    applyCounts();
+    points.restrict([this](const std::string& name) { return isThere(name); });
+}
+
+void DevicePoints::applyCounts() {
+    for (std::size_t index = 0; index < plant.inputs.size(); ++index) {
+        plant.inputs[index].setPresent(index < counts.at("Inputs").now);
+    }
     for (std::size_t index = 0; index < plant.outlets.size(); ++index) {
         plant.outlets[index].present = index < counts.at("Outlets").now;
     }
@@ -252,16 +260,17 @@ void DevicePoints::setCounts(const std::map<std::string, std::uint32_t>& wanted)
         const Count chargers = counts.at("BackupSystem.PowerBank.Chargers");
         plant.charger->setShare(static_cast<double>(chargers.now) / chargers.most);
     }
-    points.restrict([this](const std::string& name) {
-        return std::all_of(counts.begin(), counts.end(), [&](const auto& entry) {
-            const std::string prefix = entry.first + ".";
-            if (!name.starts_with(prefix)) {
-                return true;
-            }
-            const std::size_t begin = prefix.size();
-            const auto index = indexOf(name.substr(begin, name.find('.', begin) - begin));
-            return !index || *index <= entry.second.now;
-        });
+}
+
+bool DevicePoints::isThere(const std::string& name) const {
+    return std::all_of(counts.begin(), counts.end(), [&](const auto& entry) {
+        const std::string prefix = entry.first + ".";
+        if (!name.starts_with(prefix)) {
+            return true;
+        }
+        const std::size_t begin = prefix.size();
+        const auto index = indexOf(name.substr(begin, name.find('.', begin) - begin));
+        return !index || *index <= entry.second.now;
     });
 }
 

@@ -40,6 +40,12 @@ private:
     void publishLog();
     void publishConnectivity();
 
+    /// Takes away, or brings back, the parts by the counts.
+    void applyCounts();
+
+    /// Whether the item that the path goes through, if any, is among those that are there.
+    bool isThere(const std::string& name) const;
+
     const DeviceDescription& description;
     PointTable& points;
     Plant& plant;

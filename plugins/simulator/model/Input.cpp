@@ -2,8 +2,6 @@
 
 #include "plugins/simulator/model/MemberTypes.h"
 
-#include <algorithm>
-
 namespace velk::simulator {
 
 namespace {
@@ -66,22 +64,29 @@ void Input::step(double seconds, double returnSeconds, double ripple) {
     accepted = isInRange() && (accepted || goodFor >= returnSeconds);
 }
 
+template <typename Condition>
+bool Input::anyVoltage(const Condition& condition) const {
+    for (std::uint32_t phase = 0; phase < circuit.phases(); ++phase) {
+        if (condition(voltage(phase))) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool Input::isLive() const {
     const double least = circuit.rating().voltage / 2;
-    return std::all_of(offered.begin(), offered.begin() + circuit.phases(),
-                       [least](double volts) { return volts >= least; });
+    return !anyVoltage([least](double volts) { return volts < least; });
 }
 
 bool Input::isVoltageTooLow() const {
     const double least = limits.voltageLow.get() + (accepted ? 0 : limits.hysteresis.get());
-    return std::any_of(offered.begin(), offered.begin() + circuit.phases(),
-                       [&](double volts) { return volts * (1 + rippleNow) < least; });
+    return anyVoltage([least](double volts) { return volts < least; });
 }
 
 bool Input::isVoltageTooHigh() const {
     const double most = limits.voltageHigh.get() - (accepted ? 0 : limits.hysteresis.get());
-    return std::any_of(offered.begin(), offered.begin() + circuit.phases(),
-                       [&](double volts) { return volts * (1 + rippleNow) > most; });
+    return anyVoltage([most](double volts) { return volts > most; });
 }
 
 bool Input::isFrequencyOutOfRange() const {

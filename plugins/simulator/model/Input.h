@@ -28,7 +28,10 @@ public:
     /// after it has become good again. `ripple` is the share by which the voltage differs in this step.
     void step(double seconds, double returnSeconds, double ripple);
 
-    double voltage(std::uint32_t phase) const { return offered[phase] * (1 + rippleNow); }
+    /// One that is not there offers nothing.
+    void setPresent(bool value) { present = value; }
+
+    double voltage(std::uint32_t phase) const { return present ? offered[phase] * (1 + rippleNow) : 0; }
     double hertz() const { return frequency; }
 
     /// Every phase carries at least half of its nominal voltage.
@@ -50,6 +53,9 @@ public:
     Circuit circuit;
 
 private:
+    template <typename Condition>
+    bool anyVoltage(const Condition& condition) const;
+
     struct Limits {
         Knob<float> voltageLow;
         Knob<float> voltageHigh;
@@ -63,6 +69,7 @@ private:
     double frequency;
     double rippleNow{0};
     Limits limits;
+    bool present{true};
     bool accepted{true};
     double goodFor{0};
 };

@@ -59,16 +59,8 @@ void LineInteractiveUps::followConverters(Mode mode, double lost) {
     const double given = output.power().active;
     const bool inverts = mode == Mode::OnBattery;
     const bool regulates = mode != Mode::Off && !inverts;
-    const Circuit none{output.rating(), output.phases()};
-    if (Converter* stage = plant.converter("Avr"); stage != nullptr) {
-        stage->give(regulates ? output : none);
-        stage->follow(plant.inputs.front().isLive(), regulates, regulates ? given + lost : 0);
-    }
-    if (Converter* stage = plant.converter("Inverter"); stage != nullptr) {
-        stage->give(inverts ? output : none);
-        stage->switchedOn = inverts;
-        stage->follow(inverts, inverts, inverts ? given + lost : 0);
-    }
+    followStage("Avr", plant.inputs.front().isLive(), regulates ? &output : nullptr, given + lost);
+    followStage("Inverter", inverts, inverts ? &output : nullptr, given + lost);
 }
 
 } // namespace velk::simulator

@@ -86,69 +86,89 @@ double OnlineUps::lossesOf(Mode mode, double output) const {
 }
 
 void OnlineUps::draw(Mode mode, const PhasePowers& drawn, double lost, double charging) {
-    constexpr double POWER_FACTOR = 0.99; // of the rectifier
     const double stored = charging / Charger::EFFICIENCY;
-    const double waste = stored - charging;
+    const double converting = lost - (stored - charging);
     const bool direct = isThroughBypass(mode);
-    const bool active = mode != Mode::OnBattery;
-    // The rectifier loads its phases alike; the bypass passes on what each phase draws.
-    const double converted = active ? (direct ? stored : sumOf(drawn).active + lost + charging) : 0;
     Input& mains = plant.inputs.front();
-    PhasePowers atMains{};
-    PhasePowers atBypass{};
-    for (std::uint32_t phase = 0; phase < mains.circuit.phases(); ++phase) {
-        atMains[phase] = Power::of(converted / mains.circuit.phases(), POWER_FACTOR);
+    PhasePowers atMains = rectified(direct ? stored : sumOf(drawn).active + converting + stored);
+    if (mode == Mode::OnBattery) {
+        atMains = {};
     }
-    for (std::uint32_t phase = 0; direct && phase < bypass().circuit.phases(); ++phase) {
-        atBypass[phase] = drawn[phase] + Power{(lost - waste) / bypass().circuit.phases(), 0};
-    }
+    PhasePowers atBypass = direct ? passedOn(drawn, converting) : PhasePowers{};
     if (&mains == &bypass()) {
         for (std::uint32_t phase = 0; phase < MOST_PHASES; ++phase) {
-            atMains[phase] += atBypass[phase];
+            atBypass[phase] += atMains[phase];
         }
+    } else {
+        enter(mains, atMains);
     }
-    for (std::uint32_t phase = 0; phase < mains.circuit.phases(); ++phase) {
-        mains.draw(phase, atMains[phase]);
+    enter(bypass(), atBypass);
+}
+
+PhasePowers OnlineUps::rectified(double watts) const {
+    constexpr double POWER_FACTOR = 0.99;
+    const std::uint32_t phases = plant.inputs.front().circuit.phases();
+    PhasePowers powers{};
+    for (std::uint32_t phase = 0; phase < phases; ++phase) {
+        powers[phase] = Power::of(watts / phases, POWER_FACTOR);
     }
-    for (std::uint32_t phase = 0; &mains != &bypass() && phase < bypass().circuit.phases(); ++phase) {
-        bypass().draw(phase, atBypass[phase]);
+    return powers;
+}
+
+PhasePowers OnlineUps::passedOn(const PhasePowers& drawn, double lost) const {
+    const std::uint32_t phases = bypass().circuit.phases();
+    PhasePowers powers{};
+    for (std::uint32_t phase = 0; phase < phases; ++phase) {
+        powers[phase] = drawn[phase] + Power{lost / phases, 0};
+    }
+    return powers;
+}
+
+void OnlineUps::enter(Input& input, const PhasePowers& powers) {
+    for (std::uint32_t phase = 0; phase < input.circuit.phases(); ++phase) {
+        input.draw(phase, powers[phase]);
     }
 }
 
 void OnlineUps::followConverters(Mode mode, double lost) {
+    const double stored = plant.balance.charging / Charger::EFFICIENCY;
+    const double converting = lost - (stored - plant.balance.charging);
+    followConversion(mode, converting, stored);
+    followBypasses(mode, converting);
+}
+
+void OnlineUps::followConversion(Mode mode, double lost, double stored) {
+    const Circuit& output = plant.outputs.front().circuit;
+    const bool fromBattery = mode == Mode::OnBattery;
+    const bool inverts = mode == Mode::OnLine || fromBattery;
+    const bool rectifies = areMainsGood() && mode != Mode::OnMaintenanceBypass && !fromBattery;
+    // Half of the losses arise before the bus and half behind it.
+    const double toInverter = inverts ? output.power().active + lost / 2 : 0;
+    const double before = inverts ? lost / 2 : lost;
+    followStage("Inverter", rectifies || fromBattery, inverts ? &output : nullptr, toInverter);
+    if (Converter* rectifier = plant.converter("Rectifier"); rectifier != nullptr) {
+        const double given = toInverter + stored;
+        rectifier->circuit.carry(0, rectifies ? rectifier->circuit.rating().voltage : 0,
+                                 {rectifies ? given : 0, 0});
+        rectifier->follow(plant.inputs.front().isLive(), rectifies, rectifies ? given + before : 0);
+    }
+    if (Converter* bus = plant.converter("DcBus"); bus != nullptr) {
+        const bool isLive = rectifies || fromBattery;
+        bus->circuit.carry(0, isLive ? bus->circuit.rating().voltage : 0, {isLive ? toInverter : 0, 0});
+        bus->follow(isLive, isLive, isLive ? toInverter : 0);
+    }
+}
+
+void OnlineUps::followBypasses(Mode mode, double lost) {
     const Circuit& output = plant.outputs.front().circuit;
     const double given = output.power().active;
-    const bool inverts = mode == Mode::OnLine || mode == Mode::OnBattery;
-    const bool rectifies = areMainsGood() && mode != Mode::OnMaintenanceBypass && mode != Mode::OnBattery;
-    const Circuit none{output.rating(), output.phases()};
-    if (Converter* stage = plant.converter("Inverter"); stage != nullptr) {
-        stage->give(inverts ? output : none);
-        stage->switchedOn = inverts;
-        stage->follow(rectifies || mode == Mode::OnBattery, inverts, inverts ? given + lost / 2 : 0);
-    }
-    const double stored = plant.balance.charging / Charger::EFFICIENCY;
-    const double direct = inverts ? given + lost / 2 : 0;
-    for (const char* name : {"Rectifier", "DcBus"}) {
-        if (Converter* stage = plant.converter(name); stage != nullptr) {
-            const bool isBus = stage == plant.converter("DcBus");
-            const bool gives = rectifies || (isBus && mode == Mode::OnBattery);
-            const double watts = gives ? direct + (isBus ? 0 : stored) : 0;
-            stage->circuit.carry(0, gives ? stage->circuit.rating().voltage : 0, {watts, 0});
-            stage->follow(isBus ? gives : plant.inputs.front().isLive(), gives,
-                          watts + (isBus ? 0 : lost / 2));
-        }
-    }
-    if (Converter* stage = plant.converter("AutomaticBypass"); stage != nullptr) {
-        const bool gives = isThroughBypass(mode) && mode != Mode::OnMaintenanceBypass;
-        stage->give(gives ? output : none);
-        stage->switchedOn = gives;
-        stage->follow(bypass().isLive(), gives, gives ? given + lost : 0);
-    }
+    const bool isLive = bypass().isLive();
+    const bool byHand = mode == Mode::OnMaintenanceBypass;
+    const bool byItself = isThroughBypass(mode) && !byHand;
+    followStage("AutomaticBypass", isLive, byItself ? &output : nullptr, given + lost);
+    followStage("MaintenanceBypass", isLive, byHand ? &output : nullptr, given);
     if (Converter* stage = plant.converter("MaintenanceBypass"); stage != nullptr) {
-        const bool gives = mode == Mode::OnMaintenanceBypass;
-        stage->give(gives ? output : none);
         stage->switchedOn = maintenance;
-        stage->follow(bypass().isLive(), gives, gives ? given : 0);
     }
 }
 

@@ -40,6 +40,15 @@ private:
     bool rectifierFailure() const { return rectifierFailed.get() && !plant.battery; }
     double frequencyOfInverter() const;
 
+    /// `watts` in equal parts from the phases of the mains.
+    PhasePowers rectified(double watts) const;
+
+    /// What each phase of the bypass gives for the load and what is lost on the way.
+    PhasePowers passedOn(const PhasePowers& drawn, double lost) const;
+    static void enter(Input& input, const PhasePowers& powers);
+    void followConversion(Mode mode, double lost, double stored);
+    void followBypasses(Mode mode, double lost);
+
     Knob<bool> highEfficiency;
     Knob<bool> forcedTransfer;
     Knob<bool> frequencyConverter;

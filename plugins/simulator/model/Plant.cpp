@@ -55,7 +55,7 @@ void Plant::attach(const PointTable& points) {
     }
 }
 
-Converter* Plant::converter(const std::string& name) {
+Converter* Plant::converter(std::string_view name) {
     const auto found = converters.find(name);
     return found == converters.end() ? nullptr : &found->second;
 }

@@ -16,6 +16,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velk::simulator {
@@ -54,7 +55,7 @@ public:
     void begin(const PeriodStarts& starts);
 
     /// The converter of that name; null where the device has none.
-    Converter* converter(const std::string& name);
+    Converter* converter(std::string_view name);
 
     /// The share by which the load differs in this step from what was ordered.
     double loadRipple{0};
@@ -63,7 +64,7 @@ public:
     std::vector<Output> outputs;
     std::vector<Branch> branches;
     std::vector<Outlet> outlets;
-    std::map<std::string, Converter> converters;
+    std::map<std::string, Converter, std::less<>> converters;
     std::optional<Battery> battery;
     std::optional<Charger> charger;
     std::optional<TestRun> test;

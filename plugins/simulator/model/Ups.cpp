@@ -134,6 +134,15 @@ void Ups::settle(const PhasePowers& drawn, double seconds) {
     followConverters(present, lost);
 }
 
+void Ups::followStage(std::string_view name, bool supplied, const Circuit* given, double watts) {
+    if (Converter* stage = plant.converter(name); stage != nullptr) {
+        const Circuit& output = plant.outputs.front().circuit;
+        stage->give(given != nullptr ? *given : Circuit{output.rating(), output.phases()});
+        stage->switchedOn = given != nullptr;
+        stage->follow(supplied, given != nullptr, given != nullptr ? watts : 0);
+    }
+}
+
 double Ups::remainingSeconds() const {
     if (!plant.battery || noStorage.get()) {
         return 0;

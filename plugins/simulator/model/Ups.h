@@ -59,6 +59,10 @@ protected:
     /// Enters the step into the converters.
     virtual void followConverters(Mode mode, double lost) = 0;
 
+    /// Enters a step into the stage of that name, where the device has it. It gives what flows through
+    /// `given`, or nothing when that is null, and takes `watts` for it.
+    void followStage(std::string_view name, bool supplied, const Circuit* given, double watts);
+
     /// Losses of the converters at that output power, in W.
     double conversionLosses(double output) const;
     double ratedPower() const { return plant.outputs.front().circuit.rating().activePower; }

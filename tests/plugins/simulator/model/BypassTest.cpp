@@ -140,6 +140,20 @@ TEST(BypassTest, InverterFollowsTheFrequencyOfTheBypassWithinItsLimit) {
     EXPECT_FLOAT_EQ(device.number("Outputs.1.Measure.Frequency"), 50);
 }
 
+TEST(BypassTest, StagesOfTheConversionPassOnWhatTheyGetLessTheirLosses) {
+    ShippedDevice device{"ups-3ph"};
+    device.charge(50);
+    device.run(0.1);
+    const PowerBalance flow = device.model.balance();
+    const double converting = flow.losses - (flow.charging / 0.92 - flow.charging);
+    EXPECT_NEAR(device.number("PowerConverters.Inverter.Measure.ActivePower"), 17500, 0.01);
+    EXPECT_NEAR(device.number("PowerConverters.DcBus.Measure.ActivePower"), 17500 + converting / 2, 0.01);
+    const double rectifier = device.number("PowerConverters.Rectifier.Measure.ActivePower");
+    EXPECT_NEAR(rectifier, 17500 + converting / 2 + flow.charging / 0.92, 0.01);
+    const double efficiency = device.number("PowerConverters.Rectifier.Measure.Efficiency");
+    EXPECT_NEAR(rectifier * 100 / efficiency, flow.input, 0.01);
+}
+
 TEST(BypassTest, RedundancyFollowsLoadAndLevel) {
     ShippedDevice device{"ups-3ph"};
     device.run(0.1);

@@ -169,6 +169,18 @@ TEST(OrderTest, FewerItemsAreServedAndDrawNothing) {
     EXPECT_FLOAT_EQ(static_cast<float>(device.model.balance().output), 5040);
 }
 
+TEST(OrderTest, InputThatIsNotThereFeedsNothing) {
+    ShippedDevice device{"ats"};
+    device.mains(1, MainsState::Lost);
+    device.model.setCounts({{"Inputs", 1}});
+    device.run(0.1);
+    EXPECT_EQ(device.mode(), Mode::Off);
+    EXPECT_EQ(device.model.find("Inputs.2.Status.Supplied"), nullptr);
+    device.model.setCounts({{"Inputs", 2}});
+    device.run(6);
+    EXPECT_EQ(device.mode(), Mode::OnAlternateSource);
+}
+
 TEST(OrderTest, FewerStorageModulesHoldLess) {
     ShippedDevice device{"ups-3ph"};
     device.run(0.1);
