@@ -146,9 +146,7 @@ ExitCode run(Options options, const Numbers& numbers, bool json) {
     return check(options, json);
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
+ExitCode checkAsAsked(int argc, char** argv) {
     CLI::App app{"Says what is wrong with a protocol plug-in before a device does.", "velk-plugin-check"};
     Options options;
     Numbers numbers;
@@ -160,10 +158,16 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return static_cast<int>(app.exit(error) == 0 ? ExitCode::Clean : ExitCode::Usage);
+        return app.exit(error) == 0 ? ExitCode::Clean : ExitCode::Usage;
     }
+    return run(options, numbers, json);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
     try {
-        return static_cast<int>(run(options, numbers, json));
+        return static_cast<int>(checkAsAsked(argc, argv));
     } catch (const std::exception& failure) {
         std::cerr << "velk-plugin-check: " << failure.what() << "\n";
         return static_cast<int>(ExitCode::Usage);
