@@ -18,6 +18,8 @@ constexpr std::int32_t STOPPING = 4;
 constexpr std::int32_t STOPPED = 5;
 constexpr std::int32_t IN_SERVICE = 16;
 
+constexpr std::uint32_t LINK_LOST = 3;
+
 void publishServiceState(Context& context, std::int32_t state) {
     context.serviceStateWrapper->write(Value{state});
     context.dataModelManager->updateServiceState();
@@ -57,6 +59,18 @@ bool identify(Context& context) {
     return !context.modelIsCurrent;
 }
 
+/// False when the device says that its link is lost: what it could not tell then is missing in a model that
+/// was built. A device that cannot say so is taken at its best.
+bool linkHolds(const Context& context) {
+    try {
+        const auto wrapper = context.wrapperFactory->buildWrapper({ECommunicationStatus::State});
+        const Value state = wrapper == nullptr ? Value{} : wrapper->read();
+        return !(state == Value{LINK_LOST});
+    } catch (...) {
+        return true; // whoever needs the state of the link meets the same failure, and tells of it
+    }
+}
+
 const LifecycleState& begin(Context& context) {
     publishServiceState(context, STARTING);
     return DISCOVER;
@@ -85,7 +99,7 @@ const LifecycleState& build(Context& context) {
     const connectors::IConnectorFactory& connectorFactory = context.databaseManager->connectorFactory();
     const bool built = context.dataModelManager->build(*context.wrapperFactory, connectorFactory,
                                                        datamodel::powerEquipmentBuilder);
-    context.modelIsCurrent = built;
+    context.modelIsCurrent = built && linkHolds(context);
     return built ? INITIALIZE : BUILD;
 }
 
@@ -93,7 +107,9 @@ const LifecycleState& initialize(Context& context) {
     if (!context.dataModelManager->initialize()) {
         return INITIALIZE;
     }
-    context.databaseManager->sanitize();
+    if (context.modelIsCurrent) {
+        context.databaseManager->sanitize();
+    }
     return START;
 }
 

@@ -314,6 +314,28 @@ TEST_F(LifecycleTest, BuildThatALossHasKeptFromRunningIsStillDue) {
     device->onEnumerate = {};
 }
 
+TEST_F(LifecycleTest, ModelThatWasBuiltWithoutTheLinkIsBuiltAgainAndCleansNothing) {
+    const velk::common::Uuid leftover{"00000000-0000-4000-8000-000000000009"};
+    tessapi::TessAccessor& client = store->client();
+    client.emplaceDevice(leftover, client.emplaceDevice(deviceUuid, 1, 20), 0);
+    bool lost = false;
+    device->onEnumerate = [this, &lost] {
+        if (!std::exchange(lost, true)) {
+            link->setValue(Value{std::uint32_t{3}});
+        }
+    };
+    start();
+    ASSERT_TRUE(runTo("WAIT_COMMUNICATION_RECOVERY"));
+    EXPECT_NE(client.deviceIdOf(leftover), tessapi::ITessAccessor::UNKNOWN_ID);
+    link->setValue(Value{std::uint32_t{2}});
+    ASSERT_TRUE(runTo("MONITOR"));
+    EXPECT_EQ(output.states(), "DISCOVER ENUMERATE BUILD INITIALIZE START COMMUNICATION_LOST "
+                               "WAIT_COMMUNICATION_RECOVERY ENUMERATE BUILD INITIALIZE START MONITOR");
+    EXPECT_EQ(client.deviceIdOf(leftover), tessapi::ITessAccessor::UNKNOWN_ID);
+    finish();
+    device->onEnumerate = {};
+}
+
 TEST_F(LifecycleTest, LossIsPublishedWhileTheDeviceIsLetGo) {
     start();
     ASSERT_TRUE(output.awaitState("MONITOR"));
