@@ -53,8 +53,11 @@ void Life::run(const std::string& configuration) {
     attributes.path = configuration;
     attributes.clock = &pace;
     attributes.onDeviceWrite = [this](const DeviceWrite& write) {
-        const MutexLock lock{mutex};
-        writes.push_back(write);
+        // What the library tells the device of its host by itself comes whenever it comes.
+        if (write.channel.rfind("PrivateAction.", 0) != 0) {
+            const MutexLock lock{mutex};
+            writes.push_back(write);
+        }
     };
     // No line tells that the lifecycle begins, but its first service state does.
     attributes.onServiceState = [this](std::uint32_t state) {

@@ -45,6 +45,12 @@ std::string textOf(const qz::CValue& value) {
     return text.str();
 }
 
+/// Both write a time as ISO 8601 in UTC, the device with its milliseconds, of which it has none.
+std::string withoutMilliseconds(std::string time) {
+    const auto at = time.find(".000Z");
+    return at == std::string::npos ? time : time.replace(at, 5, "Z");
+}
+
 bool sameFloat(const DevicePoint& point, const qz::CValue& value) {
     const double there = std::strtod(point.json.c_str(), nullptr);
     const double here = value.as_float();
@@ -59,6 +65,9 @@ bool isSame(const DevicePoint& point, const qz::CValue& value) {
                                           : point.type == "float" ? "float32"
                                                                   : point.type)) {
         return false;
+    }
+    if (point.type == "timestamp") {
+        return textOf(value) == withoutMilliseconds(point.json);
     }
     return point.type == "float" ? sameFloat(point, value) : textOf(value) == point.json;
 }

@@ -6,6 +6,7 @@
 #include "tests/scenarios/JsonReading.h"
 #include "tests/scenarios/Memory.h"
 
+#include <atomic>
 #include <chrono>
 #include <dlfcn.h>
 #include <fstream>
@@ -23,6 +24,8 @@ namespace fs = std::filesystem;
 constexpr std::chrono::milliseconds LOOK_EVERY{1};
 /// Long for a thread that has only a few instructions left, short for a person.
 constexpr std::chrono::milliseconds SETTLING{50};
+/// Lines that nobody has expected, told beside a failure.
+constexpr std::size_t LINES_TOLD = 5;
 constexpr const char* EXIT_LINE = "Exit PowerDistributionManager state machine is requested";
 constexpr const char* SCRIPTED_UUID = "9f2c1c9e-6f0d-4a8e-9a7b-3c5d7e9f1b2d";
 
@@ -75,13 +78,18 @@ void Runner::play(const Steps& steps) {
     }
 }
 
-void Runner::fail(const std::string& reason) const {
+void Runner::fail(const std::string& reason) {
     const std::string where = current == nullptr ? scenario.file : current->where;
     const std::string why = current == nullptr || current->say.empty() ? "" : " (" + current->say + ")";
-    throw ScenarioError{where + ": " + reason + why};
+    std::string printed;
+    for (std::size_t i = 0; i < LINES_TOLD; ++i) {
+        const auto line = life.errors.take();
+        printed += line ? "\n  standard error: " + *line : "";
+    }
+    throw ScenarioError{where + ": " + reason + why + printed};
 }
 
-void Runner::await(const Condition& condition, const Describe& describe) const {
+void Runner::await(const Condition& condition, const Describe& describe) {
     const auto deadline = std::chrono::steady_clock::now() + Pace::PATIENCE;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > deadline) {
@@ -261,6 +269,17 @@ void Runner::perform(const PutFile& file) {
         return;
     }
     std::ofstream{target} << file.text;
+}
+
+void Runner::perform(const Churn& churn) {
+    std::atomic<std::size_t> writes{0};
+    StoreEye counter{storeUrl};
+    counter.client().browser().subscribeAllChannels([&](const tessapi::ChannelWrite&) { ++writes; }, nullptr);
+    simulator.ask(R"({"do":"speed","factor":20})"); // another value at each look
+    for (std::size_t before = 0; before < churn.writes; before = std::min(writes.load(), churn.writes)) {
+        await([&] { return writes > before; }, [] { return std::string{"no more values were written"}; });
+    }
+    simulator.ask(R"({"do":"speed","factor":0})");
 }
 
 void Runner::perform(const Remember& remember) {

@@ -42,9 +42,9 @@ private:
 
     void play(const Steps& steps);
     void expectNothingElse();
-    [[noreturn]] void fail(const std::string& reason) const;
+    [[noreturn]] void fail(const std::string& reason);
     /// Blocks until the condition has come true; fails with `describe` when that takes too long.
-    void await(const Condition& condition, const Describe& describe) const;
+    void await(const Condition& condition, const Describe& describe);
 
     void perform(const Start& start);
     void perform(const Command& command);
@@ -58,6 +58,7 @@ private:
     void perform(const Leftover& leftover);
     void perform(const MoveStore& move);
     void perform(const PutFile& file);
+    void perform(const Churn& churn);
     void perform(const Remember& remember);
     void perform(const Repeat& repeat);
     void perform(const ExpectTransitions& expected);

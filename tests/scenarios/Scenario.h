@@ -83,6 +83,11 @@ struct PutFile {
     std::string text;
     std::filesystem::path source; ///< empty: `text` is it
 };
+/// Lets the device's time run until so many of its values have been written into the store. Afterwards the
+/// store's log of changes and its caches are as full as they ever get.
+struct Churn {
+    std::size_t writes{0};
+};
 /// Keeps all identifiers of the store under a name.
 struct Remember {
     std::string name;
@@ -157,9 +162,9 @@ struct ExpectWrites {
 struct ExpectMirror {};
 
 using Deed = std::variant<Start, Command, WriteStore, Pauses, Hold, Release, Exit, Destroy, Settle, Leftover,
-                          MoveStore, PutFile, Remember, Repeat, ExpectTransitions, ExpectLines, ExpectValue,
-                          ExpectPoint, ExpectDevice, ExpectSame, ExpectAlarms, ExpectTriggers, ExpectEnd,
-                          ExpectService, ExpectWrites, ExpectMirror>;
+                          MoveStore, PutFile, Churn, Remember, Repeat, ExpectTransitions, ExpectLines,
+                          ExpectValue, ExpectPoint, ExpectDevice, ExpectSame, ExpectAlarms, ExpectTriggers,
+                          ExpectEnd, ExpectService, ExpectWrites, ExpectMirror>;
 
 struct Step {
     std::string where; ///< "FILE:LINE:COLUMN"

@@ -78,8 +78,10 @@ std::vector<Variables> readVariants(const std::filesystem::path& file) {
     return all;
 }
 
+// A variable may hold another one, hence twice.
 Scenario readScenario(const std::filesystem::path& file, const Variables& variables) {
-    const Deserializer json = parse(file.string(), substitute(contentOf(file), variables));
+    const Deserializer json =
+        parse(file.string(), substitute(substitute(contentOf(file), variables), variables));
     const JsonReading in{file.string()};
     const StepReader steps{in};
     Scenario scenario;

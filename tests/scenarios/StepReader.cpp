@@ -139,6 +139,9 @@ Deed StepReader::readDeed(const Node& step, const Node& member) const {
     if (name == "file") {
         return putFile(member);
     }
+    if (name == "churn") {
+        return Churn{in.number(member)};
+    }
     if (name == "remember") {
         return Remember{in.text(member)};
     }
@@ -147,7 +150,7 @@ Deed StepReader::readDeed(const Node& step, const Node& member) const {
     }
     in.fail(member, "unknown step " + quoted(name) +
                         ", expected one of \"start\", \"device\", \"write\", \"pauses\", \"hold\", \"do\", "
-                        "\"leave\", \"store\", \"file\", \"remember\", \"repeat\", \"expect\"");
+                        "\"leave\", \"store\", \"file\", \"churn\", \"remember\", \"repeat\", \"expect\"");
 }
 
 Deed StepReader::command(const Node& step, const Node& member) const {
