@@ -157,7 +157,7 @@ private:
 
     void readConverter(const JsonObject& device, const Node& node) {
         using powerdistribution::EPowerConverter;
-        const std::string name = node.text();
+        const std::string& name = node.text();
         for (std::uint32_t number = 1; number <= static_cast<std::uint32_t>(EPowerConverter::DcBus);
              ++number) {
             if (to_string(static_cast<EPowerConverter>(number)) == name) {
@@ -239,28 +239,33 @@ private:
         checkPhases(device);
     }
 
-    /// Nothing hangs on a phase that does not come in.
+    /// Nothing hangs on a phase that does not come in or does not go out.
     void checkPhases(const JsonObject& device) const {
-        const std::uint32_t phases = description.inputs.front().phases;
-        const auto check = [&](std::uint32_t used, const char* where) {
-            if (used > phases) {
-                device.fail(*device.find(where), "expected the phases of \"" + std::string{where} +
-                                                     "\" to be among the " + std::to_string(phases) +
-                                                     " of the input");
+        const std::uint32_t incoming = description.inputs.front().phases;
+        const std::uint32_t outgoing =
+            description.outputs.empty() ? incoming : description.outputs.front().phases;
+        const auto check = [&](bool fits, const char* where, const std::string& expectation) {
+            if (!fits) {
+                device.fail(*device.find(where), "expected " + expectation);
             }
         };
         for (const auto& input : description.inputs) {
-            check(input.phases, "inputs");
+            check(input.phases == incoming, "inputs", "as many phases of every input");
         }
         for (const auto& output : description.outputs) {
-            check(output.phases, "outputs");
+            check(output.phases <= incoming, "outputs", "no more phases of an output than of the inputs");
         }
         for (const auto& branch : description.branches) {
-            check(branch.phase, "branches");
+            check(branch.phase <= incoming, "branches", "the phase of a branch among those of the inputs");
         }
         for (const auto& outlet : description.outlets) {
-            check(outlet.phase, "outlets");
+            check(outlet.branch != 0 || outlet.phase <= outgoing, "outlets",
+                  "the phase of an outlet among those that feed it");
         }
+        check(description.kind != DeviceKind::LineInteractiveUps || incoming == 1, "inputs",
+              "one phase for a line-interactive UPS");
+        check(description.converters.empty() || !description.outputs.empty(), "converters",
+              "no converters without outputs");
     }
 
     void readPoints(const JsonObject& device) {

@@ -98,7 +98,18 @@ TEST_F(DeviceFileTest, PhasesAreOneOrThree) {
     EXPECT_EQ(mistakeOf(R"({"kind":"pdu","inputs":[{"phases":2,"current":16}]})"),
               "1:35: expected 1 or 3 for \"phases\"");
     EXPECT_EQ(mistakeIn(R"("outlets":[{"current":1,"phase":3}])"),
-              "2:11: expected the phases of \"outlets\" to be among the 1 of the input");
+              "2:11: expected the phase of an outlet among those that feed it");
+    EXPECT_EQ(mistakeIn(R"("branches":[{"current":1,"phase":2}])"),
+              "2:12: expected the phase of a branch among those of the inputs");
+    EXPECT_EQ(mistakeIn(R"("outputs":[{"current":1,"phases":3}])"),
+              "2:11: expected no more phases of an output than of the inputs");
+    EXPECT_EQ(mistakeOf(R"({"kind":"pdu","inputs":[{"phases":3,"current":16},{"current":16}]})"),
+              "1:24: expected as many phases of every input");
+    EXPECT_EQ(
+        mistakeOf(R"({"kind":"line-interactive-ups","inputs":[{"phases":3,"current":9}],)"
+                  R"("outputs":[{"current":9}],"battery":{"capacityWh":9,"voltage":12,"chargePower":9}})"),
+        "1:41: expected one phase for a line-interactive UPS");
+    EXPECT_EQ(mistakeIn(R"("converters":["Inverter"])"), "2:14: expected no converters without outputs");
 }
 
 TEST_F(DeviceFileTest, StructureFitsTheKind) {
