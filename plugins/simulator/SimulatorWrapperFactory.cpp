@@ -31,4 +31,10 @@ ValueWrapperPtr SimulatorWrapperFactory::buildWrapper(const powerdistribution::E
     return RuleBasedWrapperBuilder{deviceRules()}.buildWrapper(walk);
 }
 
+std::string SimulatorWrapperFactory::ruleOf(const powerdistribution::EPath& path) const {
+    const std::any argument{&context};
+    Rule::ExecutionParameters walk{path, 0, *this, protocol, argument};
+    return RuleBasedWrapperBuilder{deviceRules()}.ruleOf(walk);
+}
+
 } // namespace velk::simulator
