@@ -3,14 +3,16 @@
 #include "cli/AlarmsCommand.h"
 #include "cli/ChannelsCommand.h"
 #include "cli/DevicesCommand.h"
+#include "cli/EditDistance.h"
 #include "cli/ExplainCommand.h"
 #include "cli/GetCommand.h"
 #include "cli/SetCommand.h"
 #include "cli/StatusCommand.h"
-#include "cli/TreeCommand.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
+#include <iostream>
 
 namespace velk::cli {
 
@@ -47,10 +49,13 @@ CommandLine::CommandLine() :
 CommandLine::~CommandLine() = default;
 
 void CommandLine::addLookingCommands() {
-    app->add_subcommand("status", "The device: mode, health, communication, active alarms")->callback([this] {
-        command = runStatus;
-    });
-    app->add_subcommand("tree", "All devices with their values")->callback([this] { command = runTree; });
+    app->add_subcommand("status", "The device from feed to outlet in words, communication, active alarms")
+        ->callback([this] { command = runStatus; });
+    CLI::App* branches = app->add_subcommand("tree", "The parts of the device with their values");
+    branches->add_option("PATH", tree.path, "A part, such as Outlets.7; . for the device; all without");
+    branches->add_option("--depth", tree.depth, "Only so many levels of parts below it");
+    branches->add_flag("--full", tree.full, "All values of all items, also of long collections");
+    branches->callback([this] { command = [this](Session& session) { return runTree(session, tree); }; });
     CLI::App* get = app->add_subcommand("get", "The values of paths");
     get->add_option("PATH", paths, "Paths, also with wildcards, and devices")->required();
     get->callback([this] { command = [this](Session& session) { return runGet(session, paths); }; });
@@ -121,10 +126,27 @@ void CommandLine::addDo() {
     });
 }
 
+bool CommandLine::sayNearestCommand(const std::string& word) const {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app->get_subcommands({})) {
+        names.push_back(command->get_name());
+    }
+    if (word.starts_with("-") || std::find(names.begin(), names.end(), word) != names.end()) {
+        return false;
+    }
+    const std::string near = nearest(word, names);
+    std::cerr << "tess: no such command: \"" << word << "\""
+              << (near.empty() ? "; tess --help names them" : "; did you mean \"" + near + "\"?") << "\n";
+    return true;
+}
+
 std::optional<ExitCode> CommandLine::parse(int argc, const char* const* argv) {
     try {
         app->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != 0 && argc > 1 && sayNearestCommand(argv[1])) {
+            return ExitCode::Usage;
+        }
         return app->exit(error) == 0 ? ExitCode::Done : ExitCode::Usage;
     }
     request.timeout = std::chrono::duration_cast<velk::common::Clock::Duration>(

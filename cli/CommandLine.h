@@ -4,6 +4,7 @@
 #include "cli/ExitCode.h"
 #include "cli/LogsCommand.h"
 #include "cli/Session.h"
+#include "cli/TreeCommand.h"
 #include "cli/WatchCommand.h"
 
 #include <functional>
@@ -36,6 +37,8 @@ public:
     std::string store; ///< URL; empty for the one that the environment gives
 
 private:
+    /// False when `word` is a command, or no word.
+    bool sayNearestCommand(const std::string& word) const;
     void addLookingCommands();
     void addWatch();
     void addLogs();
@@ -48,6 +51,7 @@ private:
     std::vector<std::string> paths;
     WatchOptions watch;
     LogsOptions logs;
+    TreeOptions tree;
     std::string path;
     std::string value;
     std::string action;

@@ -186,6 +186,12 @@ const StoreView::Branch& StoreView::requireBranch(const std::string& path) const
     failNoSuchPath(path, candidates);
 }
 
+const StoreView::Branch& StoreView::requireAnyBranch(const std::string& path) const {
+    const auto found = std::find_if(tree.begin(), tree.end(),
+                                    [&](const Branch& candidate) { return candidate.title == path; });
+    return found == tree.end() ? requireBranch(path) : *found;
+}
+
 std::vector<std::string> StoreView::paths() const {
     std::vector<std::string> candidates;
     for (const Point& point : all) {

@@ -66,6 +66,10 @@ public:
     /// itself. Throws as `select` does.
     const Branch& requireBranch(const std::string& path) const;
 
+    /// A device by the title or the path that people know: also "PowerEquipment", and "." for the device that
+    /// is watched. Throws as `select` does.
+    const Branch& requireAnyBranch(const std::string& path) const;
+
 private:
     void grow(std::uint64_t deviceId, unsigned int depth, bool equipment);
     void addPoints(Branch& branch);

@@ -1,6 +1,7 @@
 #include "cli/Table.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace velk::cli {
 
@@ -20,13 +21,20 @@ std::size_t displayWidth(const std::string& text) {
 }
 
 void Table::print(std::ostream& out) const {
+    for (const std::string& line : lines()) {
+        out << line << '\n';
+    }
+}
+
+std::vector<std::string> Table::lines() const {
     std::vector<std::size_t> widths;
     for (const auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i) {
+        for (std::size_t i = 0; i < row.size() && row.size() > 1; ++i) {
             widths[i] = std::max(widths[i], displayWidth(row[i]));
         }
     }
+    std::vector<std::string> printed;
     for (const auto& row : rows) {
         std::string line;
         std::size_t wanted = 0;
@@ -37,8 +45,9 @@ void Table::print(std::ostream& out) const {
             }
             wanted += widths[i] + 2;
         }
-        out << line << '\n';
+        printed.push_back(std::move(line));
     }
+    return printed;
 }
 
 } // namespace velk::cli

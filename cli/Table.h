@@ -9,11 +9,15 @@ namespace velk::cli {
 /// Rows of text in columns as wide as their widest cell.
 class Table {
 public:
-    /// A row may be shorter than others. Escape sequences of colours take no width.
+    /// A row may be shorter than others; one of a single cell stands for itself and widens no column. Escape
+    /// sequences of colours take no width.
     void add(std::vector<std::string> row) { rows.push_back(std::move(row)); }
 
     /// Two blanks between columns, none at the end of a line.
     void print(std::ostream& out) const;
+
+    /// What `print` prints, line by line.
+    std::vector<std::string> lines() const;
 
 private:
     std::vector<std::vector<std::string>> rows;

@@ -91,7 +91,7 @@ TEST_F(LookingTest, StatusAsJsonSaysOfEachPartWhetherItIsFresh) {
 TEST_F(LookingTest, TreeShowsEveryPointUnderItsDevice) {
     EXPECT_EQ(tess({"tree"}), 0);
     EXPECT_THAT(out, HasSubstr("\n    PowerDistribution\n"));
-    EXPECT_THAT(out, ContainsRegex("\n      Inputs\\.1\n        Measure\\.Voltage +230\\.1 V +20"));
+    EXPECT_THAT(out, ContainsRegex("\n      Inputs\\.1  .Feed 1.\n        Measure\\.Voltage +230\\.1 V +20"));
     EXPECT_THAT(out, ContainsRegex("\n        Action\\.SwitchOff +- +never\n"));
     const Json tree = json({"tree"});
     EXPECT_EQ(tree["children"][0]["children"][0]["device"], "PowerDistribution");

@@ -116,8 +116,8 @@ TEST(TableTest, ColumnsAreAsWideAsTheirWidestCellWithoutColours) {
     table.add({"title"});
     std::ostringstream out;
     table.print(out);
-    EXPECT_EQ(out.str(), "a      bb  c\n"
-                         "\033[1maaa\033[0m        °C\n"
+    EXPECT_EQ(out.str(), "a    bb  c\n"
+                         "\033[1maaa\033[0m      °C\n"
                          "title\n");
     EXPECT_EQ(displayWidth("°C"), 2U);
 }

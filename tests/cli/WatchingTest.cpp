@@ -177,6 +177,37 @@ TEST_F(WatchingTest, EndsAfterTheTimeAskedFor) {
     EXPECT_EQ(sample.start({"watch", "--interval", "0", "--for", "0.1"})->finish(), 0);
 }
 
+TEST_F(WatchingTest, LogsFollowTheDevicesLogOverProcesses) {
+    tessapi::InBandAccessor& inband = sample.store->inbandAccessor();
+    const std::uint64_t daemon = sample.store->emplaceDevice(JournalEntry::deviceUuid(), 1, 0);
+    inband.setDeviceAttribute(daemon, tessapi::DeviceAttribute::path, "Daemon");
+    const std::uint64_t log = inband.emplaceChannel(daemon, "Daemon.DeviceLog", false);
+    const auto note = [&](const std::string& entries, const std::string& error) {
+        inband.setChannelCValue(log, qz::CValue{R"({"device":")" + sample.store->uuidOf(20).toString() +
+                                                R"(","error":)" + error + R"(,"errorTime":1,"entries":[)" +
+                                                entries + "]}"});
+    };
+    const std::string one =
+        R"({"sequence":1,"id":40,"time":1700000000,"severity":2,"code":7,"status":0,"mode":0,"reason":0,"data":0})";
+    const std::string two =
+        R"({"sequence":2,"id":3,"time":1700000060,"severity":2,"code":8,"status":0,"mode":0,"reason":0,"data":0})";
+    note(one, "null");
+    const auto program = sample.start({"logs", "--follow", "--json"});
+    ASSERT_TRUE(program->awaitErrors("following"));
+    note(one + "," + two, "null");
+    ASSERT_TRUE(program->awaitOutput("\"id\":3"));
+    EXPECT_THAT(program->output(), HasSubstr("\"id\":40"));
+    note(one + "," + two, "\"no answer\"");
+    ASSERT_TRUE(program->awaitErrors("could not be read since 1970-01-01 00:00:01: no answer"));
+    sample.connect(false);
+    note(one + "," + two, "null");
+    ASSERT_TRUE(program->awaitErrors("newer events may be missing: lost since "));
+    program->signal(SIGINT);
+    EXPECT_EQ(program->finish(), 0);
+    EXPECT_THAT(program->errors(), HasSubstr("begin again at 3 after 40"));
+    EXPECT_EQ(std::count(program->output().begin(), program->output().end(), '\n'), 2);
+}
+
 TEST_F(WatchingTest, APathThatMeansNothingIsRefusedAtOnce) {
     const auto program = sample.start({"watch", "--interval", "0", "Status.Mod"});
     EXPECT_EQ(program->finish(), 4);
