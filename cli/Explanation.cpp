@@ -126,6 +126,21 @@ std::optional<JournalEntry> lastRequest(const StoreView& view, const Point& poin
                : JournalEntry::newestOf(JournalEntry::parseAll(*text), point.devicePath, point.name);
 }
 
+/// critical "charge-low" at or below 20 %: not active.
+std::string triggerText(const qz::CAlarmTrigger& trigger, const tessapi::ChannelRecord& channel,
+                        const Style& style) {
+    const bool isAlarm = trigger.level != tessapi::LevelAlarm::none;
+    std::string text = isAlarm ? levelText(trigger.level) : "state";
+    if (!trigger.code.empty()) {
+        text += " \"" + trigger.code + "\"";
+    }
+    text += " " + conditionText(trigger, channel) + ": ";
+    if (!isAlarm) {
+        return text + "names a state";
+    }
+    return text + (isActive(trigger, channel) ? style.level(trigger.level, "active") : "not active");
+}
+
 } // namespace
 
 Explanation::Explanation(const StoreView& picture, const Communication& link, const Point& explained,
@@ -315,15 +330,7 @@ void Explanation::addTriggers(Table& table, const Style& style) const {
         return;
     }
     for (const qz::CAlarmTrigger& trigger : point.channel->alarmConfig.triggers) {
-        const bool isAlarm = trigger.level != tessapi::LevelAlarm::none;
-        const bool active = isActive(trigger, *point.channel);
-        const std::string code = trigger.code.empty() ? "" : " \"" + trigger.code + "\"";
-        const std::string state = !isAlarm ? "names a state"
-                                  : active ? style.level(trigger.level, "active")
-                                           : "not active";
-        table.add({"  " + style.title("Trigger"), (isAlarm ? levelText(trigger.level) : "state") + code +
-                                                      " " + conditionText(trigger, *point.channel) + ": " +
-                                                      state});
+        table.add({"  " + style.title("Trigger"), triggerText(trigger, *point.channel, style)});
     }
 }
 

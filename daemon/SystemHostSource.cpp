@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
-#include <sstream>
 #include <utility>
 
 namespace velk::daemon {
@@ -29,7 +28,7 @@ std::string textOfFile(const fs::path& file) {
 
 std::string nameFromFirmware(const fs::path& root) {
     for (const char* file : {"sys/class/dmi/id/product_name", "proc/device-tree/model"}) {
-        const std::string name = textOfFile(root / file);
+        std::string name = textOfFile(root / file);
         if (std::find(namesOfNothing.begin(), namesOfNothing.end(), name) == namesOfNothing.end()) {
             return name;
         }
@@ -54,19 +53,33 @@ std::string unquoted(std::string text) {
     return plain;
 }
 
+std::vector<std::string> linesOf(const fs::path& file) {
+    std::vector<std::string> lines;
+    std::ifstream stream{file};
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/// The value of `name` in lines of the form NAME=VALUE; empty for none.
+std::string valueIn(const std::vector<std::string>& lines, const std::string& name) {
+    for (const std::string& line : lines) {
+        if (line.starts_with(name + "=") && line.size() > name.size() + 1) {
+            return unquoted(line.substr(name.size() + 1));
+        }
+    }
+    return "";
+}
+
 /// The value of the first of the names that the description of the operating system has; empty for none.
 std::string fromOsRelease(const fs::path& root, const std::vector<std::string>& names) {
     for (const char* file : {"etc/os-release", "usr/lib/os-release"}) {
-        std::ifstream stream{root / file};
-        std::stringstream text;
-        text << stream.rdbuf();
+        const std::vector<std::string> lines = linesOf(root / file);
         for (const std::string& name : names) {
-            text.clear();
-            text.seekg(0);
-            for (std::string line; std::getline(text, line);) {
-                if (line.starts_with(name + "=") && line.size() > name.size() + 1) {
-                    return unquoted(line.substr(name.size() + 1));
-                }
+            std::string value = valueIn(lines, name);
+            if (!value.empty()) {
+                return value;
             }
         }
     }

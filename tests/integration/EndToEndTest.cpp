@@ -148,7 +148,7 @@ TEST_F(EndToEndTest, LowBatteryRaisesAnAlarmThatShowsInTheHealthAndGoesAgain) {
     EXPECT_TRUE(store->await(health, qz::CValue{std::uint32_t{5}}));
 }
 
-TEST_F(EndToEndTest, ExplainTellsRuleReadingWriterAndTriggers) {
+TEST_F(EndToEndTest, ExplainTellsRuleReadingWriterTriggersAndFactsOfTheHost) {
     startDaemon();
     ASSERT_TRUE(store->await("Inputs.1.Measure.Voltage", qz::CValue{231.4F}));
     const std::string voltage = tess({"explain", "Inputs.1.Measure.Voltage"}).output();
@@ -171,21 +171,14 @@ TEST_F(EndToEndTest, ExplainTellsRuleReadingWriterAndTriggers) {
     const std::string charge = tess({"explain", "BackupSystem.PowerBank.Measure.StateOfCharge"}).output();
     EXPECT_NE(charge.find("critical \"charge-low\" at or below 20 %: active\n"), std::string::npos) << charge;
 
+    const std::string host = tess({"explain", "System.Ethernet.MacAddress"}).output();
+    EXPECT_NE(host.find("powerdistributiond itself: a fact of this host"), std::string::npos) << host;
+    EXPECT_NE(store->client().inbandAccessor().getDeviceAttribute(1, tessapi::DeviceAttribute::productName),
+              "");
+
     tess({"explain", "Inputs.1.Measure.Voltge"});
     EXPECT_EQ(exitCode, 4);
     EXPECT_NE(program->errors().find("did you mean \"Inputs.1.Measure.Voltage\""), std::string::npos);
-}
-
-TEST_F(EndToEndTest, FactsOfTheHostStandInTheStoreBeforeTheDeviceIsMet) {
-    startDaemon();
-    for (const char* name : {"System.Ethernet.MacAddress", "System.Ethernet.CurrentIpv4Address",
-                             "System.Ethernet.CurrentIpv6Address"}) {
-        EXPECT_NE(store->client().inbandAccessor().getCatchedChannelId(1, name),
-                  tessapi::ITessAccessor::UNKNOWN_ID)
-            << name;
-    }
-    EXPECT_NE(store->client().inbandAccessor().getDeviceAttribute(1, tessapi::DeviceAttribute::productName),
-              "");
 }
 
 TEST_F(EndToEndTest, SignalGoesThroughStopToEndAndTheStoreKeepsTheLastState) {
