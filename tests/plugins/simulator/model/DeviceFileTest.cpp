@@ -4,7 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fstream>
+#include <iterator>
+#include <random>
 
 namespace velk::simulator {
 
@@ -174,6 +177,30 @@ TEST_F(DeviceFileTest, AnXStandsForEveryItemAndALaterEntryWins) {
     EXPECT_EQ(model.read("Outlets.1.Attribute.PhysicalName"), Value{std::string{"Some"}});
     EXPECT_EQ(model.read("Outlets.2.Attribute.PhysicalName"), Value{std::string{"Second"}});
     EXPECT_EQ(model.read("Outlets.3.Attribute.PhysicalName"), Value{std::string{"Some"}});
+}
+
+TEST_F(DeviceFileTest, DamagedFileIsReadOrToldButNeverWorse) {
+    std::ifstream stream{deviceFile("ups-1ph")};
+    const std::string whole{std::istreambuf_iterator<char>{stream}, {}};
+    ASSERT_GT(whole.size(), 2000U);
+    std::mt19937 random{11};
+    const std::string bytes{"0919-.,:{}[]\"ex \n"};
+    int told = 0;
+    for (int round = 0; round < 100; ++round) {
+        std::string damaged = round % 3 == 0 ? whole.substr(0, random() % whole.size()) : whole;
+        for (int change = 0; change < 3 && !damaged.empty(); ++change) {
+            damaged[random() % damaged.size()] = bytes[random() % bytes.size()];
+        }
+        const std::string path = write(damaged);
+        try {
+            Model model{readDeviceFile(path)};
+            model.step(std::chrono::seconds{1});
+        } catch (const DeviceFileError& mistake) {
+            EXPECT_TRUE(std::string{mistake.what()}.starts_with(path + ":")) << mistake.what();
+            ++told;
+        }
+    }
+    EXPECT_GT(told, 60);
 }
 
 TEST_F(DeviceFileTest, AlarmFileLiesBesideTheDeviceFile) {
