@@ -4,6 +4,7 @@
 #include "platform/common/UnixTime.h"
 #include "powerdistribution/core/DeviceIdentifier.h"
 #include "powerdistribution/core/Paths.h"
+#include "powerdistribution/protocols/IRuleNaming.h"
 
 namespace velk::kit {
 
@@ -52,6 +53,28 @@ std::vector<EPath> unknowns() {
     };
 }
 
+/// A name for people is one line.
+void checkName(const Session& session, const Point& point, const std::string& operation,
+               const std::string& name) {
+    if (!isPrintable(name)) {
+        session.report.error(point.text, "one line of printable UTF-8 from " + operation, quoted(name));
+    } else if (name.empty()) {
+        session.report.warning(point.text, "a name from " + operation + ", since the path is served", "none");
+    }
+}
+
+void checkNamesOf(const Session& session, const Point& point, const protocols::IRuleNaming* rules) {
+    std::string name;
+    if (rules != nullptr && session.call("ruleOf", [&] { name = rules->ruleOf(point.path); })) {
+        checkName(session, point, "ruleOf", name);
+    }
+    const auto wrapper = session.build(point.path, point.text);
+    const auto* source = dynamic_cast<const protocols::ISourceNaming*>(wrapper.get());
+    if (source != nullptr && session.call("sourceName", [&] { name = source->sourceName(); })) {
+        checkName(session, point, "sourceName", name);
+    }
+}
+
 void checkReportedUuid(Session& session) {
     const EPath path{EProperty::Identification, EAttribute::Uuid};
     const auto wrapper = session.build(path);
@@ -81,6 +104,14 @@ bool tryOddPaths(Session& session) {
         if (session.build(path)) {
             session.report.error(path.nodesToString(), "null for a path that no device has", "a wrapper");
         }
+    }
+    return true;
+}
+
+bool tryNames(Session& session) {
+    const auto* rules = dynamic_cast<const protocols::IRuleNaming*>(session.plugin.factory.get());
+    for (const Point& point : session.points) {
+        checkNamesOf(session, point, rules);
     }
     return true;
 }

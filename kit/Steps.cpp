@@ -12,6 +12,7 @@ const std::vector<Step>& steps() {
         {"identity",                       tryIdentity,            false},
         {"values",                         tryValues,              false},
         {"counts",                         tryCounts,              false},
+        {"names of rules",                 tryNames,               false},
         {"communication status",           tryCommunicationStatus, false},
         {"alarm file",                     tryAlarmFile,           false},
         {"settings",                       trySettings,            false},

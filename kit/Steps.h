@@ -30,6 +30,7 @@ bool tryOddPaths(Session& session);
 bool tryIdentity(Session& session);
 bool tryValues(Session& session);
 bool tryCounts(Session& session);
+bool tryNames(Session& session);
 bool tryCommunicationStatus(Session& session);
 bool tryAlarmFile(Session& session);
 bool trySettings(Session& session);

@@ -151,13 +151,16 @@ bool TreeWalk::collection(const EPath& path, const Item& item) {
         found.count = readCount(countPath, *wrapper);
         served.push_back(countPath);
     }
-    const std::uint32_t items = std::min(found.count.value_or(0), MOST_ITEMS);
+    const std::uint32_t told = found.count.value_or(0);
+    const std::uint32_t items = told > MOST_ITEMS ? 1 : told;
     for (std::uint32_t index = 1; index <= items; ++index) {
         if (!item(path + index)) {
             found.empty.push_back(index);
         }
     }
-    found.beyond = firstBelow(path + (items + 1));
+    if (items == told) {
+        found.beyond = firstBelow(path + (items + 1));
+    }
     const bool isSomething = found.hasCount || !found.beyond.empty();
     if (isSomething) {
         collections.push_back(std::move(found));

@@ -52,7 +52,7 @@ public:
     using ReadCount = std::function<std::optional<std::uint32_t>(
         const EPath&, const powerdistribution::protocols::IValueWrapper&)>;
 
-    /// Items of a collection that are looked at; a greater count is one that nobody means.
+    /// A greater count is one that nobody means; only the first item is looked at then.
     static constexpr std::uint32_t MOST_ITEMS = 1024;
 
     TreeWalk(Ask askPlugin, ReadCount readPlugin) :

@@ -102,6 +102,8 @@ INSTANTIATE_TEST_SUITE_P(Paths, BrokenPluginTest, ::testing::Values(
     Case{"hugeCount",        "error: Outlets.Attribute.Count: expected at most 1024 items; came 4000000000"},
     Case{"countIsFloat",     "error: Outlets.Attribute.Count: expected a uint32_t when the tree is built; came no such value"},
     Case{"noCount",          "warning: Outlets.Attribute.Count: expected a count, since items are served; came null, so nobody sees Outlets.1.Status.SwitchedOn"},
+    Case{"namelessRule",     "warning: Inputs.1.Measure.Voltage: expected a name from ruleOf, since the path is served; came none"},
+    Case{"nameOfTwoLines",   "error: Inputs.1.Measure.Voltage: expected one line of printable UTF-8 from ruleOf; came \"a rule\\u000aof two lines\""},
     Case{"hiddenNode",       "warning: PowerModules: expected a wrapper, since something below it is served; came null, so nobody sees PowerModules.Measure.Temperature"}
 ), nameOf);
 

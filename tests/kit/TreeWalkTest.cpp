@@ -98,23 +98,14 @@ TEST_F(TreeWalkTest, FindsItemsThatNobodyCounts) {
     EXPECT_EQ(walk.collections.front().beyond.nodesToString(), "Inputs.1.Measure.Voltage");
 }
 
-TEST_F(TreeWalkTest, LooksAtAsManyItemsOfAHugeCountAsAnybodyHas) {
-    constexpr std::uint32_t MANY = 4'000'000'000U;
-    const EPath inputs = EPath{ECircuit::Inputs} + EAttribute::Count;
-    const EPath phases = EPath{ECircuit::Inputs, 1U, ECircuit::Phases} + EAttribute::Count;
-    TreeWalk huge{[&](const EPath& path) {
-                      const bool isCount = path.lastNode() == EPath::Node{EAttribute::Count};
-                      return isCount && (path == inputs || path == phases)
-                                 ? velk::testing::FakeWrapper::of({})
-                                 : nullptr;
-                  },
-                  [&](const EPath& path, const protocols::IValueWrapper&) {
-                      return std::optional{path == phases ? MANY : 1U};
-                  }};
-    huge.run();
-    ASSERT_EQ(huge.collections.size(), 2U);
-    EXPECT_EQ(huge.collections.front().count, MANY);
-    EXPECT_EQ(huge.collections.front().empty.size(), TreeWalk::MOST_ITEMS);
+TEST_F(TreeWalkTest, LooksAtTheFirstItemOfACountThatNobodyMeans) {
+    count({ECircuit::Outlets}, TreeWalk::MOST_ITEMS + 1);
+    device.add({ECircuit::Outlets, 2U, EStatus::SwitchedOn});
+    walk.run();
+    ASSERT_EQ(walk.collections.size(), 1U);
+    EXPECT_EQ(walk.collections.front().count, TreeWalk::MOST_ITEMS + 1);
+    EXPECT_EQ(walk.collections.front().empty, std::vector<std::uint32_t>{1});
+    EXPECT_TRUE(walk.collections.front().beyond.empty());
 }
 
 TEST_F(TreeWalkTest, FindsWhatLiesBelowANodeThatTheLibraryPassesOver) {

@@ -6,6 +6,7 @@
 #include "platform/common/lwjson/Deserializer.h"
 #include "powerdistribution/core/Vocabulary.h"
 #include "powerdistribution/protocols/IProtocolLibrary.h"
+#include "powerdistribution/protocols/IRuleNaming.h"
 #include "powerdistribution/protocols/RWValueWrapper.h"
 
 #include <atomic>
@@ -248,7 +249,7 @@ std::map<std::string, Value> valuesOf(const Device& device) {
     return values;
 }
 
-class Factory : public IWrapperFactory {
+class Factory : public IWrapperFactory, public IRuleNaming {
 public:
     explicit Factory(std::shared_ptr<Device> reached) : device{std::move(reached)} {}
 
@@ -271,6 +272,12 @@ public:
             raise(SIGSEGV);
         }
         return isServed ? std::make_unique<Wrapper>(device, text) : nullptr;
+    }
+
+    std::string ruleOf(const EPath& path) const override {
+        return has("namelessRule")     ? ""
+               : has("nameOfTwoLines") ? "a rule\nof two lines"
+                                       : path.nodesToString();
     }
 
 private:
