@@ -178,8 +178,11 @@ int run(const Request& request) {
         return play(connection, request);
     }
     connection.send(command);
-    const int result = show(connection.receive(), request.isJson);
-    return verb == "follow" && result == DONE ? follow(connection, request.isJson, false) : result;
+    const std::string answer = connection.receive();
+    if (verb != "follow" || !isGood(Deserializer{answer}.root())) {
+        return show(answer, request.isJson);
+    }
+    return follow(connection, request.isJson, false);
 }
 
 /// Throws UsageError.

@@ -137,17 +137,5 @@ TEST_F(ThrowingPluginTest, GarbageIsATextThatIsNoneAndNoNumber) {
     EXPECT_FALSE(voltage->read().hasValue());
 }
 
-TEST_F(ThrowingPluginTest, FaultOfOneDataPointShowsInThoseThatAreComputedFromIt) {
-    const std::string available = "Outputs.1.Measure.CurrentAvailable";
-    const std::string held = host.held(available);
-    if (held == "refused") { // the device does not have it itself
-        ASSERT_TRUE(host.read(available).hasValue());
-        host.command(R"({"do":"fault","kind":"garbage","path":"Outputs.1.Measure.Current"})");
-        EXPECT_FALSE(host.read(available).hasValue());
-    } else {
-        EXPECT_EQ(host.read(available).get<float>(), std::stof(held));
-    }
-}
-
 } // namespace
 } // namespace velk::simulator
