@@ -129,7 +129,7 @@ public:
             all.insert(all.end(), probe->late.begin(), probe->late.end());
         }
         for (auto& [rank, late] : byRank) {
-            const std::string name = group + "rank " + std::to_string(rank);
+            const std::string name = group + (rank < 10 ? "rank  " : "rank ") + std::to_string(rank);
             state.counters[name + ", median [ns]"] = quantile(late, 0.5);
             state.counters[name + ", 99th percentile [ns]"] = quantile(late, 0.99);
         }

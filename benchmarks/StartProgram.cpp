@@ -1,7 +1,7 @@
 // One start of the library over a store, in a process of its own. Arguments: the plug-in, the URL of the
-// store, a folder for the configuration. Prints one line: nanoseconds from the start to MONITOR, then, when
-// every data point has been polled, bytes on the heap and kilobytes of resident memory that all of it takes,
-// and nanoseconds to let go of it.
+// store, a folder for the configuration. Prints one line: nanoseconds from the start to MONITOR, nanoseconds
+// of CPU time for it, then, when every data point has been polled, bytes on the heap and kilobytes of
+// resident memory that all of it takes, and nanoseconds to let go of it.
 
 #include "powerdistribution/core/PowerDistributionManager.h"
 
@@ -65,6 +65,7 @@ void awaitPolls(const PowerDistributionManager& manager) {
 
 struct Result {
     Clock::Duration start{};
+    Clock::Duration startCpu{};
     Clock::Duration end{};
     std::size_t heap{0};
     long resident{0};
@@ -76,6 +77,7 @@ Result run(const std::string& configuration) {
     const std::size_t heapBefore = heapBytes();
     const long residentBefore = residentKilobytes();
     const Clock::Duration begin = clock.now();
+    const Clock::Duration beginCpu = clock.cpuTime();
     auto manager = std::make_unique<PowerDistributionManager>();
     std::promise<void> arrived;
     std::thread lifecycle{[&] {
@@ -86,6 +88,7 @@ Result run(const std::string& configuration) {
                            constexpr std::uint32_t IN_SERVICE = 16;
                            if (state == IN_SERVICE) {
                                result.start = clock.now() - begin;
+                               result.startCpu = clock.cpuTime() - beginCpu;
                                arrived.set_value();
                            }
                        },
@@ -119,7 +122,7 @@ int main(int count, char** arguments) {
     auto* const output = std::cout.rdbuf(transitions.rdbuf());
     const Result result = run(configuration);
     std::cout.rdbuf(output);
-    std::cout << result.start.count() << ' ' << result.heap << ' ' << result.resident << ' '
-              << result.end.count() << std::endl;
+    std::cout << result.start.count() << ' ' << result.startCpu.count() << ' ' << result.heap << ' '
+              << result.resident << ' ' << result.end.count() << std::endl;
     return 0;
 }

@@ -5,14 +5,13 @@
 #include "benchmarks/PlainTable.h"
 #include "benchmarks/SyntheticDevice.h"
 #include "powerdistribution/core/Value.h"
-#include "testing/ChildProcess.h"
 #include "testing/TemporaryDirectory.h"
 
 #include <benchmark/benchmark.h>
 
+#include <cstdio>
 #include <malloc.h>
 #include <map>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -22,29 +21,32 @@ using velk::benchmarks::SyntheticDevice;
 using velk::testing::TemporaryDirectory;
 
 const std::string startGroup{"start, per data point/"};
+const std::string cpuGroup{"start, CPU time per data point/"};
 const std::string memoryGroup{"memory, per data point/"};
 
 /// What one start tells of itself, per data point.
 struct Start {
     double nanoseconds{0};
+    double cpuNanoseconds{0};
     double heapBytes{0};
     double residentKilobytes{0};
     double endNanoseconds{0};
 };
 
 Start startOnce(std::uint32_t outlets, const std::string& url, const TemporaryDirectory& folder) {
-    velk::testing::ChildProcess program{
-        {VELK_BENCHMARK_START, VELK_BENCHMARK_PLUGIN, url, folder.path().string()},
-        {"VELK_SYNTHETIC_OUTLETS=" + std::to_string(outlets)}};
-    if (program.finish() != 0) {
-        throw std::runtime_error{program.errors()};
-    }
+    const std::string command = "VELK_SYNTHETIC_OUTLETS=" + std::to_string(outlets) +
+                                " " VELK_BENCHMARK_START " " VELK_BENCHMARK_PLUGIN " " + url + " " +
+                                folder.path().string();
+    FILE* program = popen(command.c_str(), "r");
     Start one;
-    std::istringstream{program.output()} >> one.nanoseconds >> one.heapBytes >> one.residentKilobytes >>
-        one.endNanoseconds;
+    const int found = std::fscanf(program, "%lf %lf %lf %lf %lf", &one.nanoseconds, &one.cpuNanoseconds,
+                                  &one.heapBytes, &one.residentKilobytes, &one.endNanoseconds);
+    if (pclose(program) != 0 || found != 5) {
+        throw std::runtime_error{"failed: " + command};
+    }
     const double points = outlets * SyntheticDevice::POINTS_OF_AN_OUTLET;
-    return {one.nanoseconds / points, one.heapBytes / points, one.residentKilobytes * 1024 / points,
-            one.endNanoseconds / points};
+    return {one.nanoseconds / points, one.cpuNanoseconds / points, one.heapBytes / points,
+            one.residentKilobytes * 1024 / points, one.endNanoseconds / points};
 }
 
 void startInFile(benchmark::State& state, std::uint32_t outlets, const std::string& points) {
@@ -54,6 +56,8 @@ void startInFile(benchmark::State& state, std::uint32_t outlets, const std::stri
         const Start first = startOnce(outlets, url, folder);
         const Start again = startOnce(outlets, url, folder);
         state.counters[startGroup + points + " points, new store [ns]"] = first.nanoseconds;
+        state.counters[cpuGroup + points + " points, new store [ns]"] = first.cpuNanoseconds;
+        state.counters[cpuGroup + points + " points, known store [ns]"] = again.cpuNanoseconds;
         state.counters[startGroup + points + " points, known store [ns]"] = again.nanoseconds;
         state.counters[startGroup + points + " points, the end [ns]"] = first.endNanoseconds;
         state.counters[memoryGroup + points + " points, heap [B]"] = first.heapBytes;
@@ -66,6 +70,7 @@ void startInMemory(benchmark::State& state, std::uint32_t outlets, const std::st
         const TemporaryDirectory folder;
         const Start one = startOnce(outlets, "memory:start", folder);
         state.counters[startGroup + points + " points, store in memory [ns]"] = one.nanoseconds;
+        state.counters[cpuGroup + points + " points, store in memory [ns]"] = one.cpuNanoseconds;
         state.counters[memoryGroup + points + " points, heap, with the store in it [B]"] = one.heapBytes;
     }
 }
@@ -92,8 +97,10 @@ void plainMap(benchmark::State& state) {
 }
 
 const bool isRegistered = [] {
-    benchmark::RegisterBenchmark((startGroup + "baseline: a plain insert").c_str(), plainInserts)
-        ->UseRealTime();
+    for (const std::string& group : {startGroup, cpuGroup}) {
+        benchmark::RegisterBenchmark((group + "baseline: a plain insert").c_str(), plainInserts)
+            ->UseRealTime();
+    }
     benchmark::RegisterBenchmark("start: plain map", plainMap)->Iterations(1);
     for (const auto& [outlets, points] : std::map<std::uint32_t, std::string>{
              {5, "   100"}, {50, " 1,000"}, {500, "10,000"}, {2500, "50,000"}}) {
