@@ -37,7 +37,8 @@ CommandLine::CommandLine() :
     app->require_subcommand(1);
     app->fallthrough();
     app->footer(FOOTER);
-    app->add_flag("--json", json, "Answer for programs: one JSON document, or one object a line for watch");
+    app->add_flag("--json", json,
+                  "Answer for programs: one JSON document, or one object a line for watch and logs --follow");
     app->add_option("--store", store, "URL of the store, such as sqlite:/var/lib/velk/tess.db");
     addLookingCommands();
     addWatch();

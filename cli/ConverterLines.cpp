@@ -14,6 +14,7 @@ namespace {
 using Tone = PathLine::Tone;
 
 constexpr double IN_SERVICE = 16.0;
+constexpr double NO_STORAGE_MODE = 3.0;
 
 struct ConverterWord {
     const char* flag;
@@ -82,12 +83,12 @@ void sayWhy(PartReader& device, LineBuilder& line, double selected) {
     line.use(input);
 }
 
-/// "4 of 4 modules in service"; nothing when not all tell.
+/// "4 of 4 modules in service"; nothing when not all tell, or the status of one is unknown.
 void sayInService(std::vector<PartReader> parts, LineBuilder& line, const std::string& what) {
     std::size_t inService = 0;
     for (PartReader& part : parts) {
         const std::optional<double> status = part.number("Status.OperatingStatus");
-        if (!status) {
+        if (!status || *status == 0.0) {
             return;
         }
         inService += *status == IN_SERVICE ? 1 : 0;
@@ -226,6 +227,11 @@ PathLine batteryLine(PartReader device) {
         return {};
     }
     const double present = bank.number("Status.StoragePresent").value_or(1.0);
+    const bool couldHaveOne =
+        device.below("PowerConverters.Inverter").number("Status.OperatingStatus").has_value();
+    if (present == NO_STORAGE_MODE && !couldHaveOne) {
+        return {}; // a device that never had a battery is not without one
+    }
     if (present != 1.0) {
         line.sayKnown(bank.state("Status.StoragePresent"));
         line.use(bank);
@@ -241,7 +247,6 @@ PathLine batteryLine(PartReader device) {
     }
     sayTest(bank, line);
     sayInService(bank.items("StorageModules"), line, "modules");
-    sayInService(bank.items("Chargers"), line, "chargers");
     line.use(bank);
     return line.finish();
 }

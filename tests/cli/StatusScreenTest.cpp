@@ -72,7 +72,7 @@ Converters     Rectifier           in service, 17.9 kW, 44.7 % load
                Automatic bypass    supplied but not supplying
                Maintenance bypass  stopped
                Power modules       4 modules, redundant, 1 may fail
-Battery        100 %, charging, lasts 3 h 20 min, 22.5 °C, 3 of 4 modules in service, 1 of 1 chargers in service
+Battery        100 %, charging, lasts 3 h 20 min, 22.5 °C, 3 of 4 modules in service
 Output         Output 1  3 x 230 V, 50 Hz, 17.5 kW, 18.4 kVA, 46 % load, L1 47.4 %, L2 47.4 %, L3 47.4 %
 Outlets        2 on, 0 off, 7200 W together
 Alarms         none
@@ -188,9 +188,22 @@ TEST_F(StatusScreenTest, ABatteryThatIsLostAloneIsMarkedAlone) {
 )");
 }
 
+TEST_F(StatusScreenTest, ModulesWhoseStatusIsUnknownAreNotCounted) {
+    fillThreePhaseUps(device);
+    device.set("BackupSystem.PowerBank.StorageModules.2.Status.OperatingStatus", qz::CValue{0U});
+    EXPECT_EQ(section("Battery"), "Battery        100 %, charging, lasts 3 h 20 min, 22.5 °C\n");
+}
+
 TEST_F(StatusScreenTest, ADeviceWithoutStorageSaysSo) {
     device.set("BackupSystem.PowerBank.Status.StoragePresent", qz::CValue{2U});
     EXPECT_EQ(section("Battery"), "Battery        not present\n");
+}
+
+TEST_F(StatusScreenTest, OnlyADeviceThatCouldUseABatteryIsSaidToWorkWithoutOne) {
+    device.set("BackupSystem.PowerBank.Status.StoragePresent", qz::CValue{3U});
+    EXPECT_EQ(section("Battery"), "");
+    device.set("PowerConverters.Inverter.Status.OperatingStatus", qz::CValue{16U});
+    EXPECT_EQ(section("Battery"), "Battery        no storage mode\n");
 }
 
 TEST_F(StatusScreenTest, AlarmsAreCountedByTheirLevels) {

@@ -30,6 +30,15 @@ TEST(ValueTextTest, AStateComesWithItsLabelAndANumberWithoutLabelAsItself) {
     EXPECT_EQ(displayText(qz::CValue{7U}, channel), "7");
 }
 
+TEST(ValueTextTest, AStateThatTheChannelDoesNotNameHasTheNameOfTheCatalogue) {
+    tessapi::ChannelRecord channel;
+    channel.states = test::statesOf({{7, "On forced bypass"}});
+    channel.commonStates = test::statesOf({{2, "on line"}, {7, "on forced bypass"}});
+    EXPECT_EQ(displayText(qz::CValue{2U}, channel), "on line");
+    EXPECT_EQ(displayText(qz::CValue{7U}, channel), "On forced bypass");
+    EXPECT_EQ(displayText(qz::CValue{9U}, channel), "9");
+}
+
 TEST(ValueTextTest, ADelayOfMinusOneSecondIsNoneForPeopleOnly) {
     tessapi::ChannelRecord delay = channelOf("s");
     delay.name = "PowerDistribution.Setting.AutomaticSwitchOffDelay";
