@@ -1,10 +1,11 @@
 #!/bin/sh
-# skeleton-test.sh SOURCE BUILD COMPILER: writes a plug-in with the installed kit, builds it against the installed headers,
+# skeleton-test.sh SOURCE BUILD COMPILER [FLAGS]: writes a plug-in with the installed kit, builds it against the installed headers,
 # and lets its own tests and the checker try it.
 set -eu
 source=$1
 build=$2
 compiler=$3
+flags=${4:-}
 work=$(mktemp -d /tmp/velk-skeleton-XXXXXX)
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
@@ -34,7 +35,8 @@ refused 2 "unknown option '--what'" --what
 refused 1 "there is no folder $work/none" meter --dir "$work/none"
 
 step "what the guide says can be done, and shows what comes"
-PATH=$kit:$PATH CMAKE_PREFIX_PATH=$prefix CXX=$compiler "$source/tests/kit/guide-run.sh" "$source/docs/plugin-guide.md" "$work"
+PATH=$kit:$PATH CMAKE_PREFIX_PATH=$prefix CXX=$compiler CXXFLAGS=$flags \
+    "$source/tests/kit/guide-run.sh" "$source/docs/plugin-guide.md" "$work"
 
 step "a skeleton is written once and is its author's own"
 refused 1 "$work/meter is there already; it is left as it is" meter --dir "$work"
