@@ -11,10 +11,13 @@
 
 namespace {
 
+std::string section() {
+    return velk::simulator::sectionOf(velk::simulator::pluginFile());
+}
+
 std::optional<velk::simulator::SimulatorConfiguration> load(const char* configurationPath) {
     return velk::simulator::SimulatorConfiguration::load(
-        configurationPath == nullptr ? "" : configurationPath,
-        velk::simulator::sectionOf(velk::simulator::pluginFile()));
+        configurationPath == nullptr ? "" : configurationPath, section());
 }
 
 } // namespace
@@ -33,7 +36,7 @@ velkProtocolLibrary(const char* configurationPath) {
         const velk::common::MutexLock lock{mutex};
         return &libraries.emplace_back(std::move(*configuration));
     } catch (const std::exception& failure) {
-        std::cerr << "simulator: " + std::string{failure.what()} + "\n";
+        std::cerr << section() + ": " + failure.what() + "\n";
         return nullptr;
     }
 }

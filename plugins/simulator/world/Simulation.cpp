@@ -171,8 +171,7 @@ std::string Simulation::doCommand(const Command& command) {
         faults->add(order->fault);
         link->noticeFaults();
     } else if (const auto* clear = std::get_if<ClearCommand>(&command)) {
-        clear->kind ? faults->clear(*clear->kind) : faults->clear();
-        link->noticeFaults();
+        clearFaults(clear->kind);
     } else if (const auto* change = std::get_if<SpeedCommand>(&command)) {
         speed = change->factor;
         changed.notify_all();
@@ -182,6 +181,15 @@ std::string Simulation::doCommand(const Command& command) {
         return statusText();
     }
     return {};
+}
+
+void Simulation::clearFaults(std::optional<FaultKind> kind) {
+    if (kind) {
+        faults->clear(*kind);
+    } else {
+        faults->clear();
+    }
+    link->noticeFaults();
 }
 
 std::string Simulation::statusText() {

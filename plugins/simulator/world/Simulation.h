@@ -66,6 +66,7 @@ private:
     void doStep(const Scenario::Step& step) VELK_REQUIRES(mutex);
     std::string doCommand(const Command& command) VELK_REQUIRES(mutex);
     void beginToPlay(Scenario scenario) VELK_REQUIRES(mutex);
+    void clearFaults(std::optional<FaultKind> kind);
     std::string statusText() VELK_REQUIRES(mutex);
 
     const Time tickLength;

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
@@ -102,6 +104,16 @@ TEST_F(SimulatorConfigurationTest, BadSectionKeepsThePluginAwayWithOneLine) {
 TEST_F(SimulatorConfigurationTest, DeviceOfTheConfigurationsFolderGoesBeforeTheShippedOne) {
     std::ofstream{folder / "ats.json"} << "{";
     EXPECT_EQ(checkSection(R"("device":"ats")").rfind((folder / "ats.json").string() + ":1:", 0), 0U);
+}
+
+TEST_F(SimulatorConfigurationTest, FolderOfTheEnvironmentGoesBeforeAllOthers) {
+    const TemporaryDirectory chosen;
+    std::ofstream{chosen / "ats.json"} << "{";
+    std::ofstream{folder / "ats.json"} << "{";
+    setenv("VELK_SIMULATOR_DEVICES", chosen.path().c_str(), 1);
+    const std::string told = checkSection(R"("device":"ats")");
+    unsetenv("VELK_SIMULATOR_DEVICES");
+    EXPECT_EQ(told.rfind((chosen / "ats.json").string() + ":1:", 0), 0U) << told;
 }
 
 TEST(CopiedPluginTest, CopyUnderAnotherNameHasASectionAndAUuidOfItsOwn) {

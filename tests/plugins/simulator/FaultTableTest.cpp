@@ -1,5 +1,6 @@
 #include "plugins/simulator/world/FaultTable.h"
 
+#include "plugins/simulator/PluginFile.h"
 #include "plugins/simulator/world/Glob.h"
 #include "plugins/simulator/world/Headlines.h"
 #include "plugins/simulator/world/JsonText.h"
@@ -101,6 +102,15 @@ TEST(FaultTableTest, FaultsAreDescribedInALine) {
     EXPECT_EQ(describe(fault), "throw from buildWrapper of Inputs.*, 2 times");
     EXPECT_EQ(describe(timed(FaultKind::Flapping, 500)), "flapping, 500 ms");
     EXPECT_EQ(describe(timed(FaultKind::NoIdentity, 0)), "noIdentity");
+}
+
+TEST(PluginFileTest, SectionIsThePartOfTheNameThatTellsPluginsApart) {
+    EXPECT_EQ(sectionOf("/lib/libvelk-mz-protocol-twin.so"), "twin");
+    EXPECT_EQ(sectionOf("libvelk-mz-protocol-simulator.so.2"), "simulator");
+    EXPECT_EQ(sectionOf("libvelk-mz-protocol-.so"), "simulator");
+    EXPECT_EQ(sectionOf("patched.so"), "simulator");
+    EXPECT_NE(protocolUuidOf("twin"), protocolUuidOf("simulator"));
+    EXPECT_EQ(protocolUuidOf("twin"), protocolUuidOf("twin"));
 }
 
 TEST(GlobTest, StarStandsForAnyTextAndNothingElseIsSpecial) {
