@@ -150,12 +150,12 @@ INSTANTIATE_TEST_SUITE_P(Endings, BrokenPluginTest, ::testing::Values(
     Case{"crashInRead",       "error: Inputs.1.Measure.Voltage: expected read to return, during values; came the end of the process by SIGSEGV"},
     Case{"abortInRead",       "error: Inputs.1.Measure.Voltage: expected read to return, during values; came the end of the process by SIGABRT"},
     Case{"exitInRead",        "error: Inputs.1.Measure.Voltage: expected read to return, during values; came the end of the process with exit code 3"},
-    Case{"hangInRead",        "error: Inputs.1.Measure.Voltage: expected read to return, during values; came none within 300 ms", {"--timeout", "0.3"}},
+    Case{"hangInRead",        "error: Inputs.1.Measure.Voltage: expected read to return, during values; came none within 1.0 s", {"--timeout", "1"}},
     Case{"crashInBuild",      "error: Inputs.1.Measure.Voltage: expected buildWrapper to return, during the walk through the tree; came the end of the process by SIGSEGV"},
     Case{"crashInParallel",   "error: Inputs.1.Measure.Voltage: expected read to return, during reads from many threads; came the end of the process by SIGSEGV"},
     Case{"otherTypeInParallel", "error: Inputs.1.Measure.Voltage: expected float also from many threads; came uint32_t 230"},
     Case{"crashInDestructor", "error: the protocol's destructor: expected the protocol's destructor to return, during the end; came the end of the process by SIGSEGV"},
-    Case{"hangInStop",        "error: stop: expected stop to return, during the end; came none within 300 ms", {"--timeout", "0.3"}},
+    Case{"hangInStop",        "error: stop: expected stop to return, during the end; came none within 1.0 s", {"--timeout", "1"}},
     Case{"threadLeft",        "error: stop: expected every thread of the plug-in to be joined; came 1 that still run after the plug-in was unloaded"},
     Case{"leak",              "error: buildWrapper: expected memory flat over 1000 rounds of building "}
 ), nameOf);

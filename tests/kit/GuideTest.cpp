@@ -1,6 +1,7 @@
 // What the guide for authors of plug-ins shows and no other file of the house holds; and that each of its
 // blocks is one that is compiled and run, here or in the skeleton.
 
+#include "platform/tessapi/catalogue/Catalogue.h"
 #include "powerdistribution/core/Paths.h"
 #include "powerdistribution/core/Vocabulary.h"
 #include "powerdistribution/protocols/Converter.h"
@@ -12,9 +13,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fnmatch.h>
 #include <fstream>
 #include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -194,6 +197,87 @@ TEST(GuideTest, EveryBlockIsOneThatIsCompiledAndRun) {
         ++compared;
     }
     EXPECT_GE(compared, 18U);
+}
+
+/// A pattern of names in the guide's table of types, such as "Setting.*Enabled".
+struct TypeRow {
+    std::string pattern;
+    std::string type;
+};
+
+/// How much of a name the pattern spells out, but for the family.
+std::size_t exactnessOf(const std::string& pattern) {
+    const std::size_t dot = pattern.find('.');
+    const std::string member = dot == std::string::npos ? pattern : pattern.substr(dot + 1);
+    return member.size() - static_cast<std::size_t>(std::count(member.begin(), member.end(), '*'));
+}
+
+std::string replaced(std::string text, const std::string& what, const std::string& by) {
+    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size()) {
+        text.replace(at, what.size(), by);
+    }
+    return text;
+}
+
+/// The names between backticks in a cell; one without family has that of the one before.
+std::vector<std::string> patternsIn(const std::string& cell) {
+    std::vector<std::string> patterns;
+    std::string family;
+    for (std::size_t begin = 0; (begin = cell.find('`', begin)) != std::string::npos;) {
+        const std::size_t end = cell.find('`', begin + 1);
+        const std::string name = replaced(cell.substr(begin + 1, end - begin - 1), "…", "*");
+        const std::size_t dot = name.find('.');
+        family = dot == std::string::npos ? family : name.substr(0, dot + 1);
+        patterns.push_back(dot == std::string::npos ? family + name : name);
+        begin = end + 1;
+    }
+    return patterns;
+}
+
+/// The rows of the table whose head is "| Names | Type | Unit |".
+std::vector<TypeRow> typeRowsOf(const std::vector<std::string>& guide) {
+    std::vector<TypeRow> rows;
+    auto line = std::find(guide.begin(), guide.end(), "| Names | Type | Unit |");
+    for (; line != guide.end() && line->rfind('|', 0) == 0; ++line) {
+        const std::size_t names = line->find(" | ");
+        const std::string type = line->substr(names + 3, line->find_first_of(" ,", names + 3) - names - 3);
+        for (const std::string& pattern : patternsIn(line->substr(0, names))) {
+            rows.push_back({pattern, type});
+        }
+    }
+    return rows;
+}
+
+std::string typeInTheGuide(const std::vector<TypeRow>& rows, const std::string& name) {
+    const TypeRow* best = nullptr;
+    for (const TypeRow& row : rows) {
+        const bool matches = fnmatch(row.pattern.c_str(), name.c_str(), 0) == 0;
+        if (matches && (best == nullptr || exactnessOf(row.pattern) > exactnessOf(best->pattern))) {
+            best = &row;
+        }
+    }
+    return best == nullptr ? "none" : best->type;
+}
+
+TEST(GuideTest, TypesAreThoseOfTheCatalogue) {
+    const auto rows = typeRowsOf(linesOf(contentOf(std::string{VELK_SOURCE_DIR} + "/docs/plugin-guide.md")));
+    const std::map<qz::datatype, std::string> words{
+        {qz::datatype::boolean, "bool"},       {qz::datatype::int32, "int32"},
+        {qz::datatype::uint32, "uint32"},      {qz::datatype::float32, "float"},
+        {qz::datatype::timestamp, "UnixTime"}, {qz::datatype::string, "text"},
+    };
+    const std::set<std::string> families{"Measure", "Specification",      "Setting", "Status", "Attribute",
+                                         "Action",  "CommunicationStatus"};
+    std::size_t compared = 0;
+    for (const auto& [channel, entry] : tessapi::Catalogue::builtin().entries()) {
+        const std::string name = replaced(channel, "PowerDistribution.", "");
+        const std::string family = name.substr(0, name.find('.'));
+        if (families.count(family) != 0 && name != "Status.OperatingStatus" && name != "Status.HealthState") {
+            EXPECT_EQ(typeInTheGuide(rows, name), words.at(entry.type)) << name;
+            ++compared;
+        }
+    }
+    EXPECT_GT(compared, 200U);
 }
 
 } // namespace
