@@ -36,6 +36,17 @@ TEST_F(DataModelManagerTest, AnEmptyBuilderIsAFailure) {
     EXPECT_EQ(errors, "Failed to build data model: bad_function_call\n");
 }
 
+TEST_F(DataModelManagerTest, AStoreThatDoesNotTellItsRootFailsTheBuild) {
+    /// A store that is not there.
+    class GoneStore : public testing::FakeConnectorFactory {
+        Uuid getRootParentUuid() const override { throw std::runtime_error{"store is gone"}; }
+    };
+    const std::string errors =
+        errorsOf([&] { EXPECT_FALSE(manager.build(device, GoneStore{}, treeOf({mode}))); });
+    EXPECT_EQ(errors, "Failed to build data model: store is gone\n");
+    EXPECT_TRUE(manager.handlers().all().empty());
+}
+
 TEST_F(DataModelManagerTest, AFailedBuildKeepsWhatWasEntered) {
     const std::string errors = errorsOf([&] {
         EXPECT_FALSE(build([&](const EPath&, const velk::common::Uuid&,
@@ -107,6 +118,22 @@ TEST_F(DataModelManagerTest, TheFirstFailureEndsInitializeAndTheSchedulerStaysEm
     EXPECT_EQ(log->count("refresh CommunicationStatus.State"), 1U);
     EXPECT_EQ(log->count("initialize Attribute.Model"), 0U) << "it stands behind the failing one";
     EXPECT_THROW(manager.start(), std::runtime_error);
+}
+
+TEST_F(DataModelManagerTest, AHandlerThatFailsToInitializeIsNotRefreshed) {
+    build({mode});
+    at(mode).throwOn("initialize", "store is gone");
+    const std::string errors = errorsOf([&] { EXPECT_FALSE(manager.initialize()); });
+    EXPECT_EQ(errors, "Failed to initialize data model: store is gone\n");
+    EXPECT_EQ(log->count("refresh Status.Mode"), 0U);
+}
+
+TEST_F(DataModelManagerTest, TheServiceStateIsThatOfTheLastBuild) {
+    build({mode});
+    at({ECircuit::PowerEquipment}).throwOn("refresh", "of the former tree");
+    manager.clear();
+    build({mode});
+    EXPECT_NO_THROW(manager.updateServiceState());
 }
 
 TEST_F(DataModelManagerTest, ASecondInitializeRunsOverTheHandlersAgainWhileTheSchedulerRunsOn) {

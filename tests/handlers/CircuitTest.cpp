@@ -65,6 +65,27 @@ TEST_F(CircuitTest, AGenericNodeEntersItsHealthAndItsDataPointsInOrder) {
     EXPECT_EQ(asked.back(), "Environment.Action.SwitchOn");
 }
 
+TEST_F(CircuitTest, EachDataPointOfAGenericNodeGoesToTheConnectorOfItsKind) {
+    const EPath node{ECircuit::Environment};
+    const std::vector<EPath> points{node + EAttribute::Model,     node + ESpecification::Type,
+                                    node + EStatus::Mode,         node + EMeasurement::Phase,
+                                    node + ESetting::Temperature, node + EAction::StartTest};
+    for (const EPath& point : points) {
+        device.add(point);
+    }
+    const auto made = make<GenericHandler>(node);
+    for (const EPath& point : points) {
+        handler(point)->initialize();
+    }
+    EXPECT_EQ(only(store.calls().calls(), "load"),
+              (Calls{"attribute(Environment).load Environment.Attribute.Model",
+                     "specification(Environment).load Environment.Specification.Type",
+                     "status(Environment).load Environment.Status.Mode",
+                     "measure(Environment).load Environment.Measure.Phase",
+                     "setting(Environment).load Environment.Setting.Temperature",
+                     "action(Environment).load Environment.Action.StartTest"}));
+}
+
 TEST_F(CircuitTest, ADeviceThatServesNothingGivesANodeWithItsHealthOnly) {
     make<GenericHandler>({ECircuit::Environment});
     EXPECT_EQ(sortedPaths(), Calls{"Environment"});

@@ -200,6 +200,26 @@ TEST_F(ComStateHandlerTest, StateThatTheStoreDidNotTakeIsToldWhenItDoes) {
     EXPECT_EQ(store.calls().count("observer 2"), 1U);
 }
 
+TEST_F(ComStateHandlerTest, StateWhoseStampTheStoreDidNotTakeIsToldWhenItDoes) {
+    const auto handler = makeWithClock();
+    const auto failing = store.connectors("communication(root)").back();
+    failing->throwOn("store", "store is gone");
+    EXPECT_THROW(handler->refresh(), std::runtime_error);
+    EXPECT_EQ(store.calls().count("observer 2"), 0U);
+    failing->throwOn("store", "");
+    store.calls().clear();
+    handler->refresh();
+    EXPECT_EQ(store.calls().calls(), changeTo2);
+}
+
+TEST_F(ComStateHandlerTest, TerminateInTheUnknownStatePublishesNothing) {
+    const auto handler = makeWithClock();
+    handler->initialize();
+    store.calls().clear();
+    handler->terminate();
+    EXPECT_TRUE(store.calls().calls().empty());
+}
+
 TEST_F(ComStateHandlerTest, FailuresGoToTheCaller) {
     const auto handler = makeWithClock();
     device.point(statePath).throwOnRead("no answer");

@@ -113,6 +113,40 @@ private:
     std::shared_future<void> release;
 };
 
+/// A connector that, while it dies, waits for a call of its listener that is running.
+class WaitingConnector : public FakeConnector {
+public:
+    using FakeConnector::FakeConnector;
+    ~WaitingConnector() override { FakeConnector::unsubscribe(subscribed, subscriber); }
+    void subscribe(const HandlerData& data, IConnectorListener* listener,
+                   const SubscriptionOptions& options) override {
+        subscribed = data;
+        subscriber = listener;
+        FakeConnector::subscribe(data, listener, options);
+    }
+
+private:
+    HandlerData subscribed;
+    IConnectorListener* subscriber{nullptr};
+};
+
+/// Gives `WaitingConnector`s to alarms.
+class WaitingAlarmsFactory : public testing::FakeConnectorFactory {
+public:
+    explicit WaitingAlarmsFactory(std::shared_ptr<testing::CallLog> shared) :
+        FakeConnectorFactory{shared}, sharedLog{std::move(shared)} {}
+    ConnectorPtr buildAlarmConnector(const Uuid&) const override {
+        auto made = std::make_shared<WaitingConnector>("alarm", sharedLog);
+        alarm = made.get();
+        return made;
+    }
+
+    mutable FakeConnector* alarm{nullptr}; ///< the last one; owned by its handler alone
+
+private:
+    const std::shared_ptr<testing::CallLog> sharedLog;
+};
+
 /// Runs the two over and over at the same time.
 template <typename A, typename B>
 void runTogether(A a, B b) {
@@ -226,6 +260,36 @@ TEST_F(TreeThreadsTest, HealthIsRefreshedByAWorkerAndToldByTheStoreAtOnce) {
     runTogether([&] { health->refresh(); }, [&] { alarm->notify(point, Value{4u}); });
     health->refresh();
     EXPECT_EQ(store.connector("status(root)")->lastStored(point), Value{10u});
+}
+
+TEST_F(TreeThreadsTest, TheDestructorOfAHealthWaitsForARunningStoreEventThatStillHasItsData) {
+    const auto log = std::make_shared<testing::CallLog>();
+    const WaitingAlarmsFactory alarms{log};
+    auto health = std::make_unique<HealthStateHandler>(EPath{}, parent, Factories{device, alarms, &model});
+    std::promise<void> entered;
+    std::promise<void> letGo;
+    alarms.connector("status(root)")->onStore([&](const HandlerData& data) {
+        entered.set_value();
+        letGo.get_future().wait();
+        std::ostringstream text;
+        text << "storing " << data.path.nodesToString() << '=' << data.value;
+        log->add(text.str());
+    });
+    std::thread storeThread{[&] { alarms.alarm->notify({EStatus::HealthState}, Value{4u}); }};
+    entered.get_future().wait();
+    log->clear();
+
+    std::thread owner{[&] { health.reset(); }};
+    while (log->count("alarm.unsubscribe Status.HealthState") == 0) {
+        std::this_thread::yield();
+    }
+    letGo.set_value();
+    storeThread.join();
+    owner.join();
+    EXPECT_EQ(log->calls(), (std::vector<std::string>{"alarm.unsubscribe Status.HealthState",
+                                                      "storing Status.HealthState=25",
+                                                      "status(root).store Status.HealthState=25",
+                                                      "alarm.destroyed", "status(root).destroyed"}));
 }
 
 } // namespace

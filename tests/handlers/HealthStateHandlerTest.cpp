@@ -77,7 +77,7 @@ TEST_F(HealthStateHandlerTest, RefreshForgetsTheLastLevelBeforeItAsks) {
 
 TEST_F(HealthStateHandlerTest, ALevelWithoutHealthIsAnErrorAndTheLastHealthStays) {
     alarm()->notify(point, Value{3u});
-    for (const std::uint32_t level : {0U, 5U, 6U, 4294967295U}) {
+    for (const std::uint32_t level : {0U, 5U, 6U, 259U, 4294967295U}) {
         try {
             alarm()->notify(point, Value{level});
             FAIL() << level;
@@ -97,6 +97,29 @@ TEST_F(HealthStateHandlerTest, AnotherAlternativeIsAnError) {
     } catch (const UnexpectedIndex& error) {
         EXPECT_STREQ(error.what(), "Unexpected index");
     }
+}
+
+TEST_F(HealthStateHandlerTest, AFailureOfARefreshGoesToTheCallerAndTheLastHealthStays) {
+    alarm()->setLoad(point, Value{0u});
+    EXPECT_THROW(health->refresh(), PowerDistributionError);
+    alarm()->setLoad(point, Value{std::string{"critical"}});
+    EXPECT_THROW(health->refresh(), UnexpectedIndex);
+    alarm()->throwOn("load", "store is gone");
+    EXPECT_THROW(health->refresh(), std::runtime_error);
+    EXPECT_TRUE(stores().empty());
+    health->initialize(); // the lock was released on the way out
+    EXPECT_EQ(stores(), Calls{stored("5")});
+}
+
+TEST_F(HealthStateHandlerTest, HealthThatTheStoreDidNotTakeIsOfferedAgain) {
+    const auto status = store.connector("status(root)");
+    status->throwOn("store", "store is gone");
+    EXPECT_THROW(alarm()->notify(point, Value{3u}), std::runtime_error);
+    EXPECT_THROW(alarm()->notify(point, Value{3u}), std::runtime_error);
+    status->throwOn("store", "");
+    alarm()->notify(point, Value{3u});
+    alarm()->notify(point, Value{3u});
+    EXPECT_EQ(stores(), Calls(3, stored("10")));
 }
 
 TEST_F(HealthStateHandlerTest, TerminateDoesNothing) {

@@ -23,6 +23,14 @@ Value chunk(const std::vector<std::uint32_t>& ids) {
     return Value{InternalLogChunk{entries.begin(), entries.end()}};
 }
 
+/// The one way to a request that nothing in the system makes: a template may name what is private.
+template <bool InternalLogsHandler::*Request>
+struct RequestAccess {
+    friend void requestStatus(InternalLogsHandler& handler) { handler.*Request = true; }
+};
+void requestStatus(InternalLogsHandler& handler);
+template struct RequestAccess<&InternalLogsHandler::statusRequested>;
+
 class InternalLogsHandlerTest : public testing::HandlerFixture {
 protected:
     /// The trace of one refresh.
@@ -135,6 +143,29 @@ TEST_F(InternalLogsHandlerTest, WithoutChunksNothingIsAsked) {
     const auto handler = make<InternalLogsHandler>(path);
     EXPECT_EQ(refresh(*handler), "");
     EXPECT_EQ(top.reads(), 1U);
+}
+
+TEST_F(InternalLogsHandlerTest, ADeviceThatRefusesTheStartingNumberIsReadAllTheSame) {
+    FakePoint& point = serveChunk(chunk({9}));
+    point.refuseWrites(true);
+    const auto handler = make<InternalLogsHandler>(path);
+    EXPECT_NE(refresh(*handler).find("      00000009 "), std::string::npos);
+}
+
+TEST_F(InternalLogsHandlerTest, ARequestedStatusIsPrintedOnceBehindWhatCame) {
+    device.add(topPath, Value{9u});
+    serveChunk(chunk({8, 9}));
+    const auto handler = make<InternalLogsHandler>(path);
+    requestStatus(*handler);
+    EXPECT_EQ(refresh(*handler), "--------------------------APPEND----------------------------\n"
+                                 "Event Id       Date                     Code  St Md Rc    Sev\n"
+                                 "      00000008 1970-01-01T00:00:00.000Z 00000 00 00 00000 00\n"
+                                 "      00000009 1970-01-01T00:00:00.000Z 00000 00 00 00000 00\n"
+                                 "--------------------------STATUS----------------------------\n"
+                                 "Event Log contains 2 events :\n"
+                                 "Start 00000008 1970-01-01T00:00:00.000Z 00000 00 00 00000 00\n"
+                                 "End   00000009 1970-01-01T00:00:00.000Z 00000 00 00 00000 00\n");
+    EXPECT_EQ(refresh(*handler), "");
 }
 
 TEST_F(InternalLogsHandlerTest, AFailureGoesToTheCallerAndTheNextRefreshTriesAgain) {

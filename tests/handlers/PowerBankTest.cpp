@@ -74,10 +74,15 @@ TEST_F(PowerBankTest, AsksForTheDataPointsOfItsStatusInOrder) {
                      "PowerBank.Status.StoragePresent"}));
 }
 
-TEST_F(PowerBankTest, StorageModulesCountFromOne) {
-    device.add(bank + ECircuit::StorageModules + EAttribute::Count, Value{1u});
-    make<PowerBankHandler>(bank);
-    EXPECT_EQ(model.all().count(bank + ECircuit::StorageModules + 1u), 2U) << "the item and its health";
+TEST_F(PowerBankTest, ChargersAndStorageModulesAreCircuitsThatCountFromOne) {
+    for (const ECircuit kind : {ECircuit::Chargers, ECircuit::StorageModules}) {
+        device.add(bank + kind + EAttribute::Count, Value{1u});
+        make<PowerBankHandler>(bank);
+        EXPECT_EQ(model.all().count(bank + kind + 1u), 2U) << "the item and its health";
+        EXPECT_EQ(model.all().count(bank + kind + 1u + ECircuit::Phases), 1U);
+        EXPECT_EQ(model.all().count(bank + kind + 2u), 0U);
+        device.remove(bank + kind + EAttribute::Count);
+    }
 }
 
 TEST_F(PowerBankTest, StoppedWhenNothingElseHolds) {
@@ -120,7 +125,8 @@ TEST_F(PowerBankTest, InServiceWhenSupplying) {
 TEST_F(PowerBankTest, InServiceWhenTheFailureStatusReadsThree) {
     serveBank();
     set(EStatus::BmsFailure, Value{3u});
-    EXPECT_EQ(decided(), Value{16u});
+    set(EStatus::TestStatus, Value{1u});
+    EXPECT_EQ(decided(), Value{16u}) << "also under test";
 }
 
 TEST_F(PowerBankTest, UnderTestWhileATestIsInProgress) {
@@ -129,6 +135,42 @@ TEST_F(PowerBankTest, UnderTestWhileATestIsInProgress) {
     EXPECT_EQ(decided(), Value{14u});
     set(EStatus::TestStatus, Value{2u});
     EXPECT_EQ(decided(), Value{5u});
+}
+
+TEST_F(PowerBankTest, ATestStatusOfAnotherAlternativeIsNoValue) {
+    serveBank();
+    set(EStatus::TestStatus, Value{1});
+    EXPECT_EQ(decided(), Value{5u});
+}
+
+TEST_F(PowerBankTest, ASupplyingBankIsNotAskedForItsFailureStatus) {
+    serveBank();
+    set(EStatus::Supply, Value{true});
+    EXPECT_EQ(decided(), Value{16u});
+    EXPECT_EQ(device.point(bank + EStatus::BmsFailure).reads(), 0U);
+}
+
+TEST_F(PowerBankTest, EmptyValuesDecideInSilence) {
+    serveBank();
+    for (const EStatus point :
+         {EStatus::Supply, EStatus::BmsFailure, EStatus::TestStatus, EStatus::StoragePresent}) {
+        set(point, {});
+    }
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(decided(), Value{5u});
+    set(ECommunicationStatus::State, {});
+    EXPECT_EQ(decided(), Value{0u});
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(PowerBankTest, ABankWithAGoodLinkAndNothingElseIsStoppedAndSaysWhatIsMissing) {
+    device.add(bank + ECommunicationStatus::State, Value{2u});
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(decided(), Value{5u});
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "FATAL ERROR - while accessing one status: exception No wrapper defined\n"
+              "FATAL ERROR - while accessing the onBatteryState status: exception No wrapper defined for "
+              "onBatteryState\n");
 }
 
 TEST_F(PowerBankTest, ABankThatServesNothingIsUnknownAndSaysWhy) {

@@ -4,6 +4,7 @@
 namespace velk::powerdistribution::handlers {
 namespace {
 
+using testing::FakeConnector;
 using testing::FakePoint;
 using Calls = std::vector<std::string>;
 
@@ -87,6 +88,19 @@ TEST_F(PowerConverterTest, AConverterIsACircuitWithAComputedStatusAndBranches) {
                      "PowerConverters.Inverter.Branches.Attribute.Count"}));
 }
 
+TEST_F(PowerConverterTest, TheBranchesOfAConverterAreCircuitsThatCountFromOne) {
+    device.add(inverter);
+    device.add(inverter + ECircuit::Branches + EAttribute::Count, Value{2u});
+    make<PowerConvertersHandler>(converters);
+    const EPath branches = inverter + ECircuit::Branches;
+    for (const std::uint32_t index : {1U, 2U}) {
+        EXPECT_EQ(model.all().count(branches + index), 2U) << "the item and its health";
+        EXPECT_EQ(model.all().count(branches + index + ECircuit::Phases), 1U);
+    }
+    EXPECT_EQ(only(store.builds(), "buildConnector(PowerConverters.Inverter)").size(), 1U);
+    EXPECT_EQ(only(store.builds(), "buildConnector(PowerConverters.Inverter.Branches)").size(), 2U);
+}
+
 TEST_F(PowerConverterTest, StoppedWhenNothingElseHolds) {
     serveInverter();
     EXPECT_EQ(decided(), Value{5u});
@@ -125,6 +139,23 @@ TEST_F(PowerConverterTest, UnknownWithoutAGoodLink) {
     set(ECommunicationStatus::State, Value{3u});
     set(EStatus::Supply, Value{true});
     EXPECT_EQ(decided(), Value{0u});
+}
+
+TEST_F(PowerConverterTest, UnknownWithoutAGoodLinkAlsoWhenItIsNotThere) {
+    serveInverter();
+    set(ECommunicationStatus::State, Value{3u});
+    set(EStatus::Present, Value{false});
+    set(ESpecification::Type, Value{4u});
+    EXPECT_EQ(decided(), Value{0u});
+}
+
+TEST_F(PowerConverterTest, AConverterWithoutAnyLinkIsUnknownAndSaysWhy) {
+    device.add(inverter);
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(decided(), Value{0u});
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "FATAL ERROR - while accessing the CommunicationState status: exception No wrapper defined for "
+              "CommunicationState\n");
 }
 
 TEST_F(PowerConverterTest, TheLinkOfTheDeviceCountsWhereTheConverterHasNone) {
@@ -175,6 +206,43 @@ TEST_F(PowerConverterTest, DataPointsThatDoNotExistDoNotPreventADecision) {
     device.add(inverter);
     device.add({ECommunicationStatus::State}, Value{2u});
     EXPECT_EQ(decided(), Value{5u});
+}
+
+TEST_F(PowerConverterTest, ADataPointThatDoesNotExistHoldsNoRule) {
+    serveInverter();
+    set(ESpecification::Type, Value{4u});
+    set(EStatus::SwitchedOn, Value{true});
+    device.remove(inverter + EStatus::Present);
+    EXPECT_EQ(decided(), Value{5u}) << "neither absent nor in service";
+    set(ESpecification::Type, Value{2u});
+    device.remove(inverter + EStatus::Supplied);
+    tree.reset();
+    model = {};
+    EXPECT_EQ(decided(), Value{5u}) << "not known to be supplied";
+}
+
+TEST_F(PowerConverterTest, AnAbsentConverterOfUnknownTypeIsStopped) {
+    serveInverter();
+    set(EStatus::Present, Value{false});
+    device.remove(inverter + ESpecification::Type);
+    EXPECT_EQ(decided(), Value{5u});
+}
+
+TEST_F(PowerConverterTest, StatusThatTheStoreDidNotTakeIsOfferedAgain) {
+    serveInverter();
+    store.onBuild([](const std::string& name, FakeConnector& made) {
+        if (name == "status(PowerConverters.Inverter)") {
+            made.throwOn("store", "store is gone");
+        }
+    });
+    EXPECT_THROW(decided(), std::runtime_error);
+    EXPECT_THROW(decided(), std::runtime_error);
+    for (const auto& connector : store.connectors("status(PowerConverters.Inverter)")) {
+        connector->throwOn("store", "");
+    }
+    decided();
+    decided();
+    EXPECT_EQ(only(store.calls().calls(), "OperatingStatus=5").size(), 3U);
 }
 
 TEST_F(PowerConverterTest, WithoutTheSupplyDataPointNothingIsSuppliedOnly) {

@@ -164,6 +164,29 @@ TEST_F(PowerEquipmentTest, ThePowerDistributionAsksForItsConnectorsInOrder) {
                "buildPrivateActionConnector(PowerDistribution)", "buildConnector(PowerDistribution)"}));
 }
 
+TEST_F(PowerEquipmentTest, EachDataPointOfTheDeviceGoesToTheConnectorOfItsKind) {
+    serveSmallDevice();
+    device.add({EMeasurement::Voltage}, Value{230.0f});
+    const auto made = make<PowerDistributionHandler>({});
+    EXPECT_EQ(model.all().count({EMeasurement::Voltage}), 0U) << "the device itself measures nothing";
+    EXPECT_EQ(only(store.calls().calls(), "Action.").size(), 2U);
+    EXPECT_EQ(store.calls().count("action(PowerDistribution).subscribe Action.StartTest every=1 initial=0"),
+              1U);
+    EXPECT_EQ(store.calls().count(
+                  "privateAction(PowerDistribution).subscribe PrivateAction.SetDate every=1 initial=0"),
+              1U);
+    store.calls().clear();
+    for (const EPath& path : {EPath{EProperty::Identification, EAttribute::Uuid}, EPath{ESpecification::Type},
+                              EPath{EStatus::Mode}, EPath{ESetting::PreferredSource}}) {
+        handler(path)->initialize();
+    }
+    EXPECT_EQ(only(store.calls().calls(), "load"),
+              (Calls{"attribute(PowerDistribution).load Identification.Attribute.Uuid",
+                     "specification(PowerDistribution).load Specification.Type",
+                     "status(PowerDistribution).load Status.Mode",
+                     "setting(PowerDistribution).load Setting.PreferredSource"}));
+}
+
 TEST_F(PowerEquipmentTest, TheHealthOfThePowerDistributionHangsBelowItsOwnPath) {
     serveIdentity();
     make<PowerDistributionHandler>({});

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace velk::powerdistribution::handlers {
 namespace {
 
@@ -15,6 +17,9 @@ using Calls = std::vector<std::string>;
 
 const EPath path{ESetting::NominalVoltage};
 const std::string name{"Setting.NominalVoltage"};
+
+// A failure of `unsubscribe` in the destructor ends the process.
+static_assert(std::is_nothrow_destructible_v<RWValueHandler>);
 
 class RWValueHandlerTest : public ::testing::Test {
 protected:

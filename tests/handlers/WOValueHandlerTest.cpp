@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace velk::powerdistribution::handlers {
 namespace {
 
@@ -18,6 +20,9 @@ const std::string name{"Action.StartTest"};
 
 constexpr bool EVERY = true;
 constexpr bool CHANGES = false;
+
+// A failure of `unsubscribe` in the destructor ends the process.
+static_assert(std::is_nothrow_destructible_v<WOValueHandler>);
 
 class WOValueHandlerTest : public ::testing::Test {
 protected:
