@@ -47,7 +47,7 @@ Runner::Runner(const fs::path& file, const Variables& variant) :
     scenario{readScenario(file, withFolders(folder.path(), variant))},
     storeUrl{urlOf(scenario, folder.path())},
     eye{storeUrl},
-    simulator{folder / "sim.sock"},
+    simulator{folder / "sim.sock", [this] { return life.ending().has_value(); }},
     life{storeUrl} {
     eye.client(); // a store in memory lives as long as somebody has it open
 }

@@ -63,7 +63,7 @@ void SimulatorClient::connect() {
         }
         const std::string why = reason();
         close();
-        if (std::chrono::steady_clock::now() > deadline) {
+        if (isGone() || std::chrono::steady_clock::now() > deadline) {
             throw SimulatorFailure{"cannot reach the simulator at " + path + ": " + why};
         }
         std::this_thread::sleep_for(std::chrono::milliseconds{1});

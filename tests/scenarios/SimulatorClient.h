@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace velk::scenarios {
 
@@ -15,7 +17,9 @@ public:
 /// Threads: one.
 class SimulatorClient {
 public:
-    explicit SimulatorClient(std::string socketPath) : path{std::move(socketPath)} {}
+    /// `noMore` says that no device will come to the socket any more.
+    SimulatorClient(std::string socketPath, std::function<bool()> noMore) :
+        path{std::move(socketPath)}, isGone{std::move(noMore)} {}
     ~SimulatorClient() { close(); }
     SimulatorClient(const SimulatorClient&) = delete;
     SimulatorClient& operator=(const SimulatorClient&) = delete;
@@ -33,6 +37,7 @@ private:
     std::string receiveLine();
 
     const std::string path;
+    const std::function<bool()> isGone;
     int handle{-1};
     std::string received; ///< behind the line given last
 };

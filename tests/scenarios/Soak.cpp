@@ -1,8 +1,11 @@
 #include "tests/scenarios/Soak.h"
 
+#include "platform/tessapi/InBandAccessor.h"
 #include "tests/scenarios/ScenarioReader.h"
 
 #include <fstream>
+#include <iomanip>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -26,7 +29,7 @@ Soak::Soak(std::uint32_t seedOfRandom) :
     random{seed},
     storeUrl{"sqlite:" + (folder / "store.db").string()},
     eye{storeUrl},
-    simulator{folder / "sim.sock"},
+    simulator{folder / "sim.sock", [this] { return life.ending().has_value(); }},
     life{storeUrl} {
     start("");
     becomeQuiet();
@@ -59,7 +62,10 @@ void Soak::cycle() {
 }
 
 void Soak::note(const std::string& deed) {
-    deeds.push_back(deed);
+    const std::chrono::duration<double> gone = std::chrono::steady_clock::now() - begun;
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(2) << gone.count() << " s: " << deed;
+    deeds.push_back(text.str());
     if (deeds.size() > DEEDS_KEPT) {
         deeds.pop_front();
     }
@@ -88,7 +94,7 @@ std::string Soak::anyPath(const std::function<bool(const std::string&, const Dev
             paths.push_back(path);
         }
     }
-    return paths.empty() ? "Status.Mode" : oneOf(paths);
+    return paths.empty() ? "" : oneOf(paths);
 }
 
 void Soak::fault() {
@@ -203,18 +209,34 @@ void Soak::writeSetting() {
                                 ? qz::CValue{old.as_float() + static_cast<float>(number)}
                                 : old;
     note("write " + path);
-    eye.write(path, next);
+    writeStore(channel->second.id, next);
+}
+
+void Soak::writeStore(std::uint64_t channel, const qz::CValue& value) {
+    try {
+        eye.client().inbandAccessor().setChannelCValue(channel, value);
+    } catch (const std::runtime_error&) {
+        // The library may have removed the channel a moment ago; nothing else makes a write fail.
+        if (eye.client().inbandAccessor().getChannelDataType(channel) != qz::datatype::unknown) {
+            throw;
+        }
+    }
 }
 
 void Soak::requestAction() {
     const std::string path = anyPath([](const std::string& each, const DevicePoint& point) {
-        return point.writable && point.type == "bool" && each.find("Action.") != std::string::npos;
+        return point.writable && each.find("Action.") != std::string::npos &&
+               each.find("PrivateAction.") == std::string::npos;
     });
     const StorePicture store = eye.look();
-    if (store.channels.count(path) != 0) {
-        note("do " + path);
-        eye.write(path, qz::CValue{true});
+    const auto channel = store.channels.find(path);
+    if (channel == store.channels.end()) {
+        return;
     }
+    note("do " + path);
+    const std::int32_t delay = static_cast<std::int32_t>(below(3)) - 1;
+    writeStore(channel->second.id,
+               channel->second.type == qz::datatype::boolean ? qz::CValue{true} : qz::CValue{delay});
 }
 
 void Soak::exitAndStart() {
@@ -227,7 +249,6 @@ void Soak::exitAndStart() {
                                                  R"({"kind": "linkLost"})",
                                                  R"({"kind": "bootloader"})"};
     note("exit");
-    life.exit();
     awaitEnd();
     start(oneOf(faults));
 }
@@ -249,9 +270,13 @@ void Soak::awaitEnd() {
     await(
         [&] {
             life.pace.pass();
+            readTransitions();
+            if (!life.ending().has_value() && state != "STOP") {
+                life.exit(); // one before the run has begun is none
+            }
             return life.ending().has_value();
         },
-        [] { return std::string{"the run does not end"}; });
+        [&] { return "the run does not end; it is in " + state; });
     sofar.failures += life.ending()->kind == Life::End::Kind::Returned ? 0 : 1;
     readTransitions();
     simulator.close();

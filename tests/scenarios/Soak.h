@@ -75,6 +75,7 @@ private:
     void pass();
     void writeSetting();
     void requestAction();
+    void writeStore(std::uint64_t channel, const qz::CValue& value);
     void exitAndStart();
 
     void letPass();
@@ -97,7 +98,8 @@ private:
     std::string state;
     DevicePoints known; ///< the points as they were at the last quiet point
     std::uint32_t firmware{0};
-    std::deque<std::string> deeds;
+    const std::chrono::steady_clock::time_point begun{std::chrono::steady_clock::now()};
+    std::deque<std::string> deeds; ///< each with the time since the beginning
     Figures sofar;
 };
 
