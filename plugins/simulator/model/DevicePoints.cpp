@@ -197,7 +197,7 @@ void DevicePoints::watch(EventWatch& events) const {
     }
     if (ups != nullptr) {
         const PointTable& table = points;
-        const auto holds = [&table](const char* name) {
+        const auto holds = [&table](const std::string& name) {
             return [&table, name] { return table.read(name) == Value{true}; };
         };
         events.watch(1, Severity::Warning, holds("BackupSystem.PowerBank.Status.Supply"));
