@@ -27,26 +27,25 @@ std::vector<E> membersOf() {
 
 /// Every member of the vocabulary by its text.
 inline const std::map<std::string, powerdistribution::EPath::Node, std::less<>>& nodesByText() {
-    using namespace powerdistribution;
     static const auto nodes = [] {
-        std::map<std::string, EPath::Node, std::less<>> all;
+        std::map<std::string, powerdistribution::EPath::Node, std::less<>> all;
         const auto add = [&](const auto& members) {
             for (const auto member : members) {
                 all.emplace(to_string(member), member);
             }
         };
-        add(membersOf<EProperty>());
-        add(membersOf<ECommunicationStatus>());
-        add(membersOf<ECircuit>());
-        add(membersOf<EPowerConverter>());
-        add(membersOf<EMeasurement>());
-        add(membersOf<ESpecification>());
-        add(membersOf<ESetting>());
-        add(membersOf<EStatus>());
-        add(membersOf<EAttribute>());
-        add(membersOf<EAction>());
-        add(membersOf<EPrivate>());
-        add(membersOf<EPrivateAction>());
+        add(membersOf<powerdistribution::EProperty>());
+        add(membersOf<powerdistribution::ECommunicationStatus>());
+        add(membersOf<powerdistribution::ECircuit>());
+        add(membersOf<powerdistribution::EPowerConverter>());
+        add(membersOf<powerdistribution::EMeasurement>());
+        add(membersOf<powerdistribution::ESpecification>());
+        add(membersOf<powerdistribution::ESetting>());
+        add(membersOf<powerdistribution::EStatus>());
+        add(membersOf<powerdistribution::EAttribute>());
+        add(membersOf<powerdistribution::EAction>());
+        add(membersOf<powerdistribution::EPrivate>());
+        add(membersOf<powerdistribution::EPrivateAction>());
         return all;
     }();
     return nodes;
