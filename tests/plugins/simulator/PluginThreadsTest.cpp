@@ -22,7 +22,7 @@ std::size_t threadsOfProcess() {
 }
 
 TEST(PluginThreadsTest, EightReadersNeverSeeAValueOfAnotherTypeWhileFaultsComeAndGo) {
-    SimulatorHost host{R"("device":"ups-3ph","timeoutMs":2,"speed":100)"};
+    SimulatorHost host{R"("device":"ups-3ph","timeoutMs":2,"speed":20)"};
     ASSERT_TRUE(host.find());
     const std::vector<std::string> paths{"Inputs.1.Measure.Voltage",
                                          "Outputs.1.Measure.ActivePower",
@@ -46,10 +46,11 @@ TEST(PluginThreadsTest, EightReadersNeverSeeAValueOfAnotherTypeWhileFaultsComeAn
                 const Value value = wrapper->read();
                 wrong += value.hasValue() && value.variant()->index() != alternatives[index] ? 1 : 0;
                 host.protocol->communicationStatus();
+                std::this_thread::yield(); // the tester wants to get on, too
             }
         });
     }
-    for (int round = 0; round < 10; ++round) {
+    for (int round = 0; round < 3; ++round) {
         for (const std::string kind : {R"("linkLost")", R"("silent")", R"("slow","ms":1)",
                                        R"("flapping","ms":100)", R"("refuseWrites")", R"("bootloader")"}) {
             host.command(R"({"do":"fault","kind":)" + kind + "}");
