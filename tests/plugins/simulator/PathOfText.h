@@ -1,5 +1,6 @@
 #pragma once
 
+#include "powerdistribution/core/EPath.h"
 #include "powerdistribution/core/Vocabulary.h"
 
 #include <algorithm>
