@@ -167,6 +167,11 @@ TEST(PluginCheckTest, PluginWithoutFaultIsClean) {
     EXPECT_EQ(run.output.find("velk-mz-broken.so: clean; 13 points served, "), 0U) << run.output;
 }
 
+TEST(PluginCheckTest, ActionsAndSettingsAreLeftAloneUnlessAskedFor) {
+    EXPECT_EQ(BrokenPlugin{"throwInAction"}.check().exitCode, 0) << "no action was carried out";
+    EXPECT_EQ(BrokenPlugin{"writesWithoutEffect"}.check().exitCode, 0) << "no setting got another value";
+}
+
 TEST(PluginCheckTest, PluginThatFollowsItsDeviceIsClean) {
     const BrokenPlugin plugin{"nothing"};
     EXPECT_EQ(plugin.check(plugin.withALoss()).exitCode, 0);
