@@ -37,6 +37,15 @@ bool isBaseline(const Figure& figure) {
     return figure.name.rfind("baseline", 0) == 0;
 }
 
+/// In nanoseconds for a median; for a variation the share that it is.
+double timeOf(const benchmark::BenchmarkReporter::Run& run, bool isCpu, bool isMedian) {
+    if (!isMedian) {
+        return isCpu ? run.cpu_accumulated_time : run.real_accumulated_time;
+    }
+    const double scale = 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit);
+    return scale * (isCpu ? run.GetAdjustedCPUTime() : run.GetAdjustedRealTime());
+}
+
 } // namespace
 
 bool RatioReporter::ReportContext(const Context& context) {
@@ -60,9 +69,7 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
             continue;
         }
         if (name.find('/') != std::string::npos) {
-            const double scale = isMedian ? 1e9 / benchmark::GetTimeUnitMultiplier(run.time_unit) : 1;
-            note(name, "ns", (isMedian ? run.GetAdjustedRealTime() : run.real_accumulated_time) * scale,
-                 isMedian);
+            note(name, "ns", timeOf(run, name.find("CPU time") != std::string::npos, isMedian), isMedian);
         }
         for (const auto& [counter, value] : run.counters) {
             const auto bracket = counter.find(" [");

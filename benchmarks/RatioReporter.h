@@ -12,7 +12,8 @@ namespace velk::benchmarks {
 ///
 /// A benchmark is called "group/name", and its time is the figure; the baseline of a group is the one whose
 /// name begins with "baseline". A counter called "group/name [unit]" is a figure of its own, for what is no
-/// time or for several figures of one run; the time of a benchmark without "/" in its name is none.
+/// time or for several figures of one run; the time of a benchmark without "/" in its name is none. A group
+/// with "CPU time" in its name takes that of its benchmarks.
 class RatioReporter : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context& context) override;

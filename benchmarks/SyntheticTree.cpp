@@ -27,6 +27,10 @@ SyntheticTree::SyntheticTree(std::uint32_t outletCount, Store kind, const More& 
     store{tessapi::TessAccessor::open("benchmark", url)},
     factory{std::make_shared<protocols::ProxyWrapperFactory>(
         buildAlarmProxyWrapperFactory(device.wrapperFactory()))} {
+    build(more);
+}
+
+void SyntheticTree::build(const More& more) {
     const auto builder = [&more](const EPath& path, const common::Uuid& uuid, const Factories& factories) {
         auto root = datamodel::powerEquipmentBuilder(path, uuid, factories);
         if (more) {
@@ -37,6 +41,11 @@ SyntheticTree::SyntheticTree(std::uint32_t outletCount, Store kind, const More& 
     if (!model.build(*factory, store.connectorFactory(), builder) || !model.initialize()) {
         throw std::runtime_error{"the tree cannot be built"};
     }
+}
+
+void SyntheticTree::rebuild() {
+    model.clear();
+    build({});
 }
 
 SyntheticTree& SyntheticTree::ofSize(std::uint32_t outlets) {

@@ -30,6 +30,9 @@ public:
 
     const powerdistribution::datamodel::DataModelContainer& handlers() const { return model.handlers(); }
 
+    /// Builds and initialises the data model anew, as for another device.
+    void rebuild();
+
     /// Refreshes that are due in the cycle of this number, counted from 0.
     std::size_t refreshesIn(std::size_t cycle) const;
 
@@ -43,6 +46,8 @@ public:
     SyntheticDevice device;
 
 private:
+    void build(const More& more);
+
     powerdistribution::connectors::TessDatabaseManager store;
     const std::shared_ptr<powerdistribution::protocols::IWrapperFactory> factory;
     powerdistribution::datamodel::DataModelManager model;

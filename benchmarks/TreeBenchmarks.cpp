@@ -4,6 +4,7 @@
 
 #include "benchmarks/PlainTable.h"
 #include "benchmarks/SyntheticDevice.h"
+#include "benchmarks/SyntheticTree.h"
 #include "powerdistribution/core/Value.h"
 #include "testing/TemporaryDirectory.h"
 
@@ -96,12 +97,25 @@ void plainMap(benchmark::State& state) {
     }
 }
 
+void rebuild(benchmark::State& state) {
+    constexpr std::uint32_t outlets = 500;
+    for (auto _ : state) {
+        velk::benchmarks::SyntheticTree tree{outlets, velk::benchmarks::SyntheticTree::Store::file};
+        const std::size_t before = mallinfo2().uordblks;
+        tree.rebuild();
+        state.counters[memoryGroup + "10,000 points, heap, more with each rebuild [B]"] =
+            static_cast<double>(mallinfo2().uordblks - before) /
+            (outlets * SyntheticDevice::POINTS_OF_AN_OUTLET);
+    }
+}
+
 const bool isRegistered = [] {
     for (const std::string& group : {startGroup, cpuGroup}) {
         benchmark::RegisterBenchmark((group + "baseline: a plain insert").c_str(), plainInserts)
             ->UseRealTime();
     }
     benchmark::RegisterBenchmark("start: plain map", plainMap)->Iterations(1);
+    benchmark::RegisterBenchmark("start: rebuild", rebuild)->Iterations(1)->Repetitions(3);
     for (const auto& [outlets, points] : std::map<std::uint32_t, std::string>{
              {5, "   100"}, {50, " 1,000"}, {500, "10,000"}, {2500, "50,000"}}) {
         const auto add = [&, outlets = outlets, points = points](const std::string& store, auto function) {
