@@ -78,6 +78,7 @@ private:
     void writeStore(std::uint64_t channel, const qz::CValue& value);
     void exitAndStart();
 
+    void awaitStandstill() const;
     void letPass();
     void start(const std::string& faults);
     void awaitEnd();
