@@ -67,6 +67,15 @@ TEST_F(LogCacheTest, ClearDropsWhatIsOlder) {
     EXPECT_EQ(cache.lastId(), 8U);
 }
 
+TEST_F(LogCacheTest, ClearKeepsTheEntryWithTheVeryNumber) {
+    append(5);
+    append(6);
+    append(8);
+    cache.clear(6);
+    EXPECT_EQ(ids(), (Ids{6, 8}));
+    EXPECT_EQ(cache.firstId(), 6U);
+}
+
 TEST_F(LogCacheTest, ClearStopsAtTheFirstEntryThatIsNewEnough) {
     append(5);
     append(8);

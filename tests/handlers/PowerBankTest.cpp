@@ -77,7 +77,11 @@ TEST_F(PowerBankTest, AsksForTheDataPointsOfItsStatusInOrder) {
 TEST_F(PowerBankTest, ChargersAndStorageModulesAreCircuitsThatCountFromOne) {
     for (const ECircuit kind : {ECircuit::Chargers, ECircuit::StorageModules}) {
         device.add(bank + kind + EAttribute::Count, Value{1u});
+        store.calls().clear();
         make<PowerBankHandler>(bank);
+        EXPECT_EQ(only(store.builds(), "buildConnector"),
+                  (Calls{"buildConnector(root)", "buildConnector(PowerBank)",
+                         "buildConnector(" + (bank + kind).nodesToString() + ")"}));
         EXPECT_EQ(model.all().count(bank + kind + 1u), 2U) << "the item and its health";
         EXPECT_EQ(model.all().count(bank + kind + 1u + ECircuit::Phases), 1U);
         EXPECT_EQ(model.all().count(bank + kind + 2u), 0U);

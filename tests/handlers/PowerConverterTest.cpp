@@ -214,6 +214,11 @@ TEST_F(PowerConverterTest, ADataPointThatDoesNotExistHoldsNoRule) {
     set(EStatus::SwitchedOn, Value{true});
     device.remove(inverter + EStatus::Present);
     EXPECT_EQ(decided(), Value{5u}) << "neither absent nor in service";
+    device.add(inverter + EStatus::Present, Value{true});
+    device.remove(inverter + EStatus::SwitchedOn);
+    tree.reset();
+    model = {};
+    EXPECT_EQ(decided(), Value{5u}) << "not known to be switched on";
     set(ESpecification::Type, Value{2u});
     device.remove(inverter + EStatus::Supplied);
     tree.reset();
