@@ -133,7 +133,7 @@ void LogJournal::takeOver(const std::string& stored) {
             notes.push_back({sequence, entryOf(note)});
         }
         device = json.at("device").get<std::string>();
-        unsaid = false;
+        unsaid = !json.at("error").is_null(); // what failed an earlier daemon need not fail this one
     } catch (const Json::exception&) {
         notes.clear(); // nothing that a daemon has written
         unsaid = true;
