@@ -4,7 +4,6 @@
 #include "platform/tessapi/InBandAccessor.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -147,9 +146,11 @@ WriteJournal::Note WriteJournal::writerOf(const Note& note, const conv::UnixTime
         }
         const bool isThisWrite = said.at("device") == note["device"] &&
                                  said.at("channel") == note["channel"] && said.at("asked") == note["asked"];
-        const std::int64_t ageMs =
-            static_cast<std::int64_t>(time.toIntegralType()) * 1000 - said.at("timeMs").get<std::int64_t>();
-        if (!isThisWrite || std::chrono::milliseconds{std::abs(ageMs)} > WRITER_LASTS) {
+        const Json& saidAt = said.at("timeMs"); // of whoever wrote it: any number
+        const std::int64_t writtenMs = static_cast<std::int64_t>(time.toIntegralType()) * 1000;
+        const std::int64_t lastsMs = std::chrono::milliseconds{WRITER_LASTS}.count();
+        if (!isThisWrite || !saidAt.is_number_integer() || saidAt < writtenMs - lastsMs ||
+            saidAt > writtenMs + lastsMs) {
             return nullptr;
         }
         usedAnnouncement = *text;
