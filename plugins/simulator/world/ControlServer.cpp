@@ -48,9 +48,10 @@ FileDescriptor newSocket(const std::string& path) {
     return created;
 }
 
+/// A socket that may not be asked counts as served: it is somebody else's.
 bool isServed(const std::string& path, const sockaddr_un& address) {
     const FileDescriptor probe = newSocket(path);
-    return connect(probe.get(), generic(address), sizeof address) == 0 || errno == EAGAIN;
+    return connect(probe.get(), generic(address), sizeof address) == 0 || errno != ECONNREFUSED;
 }
 
 /// Whether what lies at the path is a socket of somebody who is gone.
