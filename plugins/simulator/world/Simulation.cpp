@@ -89,9 +89,9 @@ void Simulation::run() {
             lock.lock();
         }
         due = std::min(due, speed * 1000);
-        const auto pause = speed > 0 ? std::chrono::duration_cast<Clock::Duration>(
-                                           std::chrono::duration<double, std::milli>{(length - due) / speed})
-                                     : LONG_PAUSE;
+        // Held against the longest before it becomes a whole number, which a very small speed would not fit.
+        const std::chrono::duration<double, std::milli> wait{speed > 0 ? (length - due) / speed : INFINITY};
+        const auto pause = wait < LONG_PAUSE ? std::chrono::duration_cast<Clock::Duration>(wait) : LONG_PAUSE;
         if (!stopping) {
             clock.waitFor(changed, lock, std::clamp(pause, SHORTEST_PAUSE, LONG_PAUSE));
         }
