@@ -43,14 +43,15 @@ std::string kindText(const Json& kind, bool own) {
     return "";
 }
 
+/// For a terminal: plug-ins pass on what devices say.
 std::string textIn(const Json& object, const char* name) {
     const auto found = object.find(name);
-    return found != object.end() && found->is_string() ? found->get<std::string>() : std::string{};
+    return found != object.end() && found->is_string() ? printable(found->get<std::string>()) : std::string{};
 }
 
 std::int64_t momentIn(const Json& object, const char* name) {
     const auto found = object.find(name);
-    return found != object.end() && found->is_number() ? found->get<std::int64_t>() : 0;
+    return found != object.end() && found->is_number_integer() ? found->get<std::int64_t>() : 0;
 }
 
 /// "24 ms", "2.1 s", "75 s".
@@ -82,7 +83,7 @@ std::string pollText(const Json& publisher) {
 }
 
 std::string writerText(const JournalEntry::Writer& writer) {
-    return writer.program + " (" + writer.user + ", process " + std::to_string(writer.pid) + ")";
+    return printable(writer.program + " (" + writer.user + ", process " + std::to_string(writer.pid) + ")");
 }
 
 /// Whether two publishers do the very same, as for a data point that is twice in the model.
@@ -318,8 +319,8 @@ void Explanation::addRequest(Table& table, const Style& style) const {
     const std::string outcome =
         request->accepted
             ? "accepted by the device"
-            : "refused by the device" + (request->error ? ": " + *request->error : std::string{});
-    table.add({"  " + style.title("Asked for"), request->asked + " at " + request->time + ", by " +
+            : "refused by the device" + (request->error ? ": " + printable(*request->error) : std::string{});
+    table.add({"  " + style.title("Asked for"), printable(request->asked) + " at " + request->time + ", by " +
                                                     (request->by ? writerText(*request->by) : "unknown") +
                                                     ": " + outcome});
 }
