@@ -33,7 +33,7 @@ fs::path resolved(const Node& node, const fs::path& folder) {
 fs::path deviceFile(const Node& node, const fs::path& folder) {
     const std::string& text = textOf(node);
     const bool isPath = text.find('/') != std::string::npos || fs::path{text}.extension() == ".json";
-    const fs::path file = isPath ? resolved(node, folder) : findFile(text + ".json", deviceFolders(folder));
+    fs::path file = isPath ? resolved(node, folder) : findFile(text + ".json", deviceFolders(folder));
     std::error_code ignored;
     if (!fs::is_regular_file(file, ignored)) {
         refuse(node, "is \"" + text +
@@ -52,7 +52,7 @@ velk::common::Uuid uuidOf(const Node& node) {
 }
 
 std::string controlPath(const Node& node, const fs::path& folder) {
-    const std::string path = resolved(node, folder).string();
+    std::string path = resolved(node, folder).string();
     if (path.size() >= sizeof(sockaddr_un::sun_path)) {
         refuse(node, "is the socket " + path + ", whose path is too long");
     }

@@ -19,9 +19,9 @@ namespace velk::simulator {
 /// Threads: one of its own, which alone knows the clients; `stop` comes from the thread that constructs.
 class ControlServer {
 public:
-    static constexpr std::size_t LONGEST_LINE = 64 * 1024;
+    static constexpr std::size_t LONGEST_LINE = std::size_t{64} * 1024;
     static constexpr std::size_t MOST_CLIENTS = 32;
-    static constexpr std::size_t MOST_UNSENT = 16 * 1024 * 1024;
+    static constexpr std::size_t MOST_UNSENT = std::size_t{16} * 1024 * 1024;
 
     /// Binds the socket at `path` and begins to answer. A socket that nobody serves any more is replaced.
     /// Throws std::runtime_error "PATH: " and the reason.
