@@ -1,6 +1,8 @@
 #include "HandlerFixture.h"
 #include "powerdistribution/handlers/BackupSystemHandler.h"
+#include "powerdistribution/handlers/CommunicationStatusHandler.h"
 #include "powerdistribution/handlers/ConnectivityHandler.h"
+#include "powerdistribution/handlers/HealthStateHandler.h"
 #include "powerdistribution/handlers/PowerBankHandler.h"
 #include "powerdistribution/handlers/PowerModuleHandler.h"
 
@@ -212,6 +214,16 @@ TEST_F(PowerBankTest, TheBackupSystemHasThePowerBankBelowIt) {
         << "the bank, its health and its communication status";
     EXPECT_EQ(only(store.builds(), "buildConnector"),
               (Calls{"buildConnector(root)", "buildConnector(BackupSystem)"}));
+}
+
+TEST_F(PowerBankTest, HandlersOfOnePathStandInTheOrderOfTheirMaking) {
+    make<BackupSystemHandler>({ECircuit::BackupSystem});
+    const auto bankEntries = model.all().equal_range({ECircuit::BackupSystem, ECircuit::PowerBank});
+    auto entry = bankEntries.first;
+    ASSERT_EQ(std::distance(entry, bankEntries.second), 3);
+    EXPECT_NE(dynamic_cast<HealthStateHandler*>(entry++->second.get()), nullptr);
+    EXPECT_NE(dynamic_cast<CommunicationStatusHandler*>(entry++->second.get()), nullptr);
+    EXPECT_NE(dynamic_cast<PowerBankHandler*>(entry++->second.get()), nullptr);
 }
 
 TEST_F(PowerBankTest, PrivateActionsOfTheConnectivityGoToTheSystemWithTheirInitialValue) {
