@@ -189,19 +189,26 @@ void DataModelManager::noteModel(bool built, const std::string& failure) {
 
 PointDescription DataModelManager::describe(const std::string& point,
                                             const protocols::PointOrigins& origins) const {
-    MutexLock held{describing};
     PointDescription description;
-    description.modelBuilt = modelBuilt;
-    description.modelFailure = modelFailure;
-    if (!modelBuilt) {
-        return description;
-    }
-    for (const auto& [path, handler] : container.all()) {
-        for (const handlers::PublishedPoint& published : handlers::publishedPoints(*handler)) {
-            if (published.name == point) {
-                description.publishers.push_back(publisherOf(*handler, published.kind, origins));
+    std::vector<std::pair<HandlerPtr, const char*>> found;
+    {
+        MutexLock held{describing};
+        description.modelBuilt = modelBuilt;
+        description.modelFailure = modelFailure;
+        if (!modelBuilt) {
+            return description;
+        }
+        for (const auto& [path, handler] : container.all()) {
+            for (const handlers::PublishedPoint& published : handlers::publishedPoints(*handler)) {
+                if (published.name == point) {
+                    found.emplace_back(handler, published.kind);
+                }
             }
         }
+    }
+    // Without the lock: a plug-in may take its time, and the lifecycle must not wait for it.
+    for (const auto& [handler, kind] : found) {
+        description.publishers.push_back(publisherOf(*handler, kind, origins));
     }
     return description;
 }

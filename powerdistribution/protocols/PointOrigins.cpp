@@ -12,13 +12,19 @@ void PointOrigins::set(std::shared_ptr<const ProxyWrapperFactory> present, const
 }
 
 PointOrigins::Origin PointOrigins::of(const EPath& path) const {
-    const velk::common::MutexLock lock{mutex};
-    if (!factory) {
+    std::shared_ptr<const ProxyWrapperFactory> asked;
+    std::string file;
+    {
+        const velk::common::MutexLock lock{mutex};
+        asked = factory;
+        file = plugin;
+    }
+    if (!asked) {
         return {};
     }
     try {
-        const ProxyWrapperFactory::Origin origin = factory->originOf(path);
-        return {origin.byProtocol ? plugin : std::string{}, origin.rule};
+        const ProxyWrapperFactory::Origin origin = asked->originOf(path);
+        return {origin.byProtocol ? file : std::string{}, origin.rule};
     } catch (...) { // NOLINT(bugprone-empty-catch)
         return {};  // of a plug-in that cannot say whether it serves the path
     }
