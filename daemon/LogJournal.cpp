@@ -133,7 +133,8 @@ void LogJournal::takeOver(const std::string& stored) {
             notes.push_back({sequence, entryOf(note)});
         }
         device = json.at("device").get<std::string>();
-        unsaid = !json.at("error").is_null(); // what failed an earlier daemon need not fail this one
+        // What failed an earlier daemon need not fail this one.
+        unsaid = json.at("error") != (error.empty() ? Json(nullptr) : Json(error));
     } catch (const Json::exception&) {
         notes.clear(); // nothing that a daemon has written
         unsaid = true;

@@ -125,7 +125,9 @@ TEST_F(WriterOfANoteTest, WhatIsNoTellingNamesNobody) {
     const std::uint64_t channel = inband.getCatchedChannelId(device, WriteJournal::WRITER);
     for (const char* text :
          {"", "tess", "[]", "{}", R"({"device":"Outlets.1"})",
-          R"({"device":"Outlets.1","channel":"Setting.Delay","asked":"30","timeMs":"now"})"}) {
+          R"({"device":"Outlets.1","channel":"Setting.Delay","asked":"30","timeMs":"now"})",
+          R"({"device":"Outlets.1","channel":"Setting.Delay","asked":"30","timeMs":1e300})",
+          R"({"device":"Outlets.1","channel":"Setting.Delay","asked":"30","timeMs":-9223372036854775808})"}) {
         inband.setChannelCValue(channel, qz::CValue{text});
         EXPECT_EQ(recorded(30), "unknown") << text;
     }

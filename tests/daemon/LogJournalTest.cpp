@@ -185,6 +185,14 @@ TEST_F(LogJournalTest, WhyTheLogCannotBeReadIsNotedUntilItCan) {
     EXPECT_TRUE(noted["errorTime"].is_null());
 }
 
+TEST_F(LogJournalTest, WhyAnEarlierDaemonCouldNotReadTheLogIsTakenBack) {
+    journal.record({{}, "out of paper"});
+    stored = text();
+    LogJournal next{[this] { return open(); }, errors};
+    next.record({});
+    EXPECT_TRUE(Json::parse(text())["error"].is_null());
+}
+
 TEST_F(LogJournalTest, EntriesThatCameWithoutAStoreFollowThoseThatItHas) {
     journal.record(range(1, 2));
     stored = text();
