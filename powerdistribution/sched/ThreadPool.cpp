@@ -30,6 +30,7 @@ ThreadPool::~ThreadPool() {
 std::future<void> ThreadPool::async(const Job& job) {
     std::future<void> result = enqueue(job);
     workAvailable.notify_one();
+    workerIdle.notify_all();
     return result;
 }
 
