@@ -37,6 +37,10 @@ Board& Board::make() {
     return *new (memory) Board;
 }
 
+void Board::noteChange(std::string_view text) {
+    copyText(text, changed);
+}
+
 std::int32_t& slotOfThisThread() {
     thread_local std::int32_t slot = 0;
     return slot;

@@ -28,6 +28,11 @@ struct Board {
     std::array<Slot, SLOTS> slots; ///< 0: the child's first thread
     std::atomic<std::int32_t> crashed{NO_SLOT};
     std::atomic<std::uint64_t> wrappers{0}; ///< calls of `buildWrapper`
+    std::atomic<bool> isDeviceAway{false};  ///< the pause command has begun and the resume command not ended
+    std::array<char, 300>
+        changed{}; ///< what the child has to put back, for people; written by its first thread
+
+    void noteChange(std::string_view text); ///< empty: all is put back
 
     /// In memory that is shared with children; lives as long as the process.
     static Board& make();

@@ -1,16 +1,10 @@
 // A device that goes away and comes back, one that is let go, and the end of the plug-in.
 
+#include "kit/ShellCommand.h"
 #include "kit/Steps.h"
 #include "kit/Threads.h"
 #include "platform/common/DynamicLibrary.h"
 #include "platform/common/UnixTime.h"
-
-#include <array>
-#include <cerrno>
-#include <cstring>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace velk::kit {
 
@@ -21,25 +15,17 @@ namespace {
 /// Until values are there again after the link is.
 constexpr Milliseconds LONGEST_SETTLING{5000};
 constexpr Milliseconds LONGEST_UNLOADING{2000};
-constexpr std::uint32_t COMMAND_PATIENCE_MS = 60'000;
+/// Longer than `runShellCommand` waits itself.
+constexpr auto CHILDS_COMMAND_PATIENCE_MS = static_cast<std::uint32_t>(2 * COMMAND_PATIENCE.count());
 
 /// Runs a command of the user's; false when it fails, which is reported.
 bool runCommand(const Session& session, const char* option, const std::string& command) {
-    const Doing doing{session.board, option, option, COMMAND_PATIENCE_MS};
-    std::string shell = "/bin/sh";
-    std::string flag = "-c";
-    std::string line = command;
-    std::array<char*, 4> arguments{shell.data(), flag.data(), line.data(), nullptr};
-    pid_t child = 0;
-    const int failure = posix_spawn(&child, shell.c_str(), nullptr, nullptr, arguments.data(), ::environ);
-    int status = -1;
-    if (failure == 0) {
-        waitpid(child, &status, 0);
-    }
-    if (status != 0) {
+    const Doing doing{session.board, option, option, CHILDS_COMMAND_PATIENCE_MS};
+    const bool isDone = runShellCommand(command);
+    if (!isDone) {
         session.report.error(option, "a command that succeeds", "\"" + command + "\" failed");
     }
-    return status == 0;
+    return isDone;
 }
 
 void checkState(const Session& session, const std::string& when) {
@@ -176,7 +162,12 @@ bool tryLoss(Session& session) {
     }
     const auto before = session.status();
     const auto samples = takeSamples(session);
-    if (!before || !runCommand(session, "--pause-command", options.pauseCommand)) {
+    if (!before) {
+        return true;
+    }
+    session.board.isDeviceAway = true;
+    if (!runCommand(session, "--pause-command", options.pauseCommand)) {
+        session.board.isDeviceAway = false;
         return true;
     }
     if (Session::await(options.loss, [&] { return !isGood(session); })) {
@@ -187,7 +178,9 @@ bool tryLoss(Session& session) {
                              "another state than 2 within " + textOf(options.loss) + " of the loss",
                              "state 2");
     }
-    if (runCommand(session, "--resume-command", options.resumeCommand)) {
+    const bool isResumed = runCommand(session, "--resume-command", options.resumeCommand);
+    session.board.isDeviceAway = false;
+    if (isResumed) {
         checkReturn(session, samples);
     }
     return true;

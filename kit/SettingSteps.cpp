@@ -4,6 +4,7 @@
 #include "platform/tessapi/catalogue/Catalogue.h"
 
 #include <cmath>
+#include <limits>
 
 namespace velk::kit {
 
@@ -81,7 +82,9 @@ std::vector<Value> neighboursOf(const EPath& path, const Value& held) {
         return {Value{*number + 1.0F}, Value{*number - 1.0F}};
     }
     if (const auto* number = held.getIf<std::int32_t>()) {
-        return {Value{*number + 1}, Value{*number - 1}};
+        using Limits = std::numeric_limits<std::int32_t>;
+        return {Value{*number == Limits::max() ? *number - 1 : *number + 1},
+                Value{*number == Limits::min() ? *number + 1 : *number - 1}};
     }
     const auto* number = held.getIf<std::uint32_t>();
     if (number == nullptr) {
@@ -99,9 +102,24 @@ std::vector<Value> neighboursOf(const EPath& path, const Value& held) {
     return values.empty() ? std::vector<Value>{Value{*number + 1}} : values;
 }
 
+/// Stands on the board while a setting may hold another value than before.
+class Change {
+public:
+    Change(Board& shared, const Point& point, const Value& held) : board{shared} {
+        board.noteChange("; " + point.text + " held " + describe(held) + " and may hold another value now");
+    }
+    ~Change() { board.noteChange({}); }
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+private:
+    Board& board;
+};
+
 void changeSetting(const Session& session, const Point& point) {
     const auto wrapper = session.build(point.path, point.text);
     const Value held = wrapper && wrapper->isWritable() ? session.read(*wrapper, point.text) : Value{};
+    const Change change{session.board, point, held};
     for (const Value& other : neighboursOf(point.path, held)) {
         if (write(session, point, *wrapper, other) != true) {
             continue;

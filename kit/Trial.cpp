@@ -4,6 +4,7 @@
 #include "kit/Child.h"
 #include "kit/Reporter.h"
 #include "kit/Session.h"
+#include "kit/ShellCommand.h"
 #include "kit/Steps.h"
 
 #include <array>
@@ -97,7 +98,9 @@ std::uint64_t Trial::wrappers() const {
 
 void Trial::run() {
     for (std::size_t children = 0; children < MOST_CHILDREN; ++children) {
-        if (!goOnAfter(runOneChild())) {
+        const bool goesOn = goOnAfter(runOneChild());
+        bringDeviceBack();
+        if (!goesOn) {
             break;
         }
     }
@@ -109,6 +112,7 @@ Trial::End Trial::runOneChild() {
         slot.busy = false;
     }
     board.crashed = Board::NO_SLOT;
+    board.noteChange({});
     hasEnded = false;
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
@@ -206,7 +210,7 @@ bool Trial::goOnAfter(const End& end) {
     const Step& last = steps().at(step);
     const std::string what = end.operation.empty() ? last.name : end.operation;
     add({Finding::Severity::Error, end.path.empty() ? last.name : end.path,
-         what + " to return, during " + last.name, end.how});
+         what + " to return, during " + last.name, end.how + board.changed.data()});
     if (hasEnded) {
         return false;
     }
@@ -226,6 +230,14 @@ void Trial::add(const Finding& finding) {
     found = found || finding.severity != Finding::Severity::Note;
     if (++alike[finding.expected] <= MOST_ALIKE) {
         tell(finding);
+    }
+}
+
+/// What a child has taken away and cannot bring back any more.
+void Trial::bringDeviceBack() {
+    if (board.isDeviceAway.exchange(false) && !runShellCommand(options.resumeCommand)) {
+        add({Finding::Severity::Error, "--resume-command", "a command that succeeds",
+             "\"" + options.resumeCommand + "\" failed"});
     }
 }
 

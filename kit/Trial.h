@@ -58,6 +58,7 @@ private:
     /// False when no further child can find out more.
     bool goOnAfter(const End& end);
     void add(const Finding& finding);
+    void bringDeviceBack();
     void tellOfTheRest() const;
 
     Options options;

@@ -230,6 +230,39 @@ TEST(PluginCheckTest, CommandThatFailsIsNamed) {
         << run.output;
 }
 
+TEST(PluginCheckTest, DeviceThatWasTakenAwayIsBroughtBackWhenTheChildHasCrashed) {
+    const BrokenPlugin plugin{"crashWhileLost"};
+    const Outcome run = plugin.check(plugin.withALoss());
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.output.find("error: communicationStatus: expected communicationStatus to return, during "),
+              std::string::npos)
+        << run.output;
+    EXPECT_FALSE(exists(plugin.folder / "away"));
+    EXPECT_EQ(run.output.find("error: "), run.output.rfind("error: ")) << "the rest is tried\n" << run.output;
+}
+
+TEST(PluginCheckTest, DeviceThatCannotBeBroughtBackIsNamed) {
+    const BrokenPlugin plugin{"crashWhileLost"};
+    const Outcome run = plugin.check({"--pause-command", "touch " + (plugin.folder / "away").string(),
+                                      "--resume-command", "echo no way; exit 4"});
+    EXPECT_NE(
+        run.output.find("error: --resume-command: expected a command that succeeds; came \"echo no way; "
+                        "exit 4\" failed\n"),
+        std::string::npos)
+        << run.output;
+    EXPECT_EQ(run.output.find("\nno way\n"), std::string::npos) << "its output is no finding";
+    EXPECT_NE(run.errors.find("no way\n"), std::string::npos) << run.errors;
+}
+
+TEST(PluginCheckTest, SettingThatACrashMayHaveLeftChangedIsNamed) {
+    const Outcome run = BrokenPlugin{"crashOnceChanged"}.check({"--change-settings"});
+    EXPECT_NE(run.output.find(
+                  "came the end of the process by SIGSEGV; Outlets.1.Setting.AutomaticSwitchOnDelay held "
+                  "int32_t 5 and may hold another value now\n"),
+              std::string::npos)
+        << run.output;
+}
+
 TEST(PluginCheckTest, EndOfOneReadDoesNotHideWhatComesLater) {
     const Outcome run = BrokenPlugin{"crashInRead"}.check();
     EXPECT_NE(run.output.find("SIGSEGV\n"), std::string::npos);

@@ -138,6 +138,9 @@ public:
             (!value.holds<std::int32_t>() && !has("takesAnyType"))) {
             return has("takesEmpty") && !value.hasValue();
         }
+        if (has("crashOnceChanged") && value != Value{std::int32_t{5}}) {
+            raise(SIGSEGV);
+        }
         if (value.holds<std::int32_t>() && !has("writesWithoutEffect")) {
             const MutexLock lock{device->mutex};
             device->values[path] =
@@ -317,6 +320,9 @@ public:
         }
         if (has("sinceTomorrow")) {
             return {2, conv::UnixTime{conv::UnixTime::now().toIntegralType() + 86400}};
+        }
+        if (has("crashWhileLost") && device->isAway()) {
+            raise(SIGSEGV);
         }
         const bool isTruthful = !has("neverLost");
         const bool isReached = isTruthful ? device->isReached() : device->connected.load();
