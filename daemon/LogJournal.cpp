@@ -83,25 +83,47 @@ void LogJournal::take(const DeviceLogPiece& piece) {
 }
 
 void LogJournal::add(const Entry& entry) {
-    if (isKnown(entry)) {
+    if (isNoted(entry)) {
+        return;
+    }
+    const bool isFirst = beginsNumbers(entry);
+    if (!isFirst && hadToGo(entry)) {
         return;
     }
     notes.push_back({++sequence, entry});
+    if (isFirst) {
+        first = notes.back();
+    }
     if (notes.size() > LENGTH) {
         notes.pop_front();
     }
     unsaid = true;
 }
 
-bool LogJournal::isKnown(const Entry& entry) const {
-    if (notes.size() == LENGTH) {
-        const Entry& oldest = notes.front().entry;
-        // One of those that had to go: by its number alone it could be one after the numbers have wrapped.
-        if (entry.id < oldest.id && entry.date <= oldest.date) {
-            return true;
-        }
-    }
+bool LogJournal::isNoted(const Entry& entry) const {
     return std::any_of(notes.begin(), notes.end(), [&](const Note& note) { return note.entry == entry; });
+}
+
+/// Whether the device has begun to count anew with this entry, which is not noted: its number is one that the
+/// present numbers cannot give any more.
+bool LogJournal::beginsNumbers(const Entry& entry) const {
+    if (!first || (entry.id <= first->entry.id && !(entry == first->entry))) {
+        return true;
+    }
+    return std::any_of(notes.begin(), notes.end(), [&](const Note& note) {
+        return note.sequence >= first->sequence && note.entry.id == entry.id;
+    });
+}
+
+/// Whether this entry, which is not noted, was noted once.
+bool LogJournal::hadToGo(const Entry& entry) const {
+    if (notes.size() < LENGTH) {
+        return false;
+    }
+    const Note& oldest = notes.front();
+    // As long as notes from before the present numbers are left, only what is older than these had to go.
+    return entry.id < oldest.entry.id && entry.date <= oldest.entry.date &&
+           (oldest.sequence > first->sequence || entry.date < first->entry.date);
 }
 
 void LogJournal::openStore() {
@@ -116,6 +138,7 @@ void LogJournal::openStore() {
     store = std::move(opened);
     // The entries that came while there was no store follow those that it has.
     const std::deque<Note> own = std::exchange(notes, {});
+    first.reset();
     if (const std::string* text = std::get_if<std::string>(&stored.variant())) {
         takeOver(*text);
     }
@@ -132,11 +155,15 @@ void LogJournal::takeOver(const std::string& stored) {
             sequence = note.at("sequence").get<std::uint64_t>();
             notes.push_back({sequence, entryOf(note)});
         }
+        if (const Json& note = json.at("first"); !note.is_null()) {
+            first = Note{note.at("sequence").get<std::uint64_t>(), entryOf(note)};
+        }
         device = json.at("device").get<std::string>();
         // What failed an earlier daemon need not fail this one.
         unsaid = json.at("error") != (error.empty() ? Json(nullptr) : Json(error));
     } catch (const Json::exception&) {
         notes.clear(); // nothing that a daemon has written
+        first.reset();
         unsaid = true;
     }
 }
@@ -147,6 +174,7 @@ void LogJournal::turnTo(const std::string& presentDevice) {
     }
     if (!device.empty()) {
         notes.clear();
+        first.reset();
     }
     device = presentDevice;
     unsaid = true;
@@ -160,6 +188,7 @@ void LogJournal::writeOut() {
     json["device"] = device;
     json["error"] = error.empty() ? Json(nullptr) : Json(error);
     json["errorTime"] = error.empty() ? Json(nullptr) : Json(errorTime);
+    json["first"] = first ? jsonOf(first->sequence, first->entry) : Json(nullptr);
     json["entries"] = Json::array();
     for (const Note& note : notes) {
         json["entries"].push_back(jsonOf(note.sequence, note.entry));

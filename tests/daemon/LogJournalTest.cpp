@@ -98,6 +98,8 @@ protected:
 TEST_F(LogJournalTest, NotesWhoseLogItIsAndEverythingOfAnEntry) {
     journal.record(piece({entry(40, 1'700'000'000)}));
     EXPECT_EQ(text(), R"({"device":"00000000-0000-4000-8000-00000000a001","error":null,"errorTime":null,)"
+                      R"("first":{"sequence":1,"id":40,"time":1700000000,"severity":-2,"code":120,)"
+                      R"("status":1,"mode":3,"reason":7,"data":99},)"
                       R"("entries":[{"sequence":1,"id":40,"time":1700000000,"severity":-2,"code":120,)"
                       R"("status":1,"mode":3,"reason":7,"data":99}]})");
 }
@@ -131,6 +133,48 @@ TEST_F(LogJournalTest, EntriesAfterTheNumbersHaveWrappedFollowTheOthers) {
     journal.record(piece({entry(1, 5000), entry(2, 5001)}));
     EXPECT_EQ(ids().back(), 2U);
     EXPECT_EQ(firstSequence(), 47U);
+}
+
+TEST_F(LogJournalTest, ADeviceWhoseClockAndNumbersBeginAnewIsHeardAtOnce) {
+    journal.record(range(1, 300));
+    stored = text();
+    LogJournal next{[this] { return open(); }, errors};
+    next.record(piece({entry(1, 500), entry(2, 501)}));
+    EXPECT_EQ(ids().back(), 2U);
+    EXPECT_EQ(firstSequence(), 47U);
+    next.record(piece({entry(1, 500), entry(2, 501), entry(3, 502)}));
+    EXPECT_EQ(ids().back(), 3U);
+    EXPECT_EQ(firstSequence(), 48U);
+}
+
+TEST_F(LogJournalTest, NumbersThatBeganAnewAreKnownWhenTheyAreReadAgain) {
+    journal.record(range(1, 300));
+    journal.record(piece({entry(1, 500)}));
+    journal.record(range(2, 400));
+    const std::uint64_t sequence = firstSequence();
+    journal.record(piece({entry(1, 500)}));
+    journal.record(range(2, 400));
+    EXPECT_EQ(firstSequence(), sequence);
+    EXPECT_EQ(writes(), 3U);
+}
+
+TEST_F(LogJournalTest, ANumberThatComesWithAnotherEntryBeginsTheNumbersAnew) {
+    journal.record(range(1, 300));
+    journal.record(piece({entry(50, 900), entry(51, 901)}));
+    EXPECT_EQ(ids().back(), 51U);
+    EXPECT_EQ(firstSequence(), 47U);
+    EXPECT_EQ(Json::parse(text())["first"]["time"], 900);
+}
+
+TEST_F(LogJournalTest, ALogThatIsReadInPiecesAfterARestartIsNotNotedTwice) {
+    journal.record(range(1, 300));
+    stored = text();
+    LogJournal next{[this] { return open(); }, errors};
+    for (std::uint32_t id = 1; id < 300; id += 20) {
+        next.record(range(id, id + 19));
+    }
+    EXPECT_EQ(writes(), 0U);
+    EXPECT_EQ(text(), stored);
 }
 
 TEST_F(LogJournalTest, WithAnotherDeviceTheEntriesBeginAnewAndTheSequenceGoesOn) {
