@@ -9,6 +9,7 @@
 #include "powerdistribution/datamodel/DataModelManager.h"
 #include "powerdistribution/protocols/IValueWrapper.h"
 #include "powerdistribution/protocols/IWrapperFactory.h"
+#include "powerdistribution/protocols/LogReportWrapper.h"
 #include "powerdistribution/protocols/PointOrigins.h"
 #include "powerdistribution/protocols/ProtocolsManager.h"
 
@@ -50,6 +51,8 @@ public:
     DeviceWriteListener onDeviceWrite;                 ///< told of each write to the device; empty for nobody
     std::function<void(std::uint32_t)> onServiceState; ///< told of each service state; empty for nobody
     DeviceLogListener onDeviceLog; ///< told of each look at the device's event log; empty for nobody
+    /// Of the wrappers that tell it: those of former models are to be silent.
+    const protocols::LogReportWrapper::Count logReports{std::make_shared<std::atomic<std::uint64_t>>(0)};
 };
 
 } // namespace velk::powerdistribution

@@ -14,8 +14,8 @@ struct DeviceLogPiece {
 };
 
 /// Hears of every look at the device's event log, the first of which only finds that there is one. The same
-/// entries come again when the data model is built anew. Threads: whichever thread looked; an exception that
-/// it throws is dropped.
+/// entries come again when the data model is built anew; what is left of the former one is not heard then.
+/// Threads: whichever thread looked; an exception that it throws is dropped.
 using DeviceLogListener = std::function<void(const DeviceLogPiece&)>;
 
 } // namespace velk::powerdistribution

@@ -39,7 +39,8 @@ std::shared_ptr<protocols::ProxyWrapperFactory> decorate(const Context& context)
         device = std::make_shared<protocols::WriteReportWrapperFactory>(device, context.onDeviceWrite);
     }
     if (context.onDeviceLog) {
-        device = std::make_shared<protocols::LogReportWrapperFactory>(device, context.onDeviceLog);
+        device = std::make_shared<protocols::LogReportWrapperFactory>(device, context.onDeviceLog,
+                                                                      context.logReports);
     }
     return std::make_shared<protocols::ProxyWrapperFactory>(buildAlarmProxyWrapperFactory(device));
 }

@@ -7,6 +7,8 @@ namespace velk::powerdistribution::protocols {
 
 namespace {
 
+constexpr const char* FOREIGN = "an exception that is none of the standard library";
+
 DeviceLogPiece pieceOf(const Value& sample) {
     if (!sample.hasValue()) {
         return {};
@@ -19,8 +21,12 @@ DeviceLogPiece pieceOf(const Value& sample) {
 
 } // namespace
 
-LogReportWrapper::LogReportWrapper(ValueWrapperPtr deviceWrapper, DeviceLogListener logListener) :
-    wrapper{std::move(deviceWrapper)}, listener{std::move(logListener)} {
+LogReportWrapper::LogReportWrapper(ValueWrapperPtr deviceWrapper, DeviceLogListener logListener,
+                                   Count madeBefore) :
+    wrapper{std::move(deviceWrapper)},
+    listener{std::move(logListener)},
+    made{std::move(madeBefore)},
+    number{++*made} {
     report({}); // an empty log is not asked for, but it is one
 }
 
@@ -42,6 +48,9 @@ Value LogReportWrapper::read() const {
     } catch (const std::exception& failure) {
         report({{}, failure.what()});
         throw;
+    } catch (...) {
+        report({{}, FOREIGN});
+        throw;
     }
 }
 
@@ -51,6 +60,9 @@ bool LogReportWrapper::write(const Value& value) {
     } catch (const std::exception& failure) {
         report({{}, failure.what()});
         throw;
+    } catch (...) {
+        report({{}, FOREIGN});
+        throw;
     }
 }
 
@@ -59,6 +71,9 @@ DataConfig LogReportWrapper::dataConfig() const {
 }
 
 void LogReportWrapper::report(const DeviceLogPiece& piece) const {
+    if (*made != number) {
+        return;
+    }
     try {
         listener(piece);
     } catch (...) { // NOLINT(bugprone-empty-catch)

@@ -1,14 +1,13 @@
 #include "powerdistribution/protocols/LogReportWrapperFactory.h"
 
-#include "powerdistribution/protocols/LogReportWrapper.h"
-
 #include <utility>
 
 namespace velk::powerdistribution::protocols {
 
 LogReportWrapperFactory::LogReportWrapperFactory(std::shared_ptr<IWrapperFactory> deviceFactory,
-                                                 DeviceLogListener logListener) :
-    factory{std::move(deviceFactory)}, listener{std::move(logListener)} {}
+                                                 DeviceLogListener logListener,
+                                                 LogReportWrapper::Count madeBefore) :
+    factory{std::move(deviceFactory)}, listener{std::move(logListener)}, made{std::move(madeBefore)} {}
 
 LogReportWrapperFactory::~LogReportWrapperFactory() = default;
 
@@ -26,7 +25,7 @@ ValueWrapperPtr LogReportWrapperFactory::buildWrapper(const EPath& path) const {
     if (!wrapper || !givesLog) {
         return wrapper;
     }
-    return std::make_unique<LogReportWrapper>(std::move(wrapper), listener);
+    return std::make_unique<LogReportWrapper>(std::move(wrapper), listener, made);
 }
 
 } // namespace velk::powerdistribution::protocols

@@ -3,6 +3,7 @@
 #include "powerdistribution/core/DeviceLog.h"
 #include "powerdistribution/protocols/IRuleNaming.h"
 #include "powerdistribution/protocols/IWrapperFactory.h"
+#include "powerdistribution/protocols/LogReportWrapper.h"
 
 #include <memory>
 #include <string>
@@ -13,8 +14,9 @@ namespace velk::powerdistribution::protocols {
 /// that it adds to the one wrapper that gives the log is the report.
 class LogReportWrapperFactory : public IWrapperFactory, public IRuleNaming {
 public:
-    /// `listener` is not empty.
-    LogReportWrapperFactory(std::shared_ptr<IWrapperFactory> deviceFactory, DeviceLogListener logListener);
+    /// `listener` is not empty. Of all factories with the same count the newest wrapper alone reports.
+    LogReportWrapperFactory(std::shared_ptr<IWrapperFactory> deviceFactory, DeviceLogListener logListener,
+                            LogReportWrapper::Count madeBefore);
     ~LogReportWrapperFactory() override;
 
     const velk::common::Uuid& protocolUuid() const override;
@@ -24,6 +26,7 @@ public:
 private:
     std::shared_ptr<IWrapperFactory> factory;
     DeviceLogListener listener;
+    LogReportWrapper::Count made;
 };
 
 } // namespace velk::powerdistribution::protocols

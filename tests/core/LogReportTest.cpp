@@ -1,9 +1,11 @@
 #include "powerdistribution/protocols/LogReportWrapperFactory.h"
+#include "powerdistribution/protocols/RWValueWrapper.h"
 #include "testing/FakeWrapper.h"
 #include "testing/FakeWrapperFactory.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <stdexcept>
 #include <vector>
 
@@ -15,7 +17,9 @@ protected:
     std::shared_ptr<velk::testing::FakeWrapperFactory> device =
         std::make_shared<velk::testing::FakeWrapperFactory>();
     std::vector<DeviceLogPiece> pieces;
-    LogReportWrapperFactory factory{device, [this](const DeviceLogPiece& piece) { pieces.push_back(piece); }};
+    LogReportWrapper::Count made = std::make_shared<std::atomic<std::uint64_t>>(0);
+    LogReportWrapperFactory factory{device, [this](const DeviceLogPiece& piece) { pieces.push_back(piece); },
+                                    made};
     EPath chunk{EPrivate::InternalLogs, EPrivate::LogChunk};
 };
 
@@ -68,10 +72,38 @@ TEST_F(LogReportTest, AnExceptionIsReportedWithItsTextAndPassedOn) {
     EXPECT_EQ(pieces[2].error, "no ear");
 }
 
+/// Throws what is no std::exception.
+class ForeignWrapper final : public RWValueWrapper {
+public:
+    Value read() const override { throw 7; }
+    bool write(const Value&) override { throw 7; }
+};
+
+TEST_F(LogReportTest, AnExceptionThatIsNoneOfTheStandardLibraryIsReportedAndPassedOn) {
+    LogReportWrapper wrapper{std::make_unique<ForeignWrapper>(),
+                             [this](const DeviceLogPiece& piece) { pieces.push_back(piece); }, made};
+    EXPECT_THROW(wrapper.read(), int);
+    EXPECT_THROW(wrapper.write(Value{0U}), int);
+    ASSERT_EQ(pieces.size(), 3U);
+    EXPECT_EQ(pieces[1].error, "an exception that is none of the standard library");
+    EXPECT_EQ(pieces[2].error, "an exception that is none of the standard library");
+}
+
+TEST_F(LogReportTest, OfAFormerModelNothingIsReportedAnyMore) {
+    auto& point = device->add(chunk, chunkOf(7));
+    const ValueWrapperPtr former = factory.buildWrapper(chunk);
+    const LogReportWrapperFactory next{device, [](const DeviceLogPiece&) {}, made};
+    const ValueWrapperPtr present = next.buildWrapper(chunk);
+    EXPECT_EQ(former->read(), chunkOf(7));
+    point.throwOnRead("no answer");
+    EXPECT_THROW(former->read(), std::runtime_error);
+    EXPECT_EQ(pieces.size(), 1U); // that there is a log
+}
+
 TEST_F(LogReportTest, AListenerThatThrowsDoesNotCostThePiece) {
     device->add(chunk, chunkOf(7));
-    const LogReportWrapperFactory broken{device,
-                                         [](const DeviceLogPiece&) { throw std::runtime_error{"full"}; }};
+    const LogReportWrapperFactory broken{
+        device, [](const DeviceLogPiece&) { throw std::runtime_error{"full"}; }, made};
     EXPECT_EQ(broken.buildWrapper(chunk)->read(), chunkOf(7));
 }
 

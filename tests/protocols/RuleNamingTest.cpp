@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <any>
+#include <atomic>
 #include <fstream>
 #include <stdexcept>
 
@@ -106,7 +107,8 @@ TEST(RuleNamingTest, RulesOfTheDeviceAreToldThroughTheFactoriesBeforeIt) {
     const auto device = std::make_shared<NamingFactory>();
     const std::string rule = "rule of Inputs.1.Measure.Voltage";
     EXPECT_EQ(ruleOf(WriteReportWrapperFactory{device, [](const DeviceWrite&) {}}, voltage), rule);
-    EXPECT_EQ(ruleOf(LogReportWrapperFactory{device, [](const DeviceLogPiece&) {}}, voltage), rule);
+    const auto made = std::make_shared<std::atomic<std::uint64_t>>(0);
+    EXPECT_EQ(ruleOf(LogReportWrapperFactory{device, [](const DeviceLogPiece&) {}, made}, voltage), rule);
     velk::testing::TemporaryDirectory folder;
     std::ofstream{folder / "alarms.json"} << "[]";
     EXPECT_EQ(ruleOf(AlarmProxyWrapperFactory{device, (folder / "alarms.json").string()}, voltage), rule);
