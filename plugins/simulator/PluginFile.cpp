@@ -44,7 +44,8 @@ velk::common::Uuid protocolUuidOf(const std::string& section) {
 
 std::vector<fs::path> deviceFolders(const fs::path& configurationFolder) {
     std::vector<fs::path> folders;
-    if (const char* chosen = std::getenv("VELK_SIMULATOR_DEVICES")) {
+    const char* chosen = std::getenv("VELK_SIMULATOR_DEVICES"); // NOLINT(concurrency-mt-unsafe): read only
+    if (chosen != nullptr) {
         folders.emplace_back(chosen);
     }
     folders.push_back(configurationFolder);

@@ -17,11 +17,11 @@ void checkNumber(const char* what, std::uint32_t number, std::size_t most) {
     }
 }
 
-void checkRange(const char* what, std::optional<double> value, double least, double most, const char* unit) {
-    if (value && !(*value >= least && *value <= most)) {
+void checkRange(const char* what, std::optional<double> value, const OrderRange& range, const char* unit) {
+    if (value && !(*value >= range.least && *value <= range.most)) {
         throw std::invalid_argument{std::string{what} + " " + std::to_string(*value) + ": expected " +
-                                    std::to_string(std::lround(least)) + " to " +
-                                    std::to_string(std::lround(most)) + " " + unit};
+                                    std::to_string(std::lround(range.least)) + " to " +
+                                    std::to_string(std::lround(range.most)) + " " + unit};
     }
 }
 
@@ -95,8 +95,8 @@ void check(const LoadOrder& order, const Plant& plant) {
     if (!order.outlet && !order.output && !order.phase) {
         throw std::invalid_argument{"load: expected \"outlet\", \"output\" or \"phase\""};
     }
-    checkRange("watts", order.watts, 0, 1e7, "W");
-    checkRange("percent", order.percent, 0, 1000, "%");
+    checkRange("watts", order.watts, LOAD_WATTS, "W");
+    checkRange("percent", order.percent, LOAD_PERCENT, "%");
     if (order.outlet) {
         checkNumber("outlet", *order.outlet, plant.outlets.size());
     }
@@ -114,20 +114,18 @@ void apply(const MainsOrder& order, Plant& plant) {
     if (order.input) {
         checkNumber("input", *order.input, plant.inputs.size());
     }
-    if (order.phase) {
-        checkNumber("phase", *order.phase, plant.inputs.front().circuit.phases());
+    const std::size_t first = order.input ? *order.input - 1 : 0;
+    const std::size_t end = order.input ? *order.input : plant.inputs.size();
+    for (std::size_t input = first; input < end && order.phase; ++input) {
+        checkNumber("phase", *order.phase, plant.inputs[input].circuit.phases());
     }
-    checkRange("voltage", order.voltage, 0, 1000, "V");
-    checkRange("frequency", order.frequency, 1, 1000, "Hz");
+    checkRange("voltage", order.voltage, MAINS_VOLTAGE, "V");
+    checkRange("frequency", order.frequency, MAINS_FREQUENCY, "Hz");
     if (!order.state && !order.voltage && !order.frequency) {
         throw std::invalid_argument{"mains: expected \"state\", \"voltage\" or \"frequency\""};
     }
-    if (order.input) {
-        applyTo(plant.inputs[*order.input - 1], order);
-        return;
-    }
-    for (Input& input : plant.inputs) {
-        applyTo(input, order);
+    for (std::size_t input = first; input < end; ++input) {
+        applyTo(plant.inputs[input], order);
     }
 }
 
@@ -151,8 +149,8 @@ void apply(const BatteryOrder& order, Plant& plant) {
     if (!plant.battery) {
         throw std::invalid_argument{"battery: this device has none"};
     }
-    checkRange("charge", order.charge, 0, 100, "%");
-    checkRange("temperature", order.temperature, -60, 150, "°C");
+    checkRange("charge", order.charge, BATTERY_CHARGE, "%");
+    checkRange("temperature", order.temperature, BATTERY_TEMPERATURE, "°C");
     Battery& battery = *plant.battery;
     if (order.charge) {
         battery.setCharge(*order.charge);

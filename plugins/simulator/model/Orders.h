@@ -7,6 +7,19 @@
 
 namespace velk::simulator {
 
+/// What can be ordered, both ends included.
+struct OrderRange {
+    double least;
+    double most;
+};
+
+inline constexpr OrderRange MAINS_VOLTAGE{0, 1000};        // V
+inline constexpr OrderRange MAINS_FREQUENCY{1, 1000};      // Hz
+inline constexpr OrderRange LOAD_WATTS{0, 1e7};            // W
+inline constexpr OrderRange LOAD_PERCENT{0, 1000};         // %
+inline constexpr OrderRange BATTERY_CHARGE{0, 100};        // %
+inline constexpr OrderRange BATTERY_TEMPERATURE{-60, 150}; // °C
+
 /// What the mains do. Sag and swell are 20 % below and above the nominal voltage; Normal takes back every
 /// voltage and frequency that was ordered.
 enum class MainsState : std::uint8_t { Lost, Normal, Sag, Swell };

@@ -2,9 +2,9 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <system_error>
 #include <utility>
 
 namespace velk::simulator::simctl {
@@ -23,7 +23,7 @@ std::string advice(int code) {
     case EACCES:
         return "only the user who runs the simulator may use this socket";
     default:
-        return std::strerror(code);
+        return std::generic_category().message(code);
     }
 }
 
@@ -47,7 +47,7 @@ void Connection::send(const std::string& line) {
         const ssize_t size = ::send(socket.get(), left.data(), left.size(), MSG_NOSIGNAL);
         if (size < 0 && errno != EINTR) {
             throw std::runtime_error{std::string{"the simulator does not listen any more: "} +
-                                     std::strerror(errno)};
+                                     std::generic_category().message(errno)};
         }
         left.erase(0, size < 0 ? 0 : static_cast<std::size_t>(size));
     }

@@ -28,9 +28,9 @@ std::optional<std::uint32_t> indexIn(Members& members, std::string_view name) {
     return member == nullptr ? std::nullopt : std::optional{countOf(*member, 1, MOST_ITEMS)};
 }
 
-std::optional<double> numberIn(Members& members, std::string_view name, double least, double most) {
+std::optional<double> numberIn(Members& members, std::string_view name, const OrderRange& range) {
     const Node* member = members.find(name);
-    return member == nullptr ? std::nullopt : std::optional{numberOf(*member, least, most)};
+    return member == nullptr ? std::nullopt : std::optional{numberOf(*member, range.least, range.most)};
 }
 
 std::optional<bool> flagIn(Members& members, std::string_view name) {
@@ -57,8 +57,8 @@ Command readMains(Members& members) {
                                                     {"sag", MainsState::Sag},
                                                     {"swell", MainsState::Swell}});
     }
-    command.voltage = numberIn(members, "voltage", 0, 1000);
-    command.frequency = numberIn(members, "frequency", 0, 500);
+    command.voltage = numberIn(members, "voltage", MAINS_VOLTAGE);
+    command.frequency = numberIn(members, "frequency", MAINS_FREQUENCY);
     if (!command.state && !command.voltage && !command.frequency) {
         refuse(members.object(), "needs a member \"state\", \"voltage\" or \"frequency\"");
     }
@@ -70,8 +70,8 @@ Command readLoad(Members& members) {
     command.outlet = indexIn(members, "outlet");
     command.output = indexIn(members, "output");
     command.phase = indexIn(members, "phase");
-    command.watts = numberIn(members, "watts", 0, 1e7);
-    command.percent = numberIn(members, "percent", 0, 1000);
+    command.watts = numberIn(members, "watts", LOAD_WATTS);
+    command.percent = numberIn(members, "percent", LOAD_PERCENT);
     if (command.watts.has_value() == command.percent.has_value()) {
         refuse(members.object(), "needs one of the members \"watts\" and \"percent\"");
     }
@@ -83,10 +83,10 @@ Command readLoad(Members& members) {
 
 Command readBattery(Members& members) {
     BatteryOrder command;
-    command.charge = numberIn(members, "charge", 0, 100);
+    command.charge = numberIn(members, "charge", BATTERY_CHARGE);
     command.failed = flagIn(members, "failed");
     command.present = flagIn(members, "present");
-    command.temperature = numberIn(members, "temperature", -50, 150);
+    command.temperature = numberIn(members, "temperature", BATTERY_TEMPERATURE);
     if (!command.charge && !command.failed && !command.present && !command.temperature) {
         refuse(members.object(), "needs a member \"charge\", \"failed\", \"present\" or \"temperature\"");
     }

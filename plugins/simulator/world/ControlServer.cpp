@@ -5,13 +5,13 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -24,6 +24,10 @@ namespace {
 
 [[noreturn]] void fail(const std::string& path, const std::string& reason) {
     throw std::runtime_error{path + ": " + reason};
+}
+
+[[noreturn]] void failForErrno(const std::string& path) {
+    fail(path, std::generic_category().message(errno));
 }
 
 sockaddr_un addressOf(const std::string& path) {
@@ -43,7 +47,7 @@ const sockaddr* generic(const sockaddr_un& address) {
 FileDescriptor newSocket(const std::string& path) {
     FileDescriptor created{socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
     if (!created.isOpen()) {
-        fail(path, std::strerror(errno));
+        failForErrno(path);
     }
     return created;
 }
@@ -67,12 +71,16 @@ FileDescriptor listenAt(const std::string& path) {
         unlink(path.c_str());
     }
     if (bind(listener.get(), generic(address), sizeof address) != 0) {
-        fail(path, errno == EADDRINUSE ? "is there already; another simulator may be using it"
-                                       : std::strerror(errno));
+        if (errno == EADDRINUSE) {
+            fail(path, "is there already; another simulator may be using it");
+        }
+        failForErrno(path);
     }
     // Whoever may talk to the device may also break it: the owner alone.
     if (chmod(path.c_str(), S_IRUSR | S_IWUSR) != 0 || listen(listener.get(), SOMAXCONN) != 0) {
-        fail(path, std::strerror(errno));
+        const int reason = errno;
+        unlink(path.c_str());
+        fail(path, std::generic_category().message(reason));
     }
     return listener;
 }
@@ -85,12 +93,17 @@ std::string failure(const std::string& reason) {
 
 ControlServer::ControlServer(const std::string& path, Simulation& served) :
     file{path}, simulation{served}, listener{listenAt(path)}, wakeUp{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)} {
-    if (!wakeUp.isOpen()) {
+    try {
+        if (!wakeUp.isOpen()) {
+            throw std::runtime_error{"no more files can be opened"};
+        }
+        thread = std::thread{[this] { run(); }};
+    } catch (const std::exception& reason) {
         unlink(path.c_str());
-        fail(path, "no more files can be opened");
+        fail(path, reason.what());
     }
     simulation.headlines().listen([this] { wake(); });
-    thread = std::thread{[this] { run(); }};
+    wake(); // for what was said in between
 }
 
 ControlServer::~ControlServer() {
@@ -113,6 +126,9 @@ void ControlServer::run() {
                 client->nextHeadline = simulation.headlines().append(client->nextHeadline, client->unsent);
             }
             send(*client);
+            if (client->hasMoreLines && client->unsent.empty()) {
+                takeLines(*client);
+            }
             const bool isDone = client->isLeaving && client->unsent.empty();
             client = isDone || !client->socket.isOpen() ? clients.erase(client) : std::next(client);
         }
@@ -123,7 +139,7 @@ void ControlServer::run() {
 bool ControlServer::awaitEvents() {
     std::vector<pollfd> entries{{wakeUp.get(), POLLIN, 0}, {listener.get(), POLLIN, 0}};
     for (const Client& client : clients) {
-        const bool isReading = !client.isLeaving;
+        const bool isReading = !client.isLeaving && !client.hasMoreLines;
         entries.push_back(
             {client.socket.get(),
              static_cast<short>((isReading ? POLLIN : 0) | (client.unsent.empty() ? 0 : POLLOUT)), 0});
@@ -175,6 +191,7 @@ void ControlServer::receive(Client& client) {
         client.isLeaving = true;
         if (size < 0) {
             client.unsent.clear();
+            client.hasMoreLines = false;
         }
         return;
     }
@@ -184,26 +201,23 @@ void ControlServer::receive(Client& client) {
 
 void ControlServer::takeLines(Client& client) {
     std::size_t begin = 0;
-    for (;;) {
-        const std::size_t end = client.received.find('\n', begin);
-        if (end == std::string::npos) {
-            break;
-        }
+    std::size_t end = client.received.find('\n');
+    while (end != std::string::npos && end - begin <= LONGEST_LINE && client.unsent.size() <= ENOUGH_UNSENT &&
+           !stopping) {
         const std::string_view line = std::string_view{client.received}.substr(begin, end - begin);
-        if (line.size() <= LONGEST_LINE && line.find_first_not_of(" \t\r") != std::string_view::npos) {
+        if (line.find_first_not_of(" \t\r") != std::string_view::npos) {
             client.unsent += answer(client, line);
-        } else if (line.size() > LONGEST_LINE) {
-            break;
         }
         begin = end + 1;
-        if (client.unsent.size() > MOST_UNSENT || stopping) {
-            break;
-        }
+        end = client.received.find('\n', begin);
     }
+    client.hasMoreLines = end != std::string::npos;
+    const std::size_t length = (client.hasMoreLines ? end : client.received.size()) - begin;
     client.received.erase(0, begin);
-    if (client.received.size() > LONGEST_LINE) {
+    if (length > LONGEST_LINE) {
         client.unsent += failure("a line has at most " + std::to_string(LONGEST_LINE) + " bytes");
         client.isLeaving = true;
+        client.hasMoreLines = false;
     }
 }
 
@@ -232,12 +246,11 @@ void ControlServer::send(Client& client) {
         const ssize_t size =
             ::send(client.socket.get(), client.unsent.data(), client.unsent.size(), MSG_NOSIGNAL);
         if (size < 0) {
-            if (errno != EAGAIN && errno != EINTR) {
+            const bool isBroken = errno != EAGAIN && errno != EINTR;
+            if (isBroken || client.unsent.size() > MOST_UNSENT) {
                 client.unsent.clear();
                 client.isLeaving = true;
-            } else if (client.unsent.size() > MOST_UNSENT) {
-                client.unsent.clear();
-                client.isLeaving = true;
+                client.hasMoreLines = false;
             }
             return;
         }

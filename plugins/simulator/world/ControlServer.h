@@ -14,13 +14,15 @@ namespace velk::simulator {
 
 /// The Unix stream socket by which a tester reaches into the simulation: a command a line, an answer a line,
 /// in their order. What comes from there is not trusted: a line that is too long, too many clients, and a
-/// client that does not read its answers are sent away.
+/// client that does not read the headlines which it follows are sent away.
 ///
 /// Threads: one of its own, which alone knows the clients; `stop` comes from the thread that constructs.
 class ControlServer {
 public:
     static constexpr std::size_t LONGEST_LINE = std::size_t{64} * 1024;
     static constexpr std::size_t MOST_CLIENTS = 32;
+    /// Whoever has so much to read already is not answered further before it has read.
+    static constexpr std::size_t ENOUGH_UNSENT = std::size_t{1024} * 1024;
     static constexpr std::size_t MOST_UNSENT = std::size_t{16} * 1024 * 1024;
 
     /// Binds the socket at `path` and begins to answer. A socket that nobody serves any more is replaced.
@@ -36,7 +38,8 @@ private:
         std::string received;
         std::string unsent;
         bool isFollowing{false};
-        bool isLeaving{false}; ///< goes when everything is sent
+        bool isLeaving{false};    ///< goes when everything is sent
+        bool hasMoreLines{false}; ///< that wait in `received` until there is room for their answers
         std::size_t nextHeadline{0};
     };
 

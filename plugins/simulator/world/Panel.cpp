@@ -124,7 +124,8 @@ std::string Panel::carryOut(const BatteryOrder& order) {
 }
 
 std::string Panel::carryOut(const IdentityOrder& order) {
-    return simulator::order(device, [&](Model& model) { model.setIdentity(order); });
+    device.setIdentity(order);
+    return simulator::order(device, [](Model& /*model*/) {});
 }
 
 std::string Panel::carryOut(const SetCommand& command) {

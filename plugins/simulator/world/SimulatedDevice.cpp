@@ -63,4 +63,10 @@ void SimulatedDevice::setCounts(const std::map<std::string, std::uint32_t>& coun
     knownShape.reset();
 }
 
+void SimulatedDevice::setIdentity(const IdentityOrder& order) {
+    const MutexLock lock{mutex};
+    model.setIdentity(order);
+    knownShape.reset(); // the order may name what the device did not tell of itself before
+}
+
 } // namespace velk::simulator

@@ -35,10 +35,11 @@ public:
     bool write(const std::string& path, const Value& value, Origin origin) VELK_EXCLUDES(mutex);
     /// Empty for a path that is not served.
     std::optional<PointInfo> point(const std::string& path) const VELK_EXCLUDES(mutex);
-    /// Everything that is served. Shared by all who ask until the counts change.
+    /// Everything that is served. Shared by all who ask until the counts or the identity change.
     std::shared_ptr<const Shape> shape() VELK_EXCLUDES(mutex);
-    /// As the model's operation of that name.
+    // As the model's operations of these names.
     void setCounts(const std::map<std::string, std::uint32_t>& counts) VELK_EXCLUDES(mutex);
+    void setIdentity(const IdentityOrder& order) VELK_EXCLUDES(mutex);
 
     /// Lets an order show at once, although a device shows nothing between two of its steps. Takes no time.
     static void show(Model& model);

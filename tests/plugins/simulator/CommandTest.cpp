@@ -77,6 +77,14 @@ TEST(CommandTest, BatteryTakesAnySubsetButSome) {
     EXPECT_EQ(mistake(R"({"do":"battery","charge":101})"), "26: \"charge\" is 101, expected 0 to 100");
 }
 
+TEST(CommandTest, BoundsAreThoseOfTheDevice) {
+    EXPECT_EQ(mistake(R"({"do":"mains","frequency":0})"), "27: \"frequency\" is 0, expected 1 to 1000");
+    EXPECT_EQ(mistake(R"({"do":"mains","frequency":1000})"), "none");
+    EXPECT_EQ(mistake(R"({"do":"battery","temperature":-60})"), "none");
+    EXPECT_EQ(mistake(R"({"do":"battery","temperature":-61})"),
+              "31: \"temperature\" is -61, expected -60 to 150");
+}
+
 TEST(CommandTest, SetKeepsTheKindOfItsValue) {
     EXPECT_EQ(order<SetCommand>(R"({"do":"set","path":"A","value":5})").value, Scalar{std::int64_t{5}});
     EXPECT_EQ(order<SetCommand>(R"({"do":"set","path":"A","value":5.5})").value, Scalar{5.5});

@@ -102,6 +102,16 @@ TEST_F(ControlTest, IdentityChangesWhatItIsTold) {
     EXPECT_EQ(host.read("Identification.Attribute.FirmwareVersion"), Value{std::string{"9.9"}});
 }
 
+TEST(ControlIdentityTest, UuidThatTheDeviceDidNotHaveIsServedToTheNextFactory) {
+    SimulatorHost host{R"("device":"ats")"};
+    ASSERT_TRUE(host.find());
+    ASSERT_EQ(host.wrapper("Identification.Attribute.Uuid"), nullptr);
+    host.command(R"({"do":"identity","uuid":"5f1d6a0e-3c5b-4e0a-9f4e-2f3d4c0b1a02"})");
+    ASSERT_TRUE(host.find());
+    EXPECT_EQ(host.read("Identification.Attribute.Uuid"),
+              Value{std::string{"5f1d6a0e-3c5b-4e0a-9f4e-2f3d4c0b1a02"}});
+}
+
 TEST_F(ControlTest, StatusTellsTimeSpeedLinkAndFaults) {
     host.advance(1.5);
     host.command(R"({"do":"fault","kind":"slow","ms":5})");
@@ -171,6 +181,24 @@ TEST_F(ControlTest, ClientWithAnEndlessLineIsSentAway) {
     EXPECT_EQ(hostile.receive(), R"({"ok":false,"error":"a line has at most 65536 bytes"})");
     EXPECT_THROW(hostile.receive(), std::runtime_error);
     EXPECT_EQ(host.held("Inputs.1.Measure.Voltage"), "230");
+}
+
+TEST_F(ControlTest, ManyLongAnswersComeToWhoReadsThemLate) {
+    host.command(R"({"do":"identity","model":")" + std::string(65000, 'x') + R"("})");
+    const std::string get = R"({"do":"get","path":"Identification.Attribute.Model"})";
+    const std::size_t size = host.ask(get).size();
+    ASSERT_GT(size, 65000U);
+    const std::size_t count = 2 * 1024 * 1024 / size; // more than the server answers ahead
+    std::string lines = get;
+    for (std::size_t line = 1; line < count; ++line) {
+        lines += "\n" + get;
+    }
+    ASSERT_LT(lines.size(), 16U * 1024) << "all of them are there at once";
+    Connection patient{socketPath()};
+    patient.send(lines);
+    for (std::size_t line = 0; line < count; ++line) {
+        ASSERT_EQ(patient.receive().size(), size);
+    }
 }
 
 TEST_F(ControlTest, ThereAreOnlySoManyClients) {

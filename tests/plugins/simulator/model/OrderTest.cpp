@@ -97,6 +97,17 @@ TEST(OrderTest, OrdersNameWhatIsWrong) {
               "battery: this device has none");
 }
 
+TEST(OrderTest, PhaseIsOneOfEachInputThatIsOrdered) {
+    DeviceDescription description = readDeviceFile(deviceFile("ats"));
+    ASSERT_EQ(description.inputs.at(0).phases, 1U);
+    description.inputs.at(1).phases = 3;
+    Model model{description, 1};
+    EXPECT_EQ(refusalOf([&] { model.setMains({2, 3, MainsState::Lost, {}, {}}); }), "none");
+    const std::string refusal = "phase 3 is not there: expected 1 to 1";
+    EXPECT_EQ(refusalOf([&] { model.setMains({1, 3, MainsState::Lost, {}, {}}); }), refusal);
+    EXPECT_EQ(refusalOf([&] { model.setMains({{}, 3, MainsState::Lost, {}, {}}); }), refusal);
+}
+
 TEST(OrderTest, RefusedOrderHasChangedNothing) {
     ShippedDevice device{"ups-3ph"};
     EXPECT_NE(refusalOf([&] { device.model.setBattery({50, true, false, 500}); }), "none");
