@@ -60,19 +60,34 @@ void HostFactsWriter::run() {
     }
 }
 
-void HostFactsWriter::update() {
+std::optional<IHostSource::Reading> HostFactsWriter::look() {
     try {
-        const IHostSource::Reading reading = source.read();
-        if (reading.trouble != trouble) {
-            trouble = reading.trouble;
-            if (!trouble.empty()) {
-                report(trouble);
-            }
-        }
-        if (known != reading.facts) {
+        IHostSource::Reading reading = source.read();
+        tellTrouble(reading.trouble);
+        return reading;
+    } catch (const std::exception& failure) {
+        tellTrouble(std::string{"the facts of this host cannot be read: "} + failure.what());
+        return std::nullopt;
+    }
+}
+
+void HostFactsWriter::tellTrouble(const std::string& present) {
+    if (present != trouble && !present.empty()) {
+        report(present);
+    }
+    trouble = present;
+}
+
+void HostFactsWriter::update() {
+    const std::optional<IHostSource::Reading> reading = look();
+    if (!reading) {
+        return;
+    }
+    try {
+        if (known != reading->facts) {
             known.reset();
-            write(reading.facts);
-            known = reading.facts;
+            write(reading->facts);
+            known = reading->facts;
         }
         failing = false;
     } catch (const std::exception& failure) {

@@ -48,6 +48,8 @@ public:
 private:
     void run() VELK_EXCLUDES(mutex);
     void update();
+    std::optional<IHostSource::Reading> look();
+    void tellTrouble(const std::string& present);
     void report(const std::string& sentence);
     void write(const HostFacts& facts);
 

@@ -166,18 +166,28 @@ TEST_F(HostFactsWriterTest, AStoreThatFailsIsToldAgainAndTheFailureReportedOnce)
     EXPECT_EQ(errors.str(), told);
 }
 
-TEST_F(HostFactsWriterTest, ASourceThatFailsEndsNothing) {
-    {
+TEST_F(HostFactsWriterTest, ASourceThatFailsIsSaidOnceAndLeavesTheStoreOpen) {
+    int opened = 0;
+    const auto breakSource = [this](bool broken) {
         const MutexLock lock{host.mutex};
-        host.broken = true;
-    }
-    start();
-    {
-        const MutexLock lock{host.mutex};
-        host.broken = false;
-    }
+        host.broken = broken;
+    };
+    writer = std::make_unique<HostFactsWriter>(
+        [this, &opened] {
+            ++opened;
+            return open();
+        },
+        host, errors, clock);
+    breakSource(true);
     passPeriod();
-    EXPECT_EQ(channel("System.Ethernet.MacAddress"), "mac");
+    passPeriod();
+    breakSource(false);
+    host.set({"other mac", "", "", "", ""});
+    passPeriod();
+    writer.reset();
+    EXPECT_EQ(errors.str(), "powerdistributiond: the facts of this host cannot be read: no facts\n");
+    EXPECT_EQ(opened, 1);
+    EXPECT_EQ(channel("System.Ethernet.MacAddress"), "other mac");
 }
 
 TEST_F(HostFactsWriterTest, TheEndWaitsForNoPeriod) {
