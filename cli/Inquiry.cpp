@@ -6,6 +6,7 @@
 #include "platform/tessapi/InBandAccessor.h"
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <random>
@@ -91,12 +92,15 @@ Inquiry::Result Inquiry::ask(Session& session, const Communication& communicatio
                                       box->arrived.notify_all();
                                   }
                               }};
-    inband.setChannelCValue(questions, qz::CValue{Json{{"id", id}, {"path", path}}.dump(
-                                           -1, ' ', false, Json::error_handler_t::replace)});
     // One that waits for its device answers as fast as any; most often there is none.
     const bool isAtRest = communication.isDaemonAtRest();
-    std::optional<Json> answer =
-        waitForAnswer(*box, session.clock, isAtRest ? std::min(timeout, AT_REST) : timeout);
+    const velk::common::Clock::Duration patience = isAtRest ? std::min(timeout, AT_REST) : timeout;
+    const std::int64_t untilMs =
+        session.nowMs() + std::chrono::duration_cast<std::chrono::milliseconds>(patience).count();
+    const Json question{{"id", id}, {"path", path}, {"untilMs", untilMs}};
+    inband.setChannelCValue(questions,
+                            qz::CValue{question.dump(-1, ' ', false, Json::error_handler_t::replace)});
+    std::optional<Json> answer = waitForAnswer(*box, session.clock, patience);
     const std::string silence = answer     ? ""
                                 : isAtRest ? "the daemon is not at work and does not answer"
                                            : "the daemon does not answer";

@@ -54,6 +54,18 @@ ExplainJson jsonOf(const PointPublisher& publisher, std::chrono::milliseconds no
     return json;
 }
 
+std::chrono::milliseconds sinceEpoch() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::system_clock::now().time_since_epoch());
+}
+
+/// Whether somebody may still wait for the answer.
+bool isAwaited(const ExplainJson& question) {
+    const auto until = question.find("untilMs");
+    return until == question.end() || !until->is_number_integer() ||
+           until->get<std::int64_t>() >= sinceEpoch().count();
+}
+
 } // namespace
 
 ExplainDesk::ExplainDesk(Opener storeOpener, std::ostream& errorStream) :
@@ -109,15 +121,14 @@ void ExplainDesk::onQuestion(tessapi::ITessAccessor& client, std::uint64_t answe
     const auto isText = [&question](const char* name) {
         return question.is_object() && question.contains(name) && question[name].is_string();
     };
-    if (isText("id") && isText("path")) {
+    if (isText("id") && isText("path") && isAwaited(question)) {
         const std::string answer = answerTo(question["id"], question["path"]);
         client.inbandAccessor().setChannelCValue(answers, qz::CValue{answer});
     }
 }
 
 std::string ExplainDesk::answerTo(const std::string& id, const std::string& path) {
-    const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(
-        std::chrono::system_clock::now().time_since_epoch());
+    const std::chrono::milliseconds now = sinceEpoch();
     PointDescription description;
     {
         const MutexLock lock{describing};

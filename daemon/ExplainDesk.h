@@ -16,10 +16,12 @@ namespace velk::daemon {
 
 /// Answers programs that ask what is behind a data point, by way of the store.
 ///
-/// A question is {"id":"…","path":"Inputs.1.Measure.Voltage"}, written into the channel
-/// "Daemon.ExplainRequest" of the daemon's own device; the answer to it, with the same id, is written into
-/// "Daemon.ExplainAnswer". Every write is a question of its own, so any number of programs may ask at once;
-/// each looks for its id among the answers. Nothing is done while nobody asks.
+/// A question is {"id":"…","path":"Inputs.1.Measure.Voltage","untilMs":1795281493123}, written into the
+/// channel "Daemon.ExplainRequest" of the daemon's own device; the answer to it, with the same id, is written
+/// into "Daemon.ExplainAnswer". Every write is a question of its own, so any number of programs may ask at
+/// once; each looks for its id among the answers. Nothing is done while nobody asks, nor after "untilMs",
+/// when the asker has stopped waiting: a heap of questions is not worked off at the cost of the device. It
+/// may be left out.
 ///
 /// Threads: any; questions come on the store's client thread, which inherits the signals that the thread
 /// that calls `open` blocks.

@@ -25,6 +25,8 @@ using cli::Inquiry;
 using powerdistribution::PointDescription;
 using powerdistribution::PointPublisher;
 
+constexpr std::int64_t IN_2099 = 4'070'908'800'000; ///< ms; however slow this machine is, the asker waits
+
 class ExplainDeskTest : public ::testing::Test {
 protected:
     using Opened = std::unique_ptr<tessapi::ITessAccessor>;
@@ -33,9 +35,15 @@ protected:
 
     /// Asks as tess does; waits as long as it takes, or not at all.
     Inquiry::Result ask(const std::string& path, std::chrono::seconds timeout = std::chrono::seconds{30}) {
-        cli::Session session{
-            *asker,          in, out, out, velk::common::Clock::system(), false, false, cli::Style{false},
-            [] { return 0; }};
+        cli::Session session{*asker,
+                             in,
+                             out,
+                             out,
+                             velk::common::Clock::system(),
+                             false,
+                             false,
+                             cli::Style{false},
+                             [] { return IN_2099; }};
         const cli::StoreView view{asker->browser().snapshot()};
         return Inquiry::ask(session, cli::Communication{view}, path, timeout);
     }
@@ -131,9 +139,15 @@ TEST_F(ExplainDeskTest, ManyMayAskAtOnceAndEachGetsItsOwnAnswer) {
             const Opened own = open();
             std::istringstream nothing;
             std::ostringstream words;
-            cli::Session session{
-                *own,  nothing,           words,           words, velk::common::Clock::system(), false,
-                false, cli::Style{false}, [] { return 0; }};
+            cli::Session session{*own,
+                                 nothing,
+                                 words,
+                                 words,
+                                 velk::common::Clock::system(),
+                                 false,
+                                 false,
+                                 cli::Style{false},
+                                 [] { return IN_2099; }};
             const cli::StoreView view{own->browser().snapshot()};
             const auto result = Inquiry::ask(session, cli::Communication{view},
                                              "Outlets." + std::to_string(i), std::chrono::seconds{30});
@@ -160,6 +174,7 @@ TEST_F(ExplainDeskTest, WhatIsNoQuestionIsPassedOver) {
         write(text);
     }
     write(Json{{"id", "1"}, {"path", std::string(ExplainDesk::LONGEST_QUESTION, 'x')}}.dump());
+    write(R"({"id":"1","path":"x","untilMs":1000000000000})"); // nobody waits any more
     EXPECT_EQ(answerTo("Status.Mode")["path"], "Status.Mode");
     desk.setDescribe({});
     EXPECT_EQ(asked, 1);
