@@ -5,6 +5,7 @@
 #include "cli/TriggerState.h"
 #include "cli/ValueText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -49,9 +50,11 @@ std::string textIn(const Json& object, const char* name) {
     return found != object.end() && found->is_string() ? printable(found->get<std::string>()) : std::string{};
 }
 
+/// Never negative.
 std::int64_t momentIn(const Json& object, const char* name) {
     const auto found = object.find(name);
-    return found != object.end() && found->is_number_integer() ? found->get<std::int64_t>() : 0;
+    const bool isNumber = found != object.end() && found->is_number_integer();
+    return isNumber ? std::max<std::int64_t>(found->get<std::int64_t>(), 0) : 0;
 }
 
 /// "24 ms", "2.1 s", "75 s".
@@ -69,10 +72,10 @@ std::string periodText(double seconds) {
 
 std::string pollText(const Json& publisher) {
     const auto rank = publisher.find("rank");
-    if (rank == publisher.end() || !rank->is_number()) {
+    if (rank == publisher.end() || !rank->is_number_integer()) {
         return "not polled";
     }
-    const auto cycles = rank->get<std::int64_t>() + 1;
+    const std::uint64_t cycles = rank->get<std::uint64_t>() + 1; // unsigned: the answer may come from anybody
     const std::string when = cycles == 1 ? "in every cycle" : "once in " + std::to_string(cycles) + " cycles";
     const auto period = publisher.find("periodSeconds");
     const std::string measured = period != publisher.end() && period->is_number()
@@ -299,7 +302,7 @@ void Explanation::addPublisher(Table& table, const Json& publisher, const Style&
                    timeAndAge(read, nowMs) + (gaveNothing ? style.bad(", gave no value") : "")});
     }
     const std::string error = textIn(publisher, "error");
-    const bool isPolled = publisher.value("rank", Json{}).is_number();
+    const bool isPolled = publisher.value("rank", Json{}).is_number_integer();
     if (!isPolled && error.empty()) {
         return;
     }

@@ -210,6 +210,12 @@ TEST_F(ExplainTest, WhatTheLibraryReadsByItselfIsDerived) {
     EXPECT_THAT(out, HasSubstr("about every 24 ms"));
 }
 
+TEST_F(ExplainTest, RankThatNoDaemonGivesIsNoMatter) {
+    answer(Json::array({{{"kind", "reading"}, {"rank", INT64_MAX}, {"lastReadMs", INT64_MIN}}}));
+    explain("Inputs.1.Measure.Voltage");
+    EXPECT_THAT(out, HasSubstr("once in 9223372036854775808 cycles"));
+}
+
 TEST_F(ExplainTest, DataPointThatTheDeviceHasNotIsSaidSo) {
     answer(Json::array());
     explain("Inputs.1.Measure.Voltage");
