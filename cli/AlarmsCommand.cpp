@@ -23,7 +23,7 @@ ExitCode runAlarms(Session& session) {
         object["fresh"] = communication.isFresh(*raised.point);
         document.push_back(std::move(object));
         table.add({session.style.level(raised.alarm.level, levelText(raised.alarm.level)), raised.point->path,
-                   report.value(*raised.point), raised.alarm.code, report.changed(*raised.point),
+                   report.briefValue(*raised.point), raised.alarm.code, report.changed(*raised.point),
                    report.freshness(*raised.point)});
     }
     if (session.json) {

@@ -1,5 +1,6 @@
 #include "cli/FigureText.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -14,10 +15,8 @@ bool isPower(const std::string& unit) {
     return unit == "W" || unit == "VA" || unit == "var" || unit == "Wh";
 }
 
-std::string digits(double value) {
-    const double size = std::abs(value);
-    const int decimals = size >= 999.5 ? 0 : size >= 1.0 ? 1 : 2;
-    std::array<char, 64> text{};
+std::string withDecimals(double value, int decimals) {
+    std::array<char, 400> text{}; // the largest double
     std::snprintf(text.data(), text.size(), "%.*f", decimals, value);
     std::string figure{text.data()};
     if (decimals != 0) {
@@ -29,6 +28,11 @@ std::string digits(double value) {
     return figure == "-0" ? "0" : figure;
 }
 
+std::string digits(double value) {
+    const double size = std::abs(value);
+    return withDecimals(value, size >= 999.5 ? 0 : size >= 1.0 ? 1 : 2);
+}
+
 } // namespace
 
 std::string figureText(double value, const std::string& unit) {
@@ -36,6 +40,13 @@ std::string figureText(double value, const std::string& unit) {
         return digits(value / 1000.0) + " k" + unit;
     }
     return unit.empty() ? digits(value) : digits(value) + " " + unit;
+}
+
+std::string fourDigits(double value) {
+    constexpr int mostDecimals = 9;
+    const double size = std::abs(value);
+    const int decimals = size > 0.0 ? 3 - static_cast<int>(std::floor(std::log10(size))) : 0;
+    return withDecimals(value, std::clamp(decimals, 0, mostDecimals));
 }
 
 std::string durationText(std::int64_t seconds) {

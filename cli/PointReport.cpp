@@ -36,7 +36,14 @@ Json PointReport::json(const Point& point) const {
 }
 
 std::string PointReport::value(const Point& point) const {
-    const std::string text = displayText(point);
+    return painted(point, displayText(point));
+}
+
+std::string PointReport::briefValue(const Point& point) const {
+    return painted(point, briefText(point));
+}
+
+std::string PointReport::painted(const Point& point, const std::string& text) const {
     if (!communication.isFresh(point)) {
         return style.faint(text);
     }

@@ -24,6 +24,9 @@ public:
     /// The value for people, an active alarm in its colour.
     std::string value(const Point& point) const;
 
+    /// The same, but a measure with no more digits than people read.
+    std::string briefValue(const Point& point) const;
+
     /// When the value changed last; empty for a text of the device.
     std::string changed(const Point& point) const;
 
@@ -31,6 +34,8 @@ public:
     std::string freshness(const Point& point) const;
 
 private:
+    std::string painted(const Point& point, const std::string& text) const;
+
     const Communication& communication;
     Style style;
     std::int64_t nowMs;

@@ -107,7 +107,7 @@ std::string joined(const StoreView& view, const Communication& communication, co
         if (point == nullptr || (point->channel != nullptr && !point->channel->value.isValid())) {
             continue;
         }
-        text += (text.empty() ? "" : ", ") + std::string{word} + report.value(*point);
+        text += (text.empty() ? "" : ", ") + std::string{word} + report.briefValue(*point);
         fresh = fresh && communication.isFresh(*point);
     }
     return text.empty() ? text : text + mark(fresh);
@@ -198,7 +198,7 @@ void printAlarms(const Session& session, const StoreView& view, const Communicat
     Table list;
     for (const RaisedAlarm& raised : alarms) {
         list.add({"  " + session.style.level(raised.alarm.level, levelText(raised.alarm.level)),
-                  raised.point->path, displayText(*raised.point) + mark(communication.isFresh(*raised.point)),
+                  raised.point->path, briefText(*raised.point) + mark(communication.isFresh(*raised.point)),
                   raised.alarm.code});
     }
     list.print(session.out);

@@ -1,5 +1,6 @@
 #include "cli/ValueText.h"
 
+#include "cli/FigureText.h"
 #include "cli/TimeText.h"
 
 #include <cmath>
@@ -69,6 +70,19 @@ std::string displayText(const qz::CValue& value, const tessapi::ChannelRecord& c
 std::string displayText(const Point& point) {
     return point.channel == nullptr ? printable(point.text)
                                     : displayText(point.channel->value, *point.channel);
+}
+
+std::string briefText(const qz::CValue& value, const tessapi::ChannelRecord& channel) {
+    const float* number = std::get_if<float>(&value.variant());
+    const bool isMeasure = number != nullptr && channel.name.find("Measure.") != std::string::npos;
+    if (!isMeasure || !std::isfinite(*number) || labelOf(value, channel)) {
+        return displayText(value, channel);
+    }
+    return fourDigits(double{*number}) + (channel.unit.empty() ? "" : " " + channel.unit);
+}
+
+std::string briefText(const Point& point) {
+    return point.channel == nullptr ? displayText(point) : briefText(point.channel->value, *point.channel);
 }
 
 Json jsonOf(const qz::CValue& value) {

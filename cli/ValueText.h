@@ -25,6 +25,10 @@ std::string displayText(const qz::CValue& value, const tessapi::ChannelRecord& c
 /// The point's present value for people.
 std::string displayText(const Point& point);
 
+/// The same, but a measure with no more digits than people read: "4.37 A", not "4.370471 A".
+std::string briefText(const qz::CValue& value, const tessapi::ChannelRecord& channel);
+std::string briefText(const Point& point);
+
 /// The label of a state, that of the channel before that of the catalogue; empty optional for a value that
 /// has none.
 std::optional<std::string> labelOf(const qz::CValue& value, const tessapi::ChannelRecord& channel);

@@ -210,8 +210,10 @@ void Watcher::printText(const PointReport& report, const Point& point, const Cha
     path.resize(std::max(path.size(), pathWidth), ' ');
     std::string line = session.style.faint(localClockText(change.timeMs)) + "  " + path + "  ";
     if (change.count == 0) {
-        line += report.value(point) + " (unchanged)";
-    } else {
+        line += report.briefValue(point) + " (unchanged)";
+    } else if (const std::string before = briefText(known.shown, channel); before != briefText(point)) {
+        line += withoutUnit(before, change.value, channel) + " -> " + report.briefValue(point);
+    } else { // only all the digits show what has changed
         line += withoutUnit(displayText(known.shown, channel), change.value, channel) + " -> " +
                 report.value(point);
     }

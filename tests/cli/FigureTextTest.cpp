@@ -22,6 +22,19 @@ TEST(FigureTextTest, LargePowersAreSaidInThousands) {
     EXPECT_EQ(figureText(20'000.0, "V"), "20000 V");
 }
 
+TEST(FigureTextTest, FourDigitsAreEnoughAndAWholePartStaysWhole) {
+    EXPECT_EQ(fourDigits(4.370471), "4.37");
+    EXPECT_EQ(fourDigits(12.477355), "12.48");
+    EXPECT_EQ(fourDigits(78.98347), "78.98");
+    EXPECT_EQ(fourDigits(9.99999), "10");
+    EXPECT_EQ(fourDigits(-230.0), "-230");
+    EXPECT_EQ(fourDigits(0.0), "0");
+    EXPECT_EQ(fourDigits(0.00123456), "0.001235");
+    EXPECT_EQ(fourDigits(12345.6), "12346");
+    EXPECT_EQ(fourDigits(-1e-30), "0");
+    EXPECT_EQ(fourDigits(3e38).size(), 39U);
+}
+
 TEST(FigureTextTest, ADurationIsSaidInTheUnitsThatPeopleUseForIt) {
     EXPECT_EQ(durationText(0), "0 s");
     EXPECT_EQ(durationText(119), "119 s");

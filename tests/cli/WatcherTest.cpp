@@ -55,6 +55,21 @@ private:
     std::unique_ptr<Watcher> made;
 };
 
+TEST_F(WatcherTest, AMeasureHasNoMoreDigitsThanPeopleReadUnlessOnlyTheyHaveChanged) {
+    options.deadband = 0.0;
+    write(voltage, qz::CValue{184.37047F});
+    EXPECT_TRUE(show().ends_with("  230 -> 184.4 V\n"));
+    write(voltage, qz::CValue{184.37051F}, 5000);
+    EXPECT_TRUE(show().ends_with("  184.37047 -> 184.37051 V\n"));
+}
+
+TEST_F(WatcherTest, JsonHasAllDigitsOfAMeasure) {
+    test.session.json = true;
+    write(voltage, qz::CValue{184.37047F});
+    const Json line = Json::parse(show());
+    EXPECT_EQ(line["value"].dump(), "184.37047");
+}
+
 TEST_F(WatcherTest, AChangeIsALineWithTimePathOldValueNewValueAndUnit) {
     write(voltage, qz::CValue{241.5F}, 7);
     write(mode, qz::CValue{3U}, 8);
