@@ -38,6 +38,12 @@ step "what the guide says can be done, and shows what comes"
 PATH=$kit:$PATH CMAKE_PREFIX_PATH=$prefix CXX=$compiler CXXFLAGS=$flags \
     "$source/tests/kit/guide-run.sh" "$source/docs/plugin-guide.md" "$work"
 
+step "a poll that never pauses is refused"
+sed 's/"pollIntervalMs": [^,]*/"pollIntervalMs": 0/' "$work/meter/velk.json" >"$work/meter/zero.json"
+"$kit/velk-plugin-check" "$work/meter/build/libvelk-mz-protocol-meter.so" --config "$work/meter/zero.json" \
+    >"$work/out" && fail "an interval of 0 is taken"
+grep -qF 'zero.json:4:23: "pollIntervalMs" is 0, expected at least 1' "$work/out" || fail "$(cat "$work/out")"
+
 step "a skeleton is written once and is its author's own"
 refused 1 "$work/meter is there already; it is left as it is" meter --dir "$work"
 "$kit/velk-plugin-new" other --dir "$work" >"$work/out"
