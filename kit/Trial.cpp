@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <iostream>
 #include <poll.h>
+#include <stdexcept>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -25,6 +26,21 @@ namespace {
 
 constexpr int LOOK_MS = 20;
 constexpr std::size_t MOST_CHILDREN = 12;
+constexpr std::array<int, 3> INTERRUPTS{SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t isInterrupted = 0; // of the one handler that a process can have
+
+void onInterrupt(int /*signal*/) {
+    isInterrupted = 1;
+}
+
+void setInterruptHandler(void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    for (const int signal : INTERRUPTS) {
+        sigaction(signal, &action, nullptr);
+    }
+}
 
 /// Since when each thread of the child is in the call that it is in.
 class Pulse {
@@ -97,9 +113,14 @@ std::uint64_t Trial::wrappers() const {
 }
 
 void Trial::run() {
+    setInterruptHandler(onInterrupt);
     for (std::size_t children = 0; children < MOST_CHILDREN; ++children) {
-        const bool goesOn = goOnAfter(runOneChild());
+        const End end = runOneChild();
+        const bool goesOn = isInterrupted == 0 && goOnAfter(end);
         bringDeviceBack();
+        if (isInterrupted != 0) {
+            throw std::runtime_error{"interrupted"};
+        }
         if (!goesOn) {
             break;
         }
@@ -125,6 +146,7 @@ Trial::End Trial::runOneChild() {
         throw std::system_error{errno, std::generic_category(), "fork"};
     }
     if (child.process == 0) {
+        setInterruptHandler(SIG_DFL);
         close(ends[0]);
         runChild(options, board, ends[1], firstStep);
     }
@@ -141,6 +163,9 @@ Trial::End Trial::watch(Child& child) {
     while (waitpid(child.process, &status, WNOHANG) == 0) {
         pollfd source{child.pipe, POLLIN, 0};
         poll(&source, 1, LOOK_MS);
+        if (isInterrupted != 0) {
+            kill(child.process, SIGKILL);
+        }
         if ((source.revents & POLLIN) != 0) {
             drain(child);
         }

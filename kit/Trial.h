@@ -31,6 +31,7 @@ public:
     /// `onFinding` gets each finding once, as it comes.
     Trial(Options asked, OnFinding onFinding);
 
+    /// Throws std::runtime_error "interrupted" when SIGINT, SIGTERM or SIGHUP has come, with the device back.
     void run();
 
     /// Of all children together.

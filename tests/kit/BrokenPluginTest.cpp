@@ -1,10 +1,14 @@
 // The checker and plug-ins that break one rule each: every one is found, and named for what it is.
 
+#include "platform/common/Clock.h"
 #include "testing/ChildProcess.h"
 #include "testing/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <ostream>
 #include <string>
@@ -252,6 +256,24 @@ TEST(PluginCheckTest, DeviceThatCannotBeBroughtBackIsNamed) {
         << run.output;
     EXPECT_EQ(run.output.find("\nno way\n"), std::string::npos) << "its output is no finding";
     EXPECT_NE(run.errors.find("no way\n"), std::string::npos) << run.errors;
+}
+
+TEST(PluginCheckTest, InterruptBringsTheDeviceBackAndLeavesNothing) {
+    const TemporaryDirectory folder;
+    const std::string away = (folder / "away").string();
+    ChildProcess program{{VELK_PLUGIN_CHECK, VELK_BROKEN_PLUGIN, "--pause-command", "touch " + away,
+                          "--resume-command", "rm " + away},
+                         {"TMPDIR=" + (folder / "").string()}};
+    auto& clock = common::Clock::system();
+    const auto deadline = clock.now() + std::chrono::seconds{30};
+    while (!std::filesystem::exists(away) && clock.now() < deadline) {
+        clock.sleepFor(std::chrono::milliseconds{2});
+    }
+    ASSERT_FALSE(std::filesystem::is_empty(folder / ""));
+    program.signal(SIGINT); // while it waits for a loss that this plug-in never tells
+    EXPECT_EQ(program.finish(), 2);
+    EXPECT_NE(program.errors().find("velk-plugin-check: interrupted\n"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::is_empty(folder / ""));
 }
 
 TEST(PluginCheckTest, SettingThatACrashMayHaveLeftChangedIsNamed) {
