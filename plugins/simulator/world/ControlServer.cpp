@@ -181,7 +181,7 @@ void ControlServer::acceptClients() {
 }
 
 void ControlServer::receive(Client& client) {
-    std::array<char, 16 * 1024> buffer{};
+    std::array<char, std::size_t{16} * 1024> buffer{};
     const ssize_t size = recv(client.socket.get(), buffer.data(), buffer.size(), 0);
     if (size < 0 && (errno == EAGAIN || errno == EINTR)) {
         return;
