@@ -110,8 +110,9 @@ bool LogJournal::beginsNumbers(const Entry& entry) const {
     if (!first || (entry.id <= first->entry.id && !(entry == first->entry))) {
         return true;
     }
-    return std::any_of(notes.begin(), notes.end(), [&](const Note& note) {
-        return note.sequence >= first->sequence && note.entry.id == entry.id;
+    const std::uint64_t begin = first->sequence;
+    return std::any_of(notes.begin(), notes.end(), [&entry, begin](const Note& note) {
+        return note.sequence >= begin && note.entry.id == entry.id;
     });
 }
 
