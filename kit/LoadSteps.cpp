@@ -5,6 +5,7 @@
 #include "platform/common/DynamicLibrary.h"
 
 #include <array>
+#include <thread>
 
 namespace velk::kit {
 
@@ -112,6 +113,9 @@ std::optional<std::uint32_t> readCount(Session& session, const EPath& path,
 } // namespace
 
 bool loadPlugin(Session& session) {
+    // Some of what a program is built with, such as a sanitizer, begins a thread of its own with the first
+    // one.
+    std::thread{[] {}}.join();
     session.threadsBefore = threadsOfThisProcess();
     const Doing doing{session.board, "dlopen", "load"};
     if (const auto failure = failureOf([&] { session.plugin.load(session.options.plugin); })) {
