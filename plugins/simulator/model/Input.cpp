@@ -23,7 +23,7 @@ double shareOf(MainsState state) {
     return 1;
 }
 
-/// The setting, or the specification of the same name, or the fallback.
+/// The setting, or the rated value of the same name, or the fallback.
 Knob<float> limitOf(const PointTable& points, const std::string& node, const std::string& name,
                     double fallback) {
     const auto setting = points.knob<float>(joinPath(node, "Setting." + name), 0);
