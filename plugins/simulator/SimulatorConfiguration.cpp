@@ -1,5 +1,6 @@
 #include "plugins/simulator/SimulatorConfiguration.h"
 
+#include "platform/common/UnixTime.h"
 #include "platform/common/lwjson/JsonError.h"
 #include "plugins/simulator/PluginFile.h"
 #include "plugins/simulator/world/FileSearch.h"
@@ -106,6 +107,10 @@ SimulatorConfiguration read(const Node& section, const fs::path& folder) {
     members.finish();
 
     configuration.device = readDeviceFile(deviceFile(device, folder));
+    // A device that lives in real time has its clock set; one that is moved by hand is the same in every run.
+    if (configuration.speed > 0 && !configuration.device.hasOwnStart) {
+        configuration.device.start = conv::UnixTime::now();
+    }
     configuration.alarmFile =
         alarms != nullptr ? resolved(*alarms, folder).string() : configuration.device.alarmFile;
     configuration.scenarioFolders = scenarioFolders(folder);

@@ -96,6 +96,7 @@ struct DeviceDescription {
     std::string alarmFile; ///< absolute or as the path of the device file leads there; empty: none
     DeviceKind kind{DeviceKind::Pdu};
     conv::UnixTime start{1767225600}; ///< the device's clock at the start: 2026-01-01 00:00:00 UTC
+    bool hasOwnStart{false};          ///< whether its file says `start`
     double ambient{22};               ///< temperature around the device, in °C
     double ripple{0};        ///< random share, in percent, by which mains and loads vary at each step
     double returnSeconds{3}; ///< how long the mains must be good before the device trusts them again

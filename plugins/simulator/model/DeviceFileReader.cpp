@@ -64,6 +64,7 @@ public:
     DeviceDescription read(const JsonObject& device) {
         description.kind = kindOf(device);
         readAlarmFile(device);
+        description.hasOwnStart = device.has("start");
         description.start =
             conv::UnixTime{device.count("start", description.start.toIntegralType(), 0, 4102444800U)};
         description.ambient = device.number("ambient", description.ambient, -40, 80);

@@ -145,5 +145,20 @@ TEST(CopiedPluginTest, UuidOfTheSectionGoesBeforeTheDerivedOne) {
     EXPECT_EQ(host.protocol->protocolUuid().toString(), "9f2c1c9e-6f0d-4a8e-9a7b-3c5d7e9f1b2d");
 }
 
+TEST(ClockOfTheDeviceTest, ShowsTheTimeOfDayAndAFixedOneWhenTimeIsMovedByHand) {
+    const auto shown = [](const std::string& members) {
+        SimulatorHost host{members};
+        EXPECT_TRUE(host.find());
+        return host.read("Identification.Attribute.CurrentDate").get<conv::UnixTime>().toIntegralType();
+    };
+    const auto before = conv::UnixTime::now().toIntegralType();
+    const auto live = shown(R"("device":"ats","speed":1)");
+    EXPECT_GE(live, before);
+    EXPECT_LE(live, conv::UnixTime::now().toIntegralType() + 60);
+    const auto byHand = shown(R"("device":"ats")");
+    EXPECT_GE(byHand, 1767225600U) << "2026-01-01";
+    EXPECT_LE(byHand, 1767225600U + 60);
+}
+
 } // namespace
 } // namespace velk::simulator
