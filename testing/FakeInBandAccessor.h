@@ -283,6 +283,12 @@ public:
         add({{}, device, 0, {}, {}, std::move(callback)}, subscription);
     }
 
+    void setChannelCValues(const std::vector<std::pair<std::uint64_t, qz::CValue>>& values) override {
+        for (const auto& [channel, value] : values) {
+            setChannelCValue(channel, value);
+        }
+    }
+
     void unsubscribe(std::uint64_t subscription) override {
         called("unsubscribe", subscription);
         velk::common::MutexLock lock{mutex};

@@ -5,6 +5,7 @@
 #include "platform/tessapi/DataAlarms.h"
 #include "platform/tessapi/ITessAccessor.h"
 #include "platform/tessapi/StoreBrowser.h"
+#include "platform/tessapi/StoreImage.h"
 #include "testing/CallLog.h"
 #include "testing/FakeInBandAccessor.h"
 
@@ -56,6 +57,11 @@ public:
     tessapi::StoreSnapshot snapshot() override { return {}; }
     void subscribeAllChannels(std::function<void(const tessapi::ChannelWrite&)>, std::uint64_t*) override {}
     std::string url() const override { return "memory:fake"; }
+    std::vector<tessapi::AlarmEvent> alarmEvents(std::int64_t, std::size_t) override { return {}; }
+    std::vector<tessapi::WriteRecord> writeRecords(std::int64_t, std::size_t) override { return {}; }
+    void recordWrite(const tessapi::WriteRecord&) override {}
+    tessapi::StoreImage image() override { return {}; }
+    void fill(const tessapi::StoreImage&) override {}
 };
 
 /// A store client without a store: devices here, the rest behind the usual accessors. It starts with the root

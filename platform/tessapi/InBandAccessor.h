@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tessapi {
@@ -91,6 +92,9 @@ public:
     /// Ends a subscription: no new call starts after it. It returns at once and does not wait for a running
     /// call. Nothing happens for an unknown subscription.
     virtual void unsubscribe(std::uint64_t subscription) = 0;
+
+    /// `setChannelCValue` for several channels at once: all or, when one of them throws, none.
+    virtual void setChannelCValues(const std::vector<std::pair<std::uint64_t, qz::CValue>>& values) = 0;
 };
 
 } // namespace tessapi

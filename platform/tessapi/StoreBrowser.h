@@ -6,8 +6,11 @@
 #include "platform/qz/CSingleAlarmConfig.h"
 #include "platform/qz/CValue.h"
 #include "platform/qz/datatype.h"
+#include "platform/tessapi/AlarmEvent.h"
 #include "platform/tessapi/DataAlarms.h"
+#include "platform/tessapi/WriteRecord.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -47,6 +50,8 @@ struct ChannelWrite {
     std::int64_t timeMs{0}; ///< when it was written: milliseconds since 1970 UTC
 };
 
+struct StoreImage; // in its own header
+
 /// What programs that show the store need beyond the accessors: all of it at once.
 /// Threads: any.
 class VELK_EXPORT StoreBrowser {
@@ -63,6 +68,23 @@ public:
 
     /// Which store this is, for messages: "sqlite:/var/lib/velk/tess.db", "memory:test".
     virtual std::string url() const = 0;
+
+    /// The alarms that were raised and cleared at or after `sinceMs` (milliseconds since 1970 UTC), oldest
+    /// first; of more than `limit` the newest. The store keeps some thousand.
+    virtual std::vector<AlarmEvent> alarmEvents(std::int64_t sinceMs, std::size_t limit) = 0;
+
+    /// What became of the writes to the device that were asked for; likewise.
+    virtual std::vector<WriteRecord> writeRecords(std::int64_t sinceMs, std::size_t limit) = 0;
+
+    /// Adds a record; its number is given by the store.
+    virtual void recordWrite(const WriteRecord& record) = 0;
+
+    /// Everything that the store holds, as it was at one moment.
+    virtual StoreImage image() = 0;
+
+    /// Puts everything of `image` into a store that has nothing but its root device; throws
+    /// boost::system::system_error for any other. It is no write: nobody is told.
+    virtual void fill(const StoreImage& image) = 0;
 };
 
 } // namespace tessapi

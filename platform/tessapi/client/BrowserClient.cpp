@@ -20,4 +20,24 @@ std::string BrowserClient::url() const {
     return engine.url();
 }
 
+std::vector<AlarmEvent> BrowserClient::alarmEvents(std::int64_t sinceMs, std::size_t limit) {
+    return engine.alarmEvents(sinceMs, limit);
+}
+
+std::vector<WriteRecord> BrowserClient::writeRecords(std::int64_t sinceMs, std::size_t limit) {
+    return engine.writeRecords(sinceMs, limit);
+}
+
+void BrowserClient::recordWrite(const WriteRecord& record) {
+    engine.recordWrite(record);
+}
+
+StoreImage BrowserClient::image() {
+    return engine.image();
+}
+
+void BrowserClient::fill(const StoreImage& image) {
+    engine.fill(image);
+}
+
 } // namespace tessapi

@@ -17,6 +17,11 @@ public:
     void subscribeAllChannels(std::function<void(const ChannelWrite&)> callback,
                               std::uint64_t* subscription) override;
     std::string url() const override;
+    std::vector<AlarmEvent> alarmEvents(std::int64_t sinceMs, std::size_t limit) override;
+    std::vector<WriteRecord> writeRecords(std::int64_t sinceMs, std::size_t limit) override;
+    void recordWrite(const WriteRecord& record) override;
+    StoreImage image() override;
+    void fill(const StoreImage& image) override;
 
 private:
     Engine& engine;

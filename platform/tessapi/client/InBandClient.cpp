@@ -112,4 +112,8 @@ void InBandClient::unsubscribe(std::uint64_t subscription) {
     dispatcher.unsubscribe(subscription);
 }
 
+void InBandClient::setChannelCValues(const std::vector<std::pair<std::uint64_t, qz::CValue>>& values) {
+    engine.setValues(values);
+}
+
 } // namespace tessapi

@@ -34,6 +34,7 @@ public:
     void subscribeDeviceAlarms(std::uint64_t device, AlarmCallback callback,
                                std::uint64_t* subscription) override;
     void unsubscribe(std::uint64_t subscription) override;
+    void setChannelCValues(const std::vector<std::pair<std::uint64_t, qz::CValue>>& values) override;
 
 private:
     Engine& engine;

@@ -1,15 +1,12 @@
 #include "platform/tessapi/engine/ChangeLog.h"
 
-#include <algorithm>
-
 namespace tessapi {
 
 ChangeLog::ChangeLog(Database& owner, std::int64_t keep) :
     database{owner},
-    kept{keep},
     // The newest entry always stays, so the numbers rise without a counter of their own.
     insert{owner, "INSERT INTO change(kind, object, value, time_ms) VALUES(?, ?, ?, ?)"},
-    removeUpTo{owner, "DELETE FROM change WHERE seq <= ?"},
+    ring{owner, "DELETE FROM change WHERE seq <= ?", keep},
     newest{owner, "SELECT max(seq) FROM change"},
     batch{owner, "SELECT seq, kind, object, value, time_ms FROM change WHERE seq > ? ORDER BY seq LIMIT ?"},
     // The level of the most critical alarm is left out here: who needs it asks for the present one.
@@ -22,16 +19,8 @@ std::int64_t ChangeLog::append(Change::Kind kind, std::uint64_t object, const qz
                                std::int64_t timeMs) {
     insert.execute(static_cast<std::uint32_t>(kind), object, value, timeMs);
     const auto seq = database.lastInsertedId();
-    prune(seq);
+    ring.prune(seq);
     return seq;
-}
-
-void ChangeLog::prune(std::int64_t last) {
-    // A few hundred at a time: removing one entry with every write would touch twice as many pages.
-    const auto step = std::clamp<std::int64_t>(kept / 4, 1, 256);
-    if (last % step == 0 && last > kept) {
-        removeUpTo.execute(last - kept);
-    }
 }
 
 std::int64_t ChangeLog::head() {

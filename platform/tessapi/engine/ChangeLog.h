@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/tessapi/engine/Change.h"
+#include "platform/tessapi/engine/Ring.h"
 #include "platform/tessapi/engine/Statement.h"
 
 #include <cstdint>
@@ -32,13 +33,11 @@ public:
     std::vector<Change> summaryAfter(std::int64_t seq);
 
 private:
-    void prune(std::int64_t newest);
     static std::vector<Change> collect(Statement::Run& run);
 
     Database& database;
-    std::int64_t kept;
     Statement insert;
-    Statement removeUpTo;
+    Ring ring;
     Statement newest;
     Statement batch;
     Statement summary;

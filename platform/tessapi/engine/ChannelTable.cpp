@@ -20,7 +20,10 @@ ChannelTable::ChannelTable(Database& owner) :
     types{owner, "SELECT DISTINCT name, type FROM channel"},
     value{owner, "SELECT value FROM channel WHERE id = ?"},
     insertOne{owner, "INSERT INTO channel(device, name, type) VALUES(?, ?, ?)"},
+    insertGiven{owner, "INSERT INTO channel(id, device, name, type) VALUES(?, ?, ?, ?)"},
     removeOne{owner, "DELETE FROM channel WHERE id = ?"},
+    last{owner, "SELECT seq FROM sqlite_sequence WHERE name = 'channel'"},
+    setLast{owner, "UPDATE sqlite_sequence SET seq = max(seq, ?) WHERE name = 'channel'"},
     write{owner, "UPDATE channel SET value = ?2, written_ms = ?3, changed_ms = ?4, seq = ?5 WHERE id = ?1"},
     clear{owner, "UPDATE channel SET type = ?2, value = NULL, written_ms = 0, changed_ms = 0 WHERE id = ?1"},
     mark{owner, "UPDATE channel SET triggers = ?2 WHERE id = ?1"},
@@ -87,6 +90,20 @@ qz::CValue ChannelTable::valueOf(std::uint64_t channel) {
 std::uint64_t ChannelTable::insert(std::uint64_t device, const std::string& name, qz::datatype kind) {
     insertOne.execute(device, name, static_cast<std::uint32_t>(kind));
     return static_cast<std::uint64_t>(database.lastInsertedId());
+}
+
+void ChannelTable::insertWithId(std::uint64_t channel, std::uint64_t device, const std::string& name,
+                                qz::datatype kind) {
+    insertGiven.execute(channel, device, name, static_cast<std::uint32_t>(kind));
+}
+
+std::uint64_t ChannelTable::lastGiven() {
+    auto run = last.with();
+    return run.next() ? run.id(0) : 0;
+}
+
+void ChannelTable::setLastGiven(std::uint64_t channel) {
+    setLast.execute(channel);
 }
 
 void ChannelTable::remove(std::uint64_t channel) {

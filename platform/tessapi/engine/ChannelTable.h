@@ -46,7 +46,14 @@ public:
     qz::CValue valueOf(std::uint64_t channel);
 
     std::uint64_t insert(std::uint64_t device, const std::string& name, qz::datatype type);
+    /// With an identifier that is free.
+    void insertWithId(std::uint64_t channel, std::uint64_t device, const std::string& name,
+                      qz::datatype type);
     void remove(std::uint64_t channel);
+
+    /// The greatest identifier that was ever given.
+    std::uint64_t lastGiven();
+    void setLastGiven(std::uint64_t channel);
     /// Takes the value, its times and its number in the change log from `row` and `seq`.
     void setValue(const Row& row, std::int64_t seq);
     /// Another type; the value goes.
@@ -70,7 +77,10 @@ private:
     Statement types;
     Statement value;
     Statement insertOne;
+    Statement insertGiven;
     Statement removeOne;
+    Statement last;
+    Statement setLast;
     Statement write;
     Statement clear;
     Statement mark;

@@ -22,6 +22,8 @@ DeviceTable::DeviceTable(Database& owner) :
     uuidById{owner, "SELECT uuid FROM device WHERE id = ?"},
     insertNext{owner, "INSERT INTO device(uuid, parent) VALUES(?, ?)"},
     insertWanted{owner, "INSERT INTO device(uuid, parent, id) VALUES(?, ?, ?)"},
+    last{owner, "SELECT seq FROM sqlite_sequence WHERE name = 'device'"},
+    setLast{owner, "UPDATE sqlite_sequence SET seq = max(seq, ?) WHERE name = 'device'"},
     children{owner, "SELECT id FROM device WHERE parent = ? ORDER BY id"},
     subtree{owner, "WITH RECURSIVE below(id, depth) AS (SELECT id, 0 FROM device WHERE id = ?"
                    " UNION ALL SELECT d.id, b.depth + 1 FROM device d JOIN below b ON d.parent = b.id)"
@@ -58,6 +60,15 @@ std::uint64_t DeviceTable::insert(const Uuid& uuid, std::uint64_t parent, std::u
         insertWanted.execute(bytesOf(uuid), parent, id);
     }
     return static_cast<std::uint64_t>(database.lastInsertedId());
+}
+
+std::uint64_t DeviceTable::lastGiven() {
+    auto run = last.with();
+    return run.next() ? run.id(0) : 0;
+}
+
+void DeviceTable::setLastGiven(std::uint64_t device) {
+    setLast.execute(device);
 }
 
 std::vector<std::uint64_t> DeviceTable::childrenOf(std::uint64_t device) {

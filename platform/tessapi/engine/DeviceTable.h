@@ -25,6 +25,10 @@ public:
     /// With the identifier `id`, or the next one that was never given when it is 0.
     std::uint64_t insert(const velk::common::Uuid& uuid, std::uint64_t parent, std::uint64_t id);
 
+    /// The greatest identifier from 1000 up that was ever given, else 999.
+    std::uint64_t lastGiven();
+    void setLastGiven(std::uint64_t device);
+
     /// By identifier; empty for an unknown device.
     std::vector<std::uint64_t> childrenOf(std::uint64_t device);
     /// `device` and all that is below it, the deepest first.
@@ -47,6 +51,8 @@ private:
     Statement uuidById;
     Statement insertNext;
     Statement insertWanted;
+    Statement last;
+    Statement setLast;
     Statement children;
     Statement subtree;
     Statement removeOne;

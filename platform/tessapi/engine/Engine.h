@@ -1,27 +1,36 @@
 #pragma once
 
-#include "platform/tessapi/engine/Connection.h"
-#include "platform/tessapi/engine/InterprocessLock.h"
-#include "platform/tessapi/engine/Keeper.h"
-#include "platform/tessapi/engine/SharedPage.h"
+#include "platform/common/Uuid.h"
+#include "platform/qz/CDevice.h"
+#include "platform/qz/CMultistateMap.h"
+#include "platform/qz/CSingleAlarmConfig.h"
+#include "platform/qz/CValue.h"
+#include "platform/qz/datatype.h"
+#include "platform/tessapi/AlarmEvent.h"
+#include "platform/tessapi/StoreBrowser.h"
+#include "platform/tessapi/StoreImage.h"
+#include "platform/tessapi/WriteRecord.h"
+#include "platform/tessapi/engine/Change.h"
+#include "platform/tessapi/engine/IBell.h"
 #include "platform/tessapi/engine/StoreUrl.h"
-#include "platform/tessapi/engine/Wakeup.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <sys/types.h>
+#include <utility>
 #include <vector>
 
 namespace tessapi {
 
-/// A store as one program has it open: every call is one transaction on the database, every commit wakes the
-/// listeners of all programs. An engine for a file and one in memory differ in what `open` makes.
+/// A store as one program has it open: every call is one transaction, every commit wakes the listeners of all
+/// programs.
 ///
-/// A call that writes waits for the lock between the processes, then throws boost::system::system_error. The
+/// A store that cannot be reached, read or written throws boost::system::system_error that names it. The
 /// calls have the meaning of those of the same name in ITessAccessor, InBandAccessor and StoreBrowser.
 /// Threads: any. No call crosses a fork of the process: it throws in the child.
 class Engine {
@@ -29,8 +38,10 @@ public:
     struct Options {
         /// Entries of the change log that a listener may lag behind before it has to skip some.
         std::int64_t changesKept{65536};
-        /// For the lock between the processes.
+        /// For another program that writes.
         std::chrono::milliseconds longestWait{3000};
+        /// Alarm events, and likewise records of writes, that are kept.
+        std::int64_t eventsKept{10'000};
     };
 
     /// What a listener has to know when it starts: changes after `seq` are news to it.
@@ -47,75 +58,64 @@ public:
         bool gap{false};
     };
 
+    using ChannelValue = std::pair<std::uint64_t, qz::CValue>;
+
     /// Opens a store, or makes it if `create` says so. All engines of a store in memory are one.
     static std::shared_ptr<Engine> open(const StoreUrl& url, bool create) {
         return open(url, create, Options{});
     }
     static std::shared_ptr<Engine> open(const StoreUrl& url, bool create, const Options& options);
-    ~Engine();
+
+    Engine();
+    virtual ~Engine() = default;
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
-    const std::string& url() const { return store; }
+    virtual const std::string& url() const = 0;
     /// Whether this process is another one than that which opened the store.
     bool isForked() const;
 
-    std::uint64_t deviceIdOf(const velk::common::Uuid& uuid);
-    velk::common::Uuid uuidOf(std::uint64_t device);
-    std::uint64_t emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent, std::uint64_t wanted);
-    void removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep, unsigned int limit);
-    qz::CDevice device(std::uint64_t device);
-    std::string attribute(std::uint64_t device, std::uint32_t number);
-    void setAttribute(std::uint64_t device, std::uint32_t number, const std::string& text);
+    virtual std::uint64_t deviceIdOf(const velk::common::Uuid& uuid) = 0;
+    virtual velk::common::Uuid uuidOf(std::uint64_t device) = 0;
+    virtual std::uint64_t emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent,
+                                        std::uint64_t wanted) = 0;
+    virtual void removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep,
+                                  unsigned int limit) = 0;
+    virtual qz::CDevice device(std::uint64_t device) = 0;
+    virtual std::string attribute(std::uint64_t device, std::uint32_t number) = 0;
+    virtual void setAttribute(std::uint64_t device, std::uint32_t number, const std::string& text) = 0;
 
-    std::uint64_t findChannel(std::uint64_t device, const std::string& name);
-    std::uint64_t emplaceChannel(std::uint64_t device, const std::string& name);
-    void removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep);
-    qz::datatype typeOf(std::uint64_t channel);
-    qz::CValue valueOf(std::uint64_t channel);
-    void setValue(std::uint64_t channel, const qz::CValue& value);
-    void setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config);
-    void setStates(std::uint64_t channel, const qz::CMultistateMap& states);
+    virtual std::uint64_t findChannel(std::uint64_t device, const std::string& name) = 0;
+    virtual std::uint64_t emplaceChannel(std::uint64_t device, const std::string& name) = 0;
+    virtual void removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) = 0;
+    virtual qz::datatype typeOf(std::uint64_t channel) = 0;
+    virtual qz::CValue valueOf(std::uint64_t channel) = 0;
+    virtual void setValue(std::uint64_t channel, const qz::CValue& value) = 0;
+    virtual void setValues(const std::vector<ChannelValue>& values) = 0;
+    virtual void setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) = 0;
+    virtual void setStates(std::uint64_t channel, const qz::CMultistateMap& states) = 0;
 
-    std::optional<ActiveAlarm> mostCriticalOf(std::uint64_t device);
-    StoreSnapshot snapshot();
+    virtual std::optional<ActiveAlarm> mostCriticalOf(std::uint64_t device) = 0;
+    virtual StoreSnapshot snapshot() = 0;
 
-    Start startOf(const std::vector<std::uint64_t>& channels);
+    virtual std::vector<AlarmEvent> alarmEvents(std::int64_t sinceMs, std::size_t limit) = 0;
+    virtual std::vector<WriteRecord> writeRecords(std::int64_t sinceMs, std::size_t limit) = 0;
+    virtual void recordWrite(const WriteRecord& record) = 0;
+    virtual StoreImage image() = 0;
+    virtual void fill(const StoreImage& image) = 0;
+
+    virtual Start startOf(const std::vector<std::uint64_t>& channels) = 0;
     /// At most some hundred changes; call again until there are none.
-    News newsAfter(std::int64_t seq);
-    Wakeup& wakeup() { return bell; }
+    virtual News newsAfter(std::int64_t seq) = 0;
+    /// Rings for the listeners of this store; lives as long as the engine.
+    virtual IBell& wakeup() = 0;
+
+protected:
+    /// Throws `StoreFault::forked` in a process that has not opened the store.
+    void checkNotForked() const;
 
 private:
-    Engine(const StoreUrl& url, std::unique_ptr<SharedPage> words, const Options& options);
-
-    static std::shared_ptr<Engine> openFile(const StoreUrl& url, bool create, const Options& options);
-    static std::shared_ptr<Engine> openMemory(const StoreUrl& url, bool create, const Options& options);
-    void checkSound();
-    void retypeChannels();
-    void checkUsable() const;
-
-    /// Runs `work` on the model within a write transaction and tells of the commit.
-    template <class Work>
-    void write(Work work);
-    template <class Work>
-    void commit(Work& work) VELK_REQUIRES(writer->mutex);
-    /// Runs one query of the model.
-    template <class Work>
-    auto ask(Work work);
-    /// Runs several queries of the model on one state of the store.
-    template <class Work>
-    auto read(Work work);
-
-    const std::string store;
     const pid_t owner;
-    std::unique_ptr<SharedPage> page;
-    std::unique_ptr<InterprocessLock> writers;
-    Wakeup bell;
-    Catalogue catalogue;
-    std::unique_ptr<Connection> writer;
-    std::unique_ptr<Connection> secondConnection; ///< null in memory
-    Connection* reader{nullptr};                  ///< the second connection, in memory the writer
-    std::unique_ptr<Keeper> keeper;               ///< null in memory; before the lock and the page to go
 };
 
 } // namespace tessapi

@@ -1,12 +1,16 @@
 #include "platform/tessapi/engine/Model.h"
 
+#include "platform/tessapi/DeviceAttribute.h"
 #include "platform/tessapi/ITessAccessor.h"
 #include "platform/tessapi/engine/AlarmEvaluator.h"
 #include "platform/tessapi/engine/Schema.h"
+#include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/engine/ValueCodec.h"
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
+#include <map>
 #include <set>
 #include <stdexcept>
 #include <tuple>
@@ -18,6 +22,7 @@ namespace tessapi {
 namespace {
 
 constexpr auto UNKNOWN = ITessAccessor::UNKNOWN_ID;
+constexpr auto EVERYTHING = std::numeric_limits<std::size_t>::max();
 
 std::int64_t nowMs() {
     using namespace std::chrono;
@@ -37,15 +42,15 @@ bool overlap(const std::vector<std::uint64_t>& ids, const Ids& others) {
 /// What tells one active alarm of a channel from another.
 using AlarmKey = std::tuple<LevelAlarm, std::int32_t, std::string>;
 
-std::vector<AlarmKey> activeKeys(const std::vector<AlarmTable::Row>& rows) {
-    std::vector<AlarmKey> keys;
+/// The active ones; of several with one key the first.
+std::map<AlarmKey, const qz::CAlarmTrigger*> activeOf(const std::vector<AlarmTable::Row>& rows) {
+    std::map<AlarmKey, const qz::CAlarmTrigger*> found;
     for (const auto& row : rows) {
         if (row.active) {
-            keys.emplace_back(row.trigger.level, row.trigger.priority, row.trigger.code);
+            found.emplace(AlarmKey{row.trigger.level, row.trigger.priority, row.trigger.code}, &row.trigger);
         }
     }
-    std::sort(keys.begin(), keys.end());
-    return keys;
+    return found;
 }
 
 /// Most critical first, by the same rule as for a device.
@@ -66,11 +71,14 @@ void addAlarm(ChannelRecord& record, AlarmTable::Row row) {
 
 } // namespace
 
-Model::Model(Database& database, const Catalogue& names, std::int64_t changesKept) :
-    devices{database},
-    channels{database},
-    alarms{database},
-    changes{database, changesKept},
+Model::Model(Database& owner, const Catalogue& names, const Engine::Options& options) :
+    devices{owner},
+    channels{owner},
+    alarms{owner},
+    changes{owner, options.changesKept},
+    events{owner, options.eventsKept},
+    records{owner, options.eventsKept},
+    database{owner},
     catalogue{names} {}
 
 std::uint64_t Model::emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent,
@@ -87,7 +95,7 @@ std::uint64_t Model::emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t
     if (!devices.contains(parent) || contains(subtree, parent)) {
         return UNKNOWN;
     }
-    devices.remove(subtree);
+    removeDevices(subtree);
     return devices.insert(uuid, parent, isWish ? wanted : 0);
 }
 
@@ -114,7 +122,7 @@ void Model::removeSubDevices(std::uint64_t device, const std::vector<std::uint64
         if (overlap(subtree, kept)) {
             continue;
         }
-        devices.remove(subtree);
+        removeDevices(subtree);
         ++removed;
     }
 }
@@ -148,15 +156,16 @@ std::uint64_t Model::emplaceChannel(std::uint64_t device, const std::string& nam
 
 void Model::removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) {
     const Ids kept{keep.begin(), keep.end()};
+    const auto time = nowMs();
     bool alarmsChanged = false;
     for (const auto channel : channels.idsOf(device)) {
         if (kept.count(channel) == 0) {
-            alarmsChanged = alarmsChanged || !activeKeys(alarms.triggersOf(channel)).empty();
+            alarmsChanged |= clearAlarms(channel, time);
             channels.remove(channel);
         }
     }
     if (alarmsChanged) {
-        announceAlarms(device, nowMs());
+        announceAlarms(device, time);
     }
 }
 
@@ -176,21 +185,81 @@ void Model::setValue(std::uint64_t channel, const qz::CValue& value) {
     }
     row->value = value;
     channels.setValue(*row, changes.append(Change::Kind::value, channel, value, row->writtenMs));
-    if (row->hasTriggers && evaluate(*row)) {
+    if (row->hasTriggers && evaluate(*row, row->writtenMs)) {
         announceAlarms(row->device, row->writtenMs);
     }
 }
 
-bool Model::evaluate(const ChannelTable::Row& channel) {
+bool Model::evaluate(const ChannelTable::Row& channel, std::int64_t timeMs) {
     const auto before = alarms.triggersOf(channel.id);
     auto after = before;
+    bool changed = false;
     for (std::size_t place = 0; place < after.size(); ++place) {
         after[place].active = AlarmEvaluator::isActive(after[place].trigger, channel.value);
         if (after[place].active != before[place].active) {
             alarms.setActive(channel.id, place, after[place].active);
+            changed = true;
         }
     }
-    return activeKeys(before) != activeKeys(after);
+    return changed && noteAlarms(channel, before, after, timeMs);
+}
+
+bool Model::noteAlarms(const ChannelTable::Row& channel, const AlarmRows& before, const AlarmRows& after,
+                       std::int64_t timeMs) {
+    const auto was = activeOf(before);
+    const auto is = activeOf(after);
+    bool changed = false;
+    const auto note = [&](const auto& those, const auto& others, bool raised) {
+        for (const auto& [key, trigger] : those) {
+            if (others.count(key) == 0) {
+                auto event = eventOf(channel, *trigger);
+                event.timeMs = timeMs;
+                event.raised = raised;
+                events.append(event);
+                changed = true;
+            }
+        }
+    };
+    note(was, is, false);
+    note(is, was, true);
+    return changed;
+}
+
+AlarmEvent Model::eventOf(const ChannelTable::Row& channel, const qz::CAlarmTrigger& trigger) {
+    AlarmEvent event;
+    event.device = channel.device;
+    event.channel = channel.id;
+    event.place = devices.attribute(channel.device, static_cast<std::uint32_t>(DeviceAttribute::path));
+    event.name = channel.name;
+    event.code = trigger.code;
+    const auto states = channels.statesOf(channel.id);
+    if (const auto* label = states.find(channel.value); label != nullptr) {
+        event.message = *label;
+    } else if (const auto* entry = catalogue.find(channel.name); entry != nullptr) {
+        event.message = entry->description;
+    }
+    event.level = trigger.level;
+    event.priority = trigger.priority;
+    event.type = trigger.type;
+    event.value = channel.value;
+    event.threshold1 = trigger.threshold1;
+    event.threshold2 = trigger.threshold2;
+    return event;
+}
+
+bool Model::clearAlarms(std::uint64_t channel, std::int64_t timeMs) {
+    const auto row = channels.get(channel);
+    return row && row->hasTriggers && noteAlarms(*row, alarms.triggersOf(channel), {}, timeMs);
+}
+
+void Model::removeDevices(const std::vector<std::uint64_t>& subtree) {
+    const auto time = nowMs();
+    for (const auto device : subtree) {
+        for (const auto channel : channels.idsOf(device)) {
+            clearAlarms(channel, time);
+        }
+    }
+    devices.remove(subtree);
 }
 
 void Model::announceAlarms(std::uint64_t device, std::int64_t timeMs) {
@@ -209,11 +278,12 @@ void Model::setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmCo
     for (const auto& trigger : config.triggers) {
         triggers.push_back({channel, trigger, AlarmEvaluator::isActive(trigger, row->value)});
     }
-    const auto before = activeKeys(alarms.triggersOf(channel));
+    const auto before = alarms.triggersOf(channel);
+    const auto time = nowMs();
     alarms.replace(channel, triggers);
     channels.setHasTriggers(channel, !triggers.empty());
-    if (before != activeKeys(triggers)) {
-        announceAlarms(row->device, nowMs());
+    if (noteAlarms(*row, before, triggers, time)) {
+        announceAlarms(row->device, time);
     }
 }
 
@@ -239,8 +309,8 @@ void Model::retypeChannels() {
         const auto* entry = catalogue.find(row.name);
         channels.setStates(row.id, entry == nullptr ? qz::CMultistateMap{} : entry->labels);
         row.value = qz::CValue{};
-        if (row.hasTriggers && evaluate(row)) {
-            announceAlarms(row.device, nowMs());
+        if (const auto time = nowMs(); row.hasTriggers && evaluate(row, time)) {
+            announceAlarms(row.device, time);
         }
     }
 }
@@ -287,6 +357,62 @@ StoreSnapshot Model::snapshot() {
         std::stable_sort(record.activeAlarms.begin(), record.activeAlarms.end(), moreCritical);
     }
     return store;
+}
+
+StoreImage Model::image() {
+    StoreImage whole;
+    whole.lastDevice = devices.lastGiven();
+    whole.lastChannel = channels.lastGiven();
+    whole.content = snapshot();
+    whole.alarmEvents = events.since(0, EVERYTHING);
+    whole.writeRecords = records.since(0, EVERYTHING);
+    return whole;
+}
+
+void Model::fill(const StoreImage& image) {
+    if (devices.all().size() != 1 || !channels.all().empty()) {
+        throwStoreFault(database.storeName(), StoreFault::occupied, "cannot fill");
+    }
+    // A child may have a smaller identifier than its parent.
+    database.execute("PRAGMA defer_foreign_keys=ON");
+    for (const auto& device : image.content.devices) {
+        if (device.id != ITessAccessor::ROOT_DEVICE) {
+            devices.insert(device.uuid, device.parentId, device.id);
+        }
+        for (std::uint32_t number = 0; number < qz::CDevice::ATTRIBUTE_COUNT; ++number) {
+            if (!device.attributes[number].empty()) {
+                devices.setAttribute(device.id, number, device.attributes[number], 0);
+            }
+        }
+    }
+    for (const auto& record : image.content.channels) {
+        fillChannel(record);
+    }
+    for (const auto& event : image.alarmEvents) {
+        events.append(event);
+    }
+    for (const auto& record : image.writeRecords) {
+        records.append(record);
+    }
+    devices.setLastGiven(image.lastDevice);
+    channels.setLastGiven(image.lastChannel);
+}
+
+void Model::fillChannel(const ChannelRecord& record) {
+    channels.insertWithId(record.id, record.deviceId, record.name, record.type);
+    ChannelTable::Row row;
+    row.id = record.id;
+    row.value = record.value;
+    row.writtenMs = record.writtenMs;
+    row.changedMs = record.changedMs;
+    channels.setValue(row, 0);
+    channels.setStates(record.id, record.states);
+    AlarmRows triggers;
+    for (const auto& trigger : record.alarmConfig.triggers) {
+        triggers.push_back({record.id, trigger, AlarmEvaluator::isActive(trigger, record.value)});
+    }
+    alarms.replace(record.id, triggers);
+    channels.setHasTriggers(record.id, !triggers.empty());
 }
 
 } // namespace tessapi

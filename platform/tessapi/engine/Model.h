@@ -7,6 +7,9 @@
 #include "platform/tessapi/engine/ChangeLog.h"
 #include "platform/tessapi/engine/ChannelTable.h"
 #include "platform/tessapi/engine/DeviceTable.h"
+#include "platform/tessapi/engine/Engine.h"
+#include "platform/tessapi/engine/EventTable.h"
+#include "platform/tessapi/engine/RecordTable.h"
 
 #include <cstdint>
 #include <string>
@@ -19,8 +22,8 @@ namespace tessapi {
 /// change log. Threads: those of its database.
 class Model {
 public:
-    /// `names` outlives the model. `changesKept` is for the change log.
-    Model(Database& database, const Catalogue& names, std::int64_t changesKept);
+    /// `names` outlives the model. `options` say how much history is kept.
+    Model(Database& database, const Catalogue& names, const Engine::Options& options);
 
     std::uint64_t emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent, std::uint64_t wanted);
     void removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep, unsigned int limit);
@@ -38,19 +41,36 @@ public:
     bool hasOutdatedTypes();
 
     StoreSnapshot snapshot();
+    StoreImage image();
+    /// Throws `StoreFault::occupied` unless there is nothing but the root device. It is no write: nothing is
+    /// entered in the change log.
+    void fill(const StoreImage& image);
 
     DeviceTable devices;
     ChannelTable channels;
     AlarmTable alarms;
     ChangeLog changes;
+    EventTable events;
+    RecordTable records;
 
 private:
+    using AlarmRows = std::vector<AlarmTable::Row>;
+
     qz::datatype typeFor(const std::string& name) const;
     /// Evaluates the triggers of a channel; gives whether the set of its active alarms has changed.
-    bool evaluate(const ChannelTable::Row& channel);
+    bool evaluate(const ChannelTable::Row& channel, std::int64_t timeMs);
+    /// Keeps an event for each alarm that is active in one of the two only; gives whether there was one.
+    bool noteAlarms(const ChannelTable::Row& channel, const AlarmRows& before, const AlarmRows& after,
+                    std::int64_t timeMs);
+    AlarmEvent eventOf(const ChannelTable::Row& channel, const qz::CAlarmTrigger& trigger);
+    /// Alarms of a channel that is about to go are cleared; gives whether there were some.
+    bool clearAlarms(std::uint64_t channel, std::int64_t timeMs);
+    void removeDevices(const std::vector<std::uint64_t>& subtree);
+    void fillChannel(const ChannelRecord& record);
     void announceAlarms(std::uint64_t device, std::int64_t timeMs);
     ChannelRecord recordOf(ChannelTable::Row row) const;
 
+    Database& database;
     const Catalogue& catalogue;
 };
 

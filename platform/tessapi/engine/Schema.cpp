@@ -68,6 +68,32 @@ CREATE TABLE change(
     value BLOB,
     time_ms INTEGER NOT NULL);
 
+CREATE TABLE alarm_event(
+    number INTEGER PRIMARY KEY,
+    time_ms INTEGER NOT NULL,
+    raised INTEGER NOT NULL,
+    device INTEGER NOT NULL,
+    channel INTEGER NOT NULL,
+    place TEXT NOT NULL,
+    name TEXT NOT NULL,
+    code TEXT NOT NULL,
+    message TEXT NOT NULL,
+    level INTEGER NOT NULL,
+    priority INTEGER NOT NULL,
+    type INTEGER NOT NULL,
+    value BLOB,
+    threshold1 BLOB,
+    threshold2 BLOB);
+
+CREATE TABLE write_record(
+    number INTEGER PRIMARY KEY,
+    time_ms INTEGER NOT NULL,
+    program TEXT NOT NULL,
+    user TEXT NOT NULL,
+    path TEXT NOT NULL,
+    asked TEXT NOT NULL,
+    result TEXT NOT NULL);
+
 INSERT INTO sqlite_sequence(name, seq) VALUES('device', 999), ('channel', 999);
 )sql";
 

@@ -9,7 +9,7 @@ namespace tessapi {
 /// The tables of the store.
 namespace Schema {
 
-inline constexpr std::int64_t VERSION = 1;
+inline constexpr std::int64_t VERSION = 2;
 /// "TESS": marks a database file as a store.
 inline constexpr std::int64_t APPLICATION_ID = 0x54455353;
 /// Identifiers that the store gives start here; those below are for wanted ones.

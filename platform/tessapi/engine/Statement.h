@@ -3,7 +3,9 @@
 #include "platform/qz/CValue.h"
 #include "platform/tessapi/engine/Database.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -42,6 +44,12 @@ public:
 
     /// `text` lives as long as the program.
     Statement(Database& owner, const char* text) : database{owner}, sql{text} {}
+
+    /// As an argument of LIMIT.
+    static std::int64_t limit(std::size_t rows) {
+        constexpr auto most = std::numeric_limits<std::int64_t>::max();
+        return rows > static_cast<std::size_t>(most) ? most : static_cast<std::int64_t>(rows);
+    }
 
     template <class... Arguments>
     Run with(const Arguments&... arguments) {

@@ -30,6 +30,8 @@ public:
             return "the store's file was removed or replaced";
         case StoreFault::forked:
             return "a store cannot be used across a fork of the process";
+        case StoreFault::occupied:
+            return "the store has something in it already";
         }
         return "unknown failure";
     }

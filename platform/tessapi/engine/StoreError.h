@@ -16,6 +16,7 @@ enum class StoreFault {
     missing,      ///< there is no store and none may be made
     disappeared,  ///< the file was removed or replaced while it was open
     forked,       ///< the accessor was made before the process forked
+    occupied,     ///< the store has something in it already
 };
 
 /// "tess": the texts of `StoreFault`.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/tessapi/engine/IBell.h"
 #include "platform/tessapi/engine/SharedPage.h"
 
 #include <chrono>
@@ -7,25 +8,21 @@
 
 namespace tessapi {
 
-/// Tells the listeners of a store, in all programs, to look at its change log. It carries nothing itself.
-///
-/// A listener takes a ticket, looks, and only then waits with the ticket: what is signalled after the ticket
-/// was taken ends the wait at once. Threads: any, of any process.
-class Wakeup {
+/// The bell of the listeners in all programs that share a page.
+/// Threads: any, of any process.
+class Wakeup final : public IBell {
 public:
-    using Ticket = std::uint32_t;
-
     /// `owner` outlives the object.
     explicit Wakeup(SharedPage& owner) : page{owner} {}
 
     /// After a commit. Without listeners it costs no call of the system.
-    void signal();
+    void signal() override;
 
-    Ticket ticket() const;
+    Ticket ticket() const override;
 
-    /// Waits until there was a signal after `taken`, at most `longest`: a writer that was killed between its
-    /// commit and its signal must not keep the news for ever. May return early.
-    void wait(Ticket taken, std::chrono::milliseconds longest);
+    /// A writer that was killed between its commit and its signal must not keep the news for ever, so
+    /// `longest` should be short.
+    void wait(Ticket taken, std::chrono::milliseconds longest) override;
 
 private:
     SharedPage& page;

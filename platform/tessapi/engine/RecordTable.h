@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/tessapi/WriteRecord.h"
+#include "platform/tessapi/engine/Ring.h"
+#include "platform/tessapi/engine/Statement.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace tessapi {
+
+/// The writes to the device that were asked for, the newest of them: see `Ring`.
+/// Threads: those of its database.
+class RecordTable {
+public:
+    RecordTable(Database& owner, std::int64_t keep);
+
+    /// Its number is given here unless it has one.
+    void append(const WriteRecord& record);
+
+    /// At most `limit`, the newest, at or after `sinceMs`; oldest first.
+    std::vector<WriteRecord> since(std::int64_t sinceMs, std::size_t limit);
+
+private:
+    Database& database;
+    Ring ring;
+    Statement insert;
+    Statement newest;
+};
+
+} // namespace tessapi

@@ -1,0 +1,250 @@
+#include "platform/tessapi/engine/SqliteEngine.h"
+
+#include "platform/tessapi/engine/MemoryStores.h"
+#include "platform/tessapi/engine/Schema.h"
+#include "platform/tessapi/engine/StoreError.h"
+#include "platform/tessapi/engine/StoreFile.h"
+#include "platform/tessapi/engine/Transaction.h"
+
+#include <utility>
+
+namespace tessapi {
+
+namespace {
+
+using velk::common::MutexLock;
+
+/// Changes that a listener takes at a time: the store is locked for as long as it takes to read them.
+constexpr std::int64_t NEWS_AT_A_TIME = 256;
+
+} // namespace
+
+std::shared_ptr<Engine> SqliteEngine::open(const StoreUrl& url, bool create, const Options& options) {
+    return url.inMemory() ? openMemory(url, create, options) : openFile(url, create, options);
+}
+
+SqliteEngine::SqliteEngine(const StoreUrl& url, std::unique_ptr<SharedPage> words, const Options& options) :
+    store{url.text()},
+    page{std::move(words)},
+    writers{std::make_unique<InterprocessLock>(*page, store, options.longestWait)},
+    bell{*page},
+    catalogue{url.inMemory() ? Catalogue::builtin() : Catalogue::forStore(url.place())} {}
+
+SqliteEngine::~SqliteEngine() = default;
+
+std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create, const Options& options) {
+    const auto path = StoreFile::locate(url.place(), url.text(), create);
+    auto words = std::make_unique<SharedPage>(path + "-lock", url.text());
+    std::shared_ptr<SqliteEngine> engine{new SqliteEngine{url, std::move(words), options}};
+    {
+        InterprocessHold hold{*engine->writers};
+        engine->writer = std::make_unique<Connection>(path, engine->store, engine->catalogue, options);
+        MutexLock lock{engine->writer->mutex};
+        StoreFile::prepare(engine->writer->database, create);
+    }
+    engine->secondConnection = std::make_unique<Connection>(path, engine->store, engine->catalogue, options);
+    engine->reader = engine->secondConnection.get();
+    engine->checkSound();
+    engine->keeper = std::make_unique<Keeper>(path, engine->store, *engine->writers);
+    engine->retypeChannels();
+    return engine;
+}
+
+std::shared_ptr<Engine> SqliteEngine::openMemory(const StoreUrl& url, bool create, const Options& options) {
+    return MemoryStores::find(url.place(), [&url, create, &options] {
+        if (!create) {
+            throwStoreFault(url.text(), StoreFault::missing, "");
+        }
+        std::shared_ptr<SqliteEngine> engine{new SqliteEngine{url, std::make_unique<SharedPage>(), options}};
+        engine->writer = std::make_unique<Connection>(":memory:", engine->store, engine->catalogue, options);
+        engine->reader = engine->writer.get();
+        MutexLock lock{engine->writer->mutex};
+        Schema::create(engine->writer->database);
+        return engine;
+    });
+}
+
+template <class Work>
+void SqliteEngine::commit(Work& work) {
+    InterprocessHold hold{*writers};
+    writer->database.checkStillThere();
+    Transaction transaction{writer->database, Transaction::Kind::write};
+    work(writer->model);
+    transaction.commit();
+}
+
+template <class Work>
+void SqliteEngine::write(Work work) {
+    checkNotForked();
+    MutexLock lock{writer->mutex};
+    commit(work);
+    bell.signal();
+    if (keeper) {
+        keeper->noteCommit(writer->database.logFrames());
+    }
+}
+
+template <class Work>
+auto SqliteEngine::ask(Work work) {
+    checkNotForked();
+    MutexLock lock{reader->mutex};
+    reader->database.checkStillThere();
+    return work(reader->model);
+}
+
+template <class Work>
+auto SqliteEngine::read(Work work) {
+    checkNotForked();
+    MutexLock lock{reader->mutex};
+    reader->database.checkStillThere();
+    Transaction transaction{reader->database, Transaction::Kind::read};
+    return work(reader->model);
+}
+
+void SqliteEngine::checkSound() {
+    MutexLock lock{reader->mutex};
+    Schema::checkSound(reader->database);
+}
+
+void SqliteEngine::retypeChannels() {
+    if (ask([](Model& model) { return model.hasOutdatedTypes(); })) {
+        write([](Model& model) { model.retypeChannels(); });
+    }
+}
+
+std::uint64_t SqliteEngine::deviceIdOf(const velk::common::Uuid& uuid) {
+    return ask([&](Model& model) { return model.devices.find(uuid); });
+}
+
+velk::common::Uuid SqliteEngine::uuidOf(std::uint64_t device) {
+    return ask([&](Model& model) { return model.devices.uuidOf(device); });
+}
+
+std::uint64_t SqliteEngine::emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent,
+                                          std::uint64_t wanted) {
+    std::uint64_t device = 0;
+    write([&](Model& model) { device = model.emplaceDevice(uuid, parent, wanted); });
+    return device;
+}
+
+void SqliteEngine::removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep,
+                                    unsigned int limit) {
+    write([&](Model& model) { model.removeSubDevices(device, keep, limit); });
+}
+
+qz::CDevice SqliteEngine::device(std::uint64_t device) {
+    return read([&](Model& model) { return model.devices.get(device); });
+}
+
+std::string SqliteEngine::attribute(std::uint64_t device, std::uint32_t number) {
+    return ask([&](Model& model) { return model.devices.attribute(device, number); });
+}
+
+void SqliteEngine::setAttribute(std::uint64_t device, std::uint32_t number, const std::string& text) {
+    write([&](Model& model) { model.setAttribute(device, number, text); });
+}
+
+std::uint64_t SqliteEngine::findChannel(std::uint64_t device, const std::string& name) {
+    return ask([&](Model& model) { return model.channels.find(device, name); });
+}
+
+std::uint64_t SqliteEngine::emplaceChannel(std::uint64_t device, const std::string& name) {
+    if (const auto known = findChannel(device, name); known != ~std::uint64_t{0}) {
+        return known;
+    }
+    std::uint64_t channel = 0;
+    write([&](Model& model) { channel = model.emplaceChannel(device, name); });
+    return channel;
+}
+
+void SqliteEngine::removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) {
+    write([&](Model& model) { model.removeChannels(device, keep); });
+}
+
+qz::datatype SqliteEngine::typeOf(std::uint64_t channel) {
+    return ask([&](Model& model) { return model.channels.typeOf(channel); });
+}
+
+qz::CValue SqliteEngine::valueOf(std::uint64_t channel) {
+    return ask([&](Model& model) { return model.channels.valueOf(channel); });
+}
+
+void SqliteEngine::setValue(std::uint64_t channel, const qz::CValue& value) {
+    write([&](Model& model) { model.setValue(channel, value); });
+}
+
+void SqliteEngine::setValues(const std::vector<ChannelValue>& values) {
+    write([&](Model& model) {
+        for (const auto& [channel, value] : values) {
+            model.setValue(channel, value);
+        }
+    });
+}
+
+void SqliteEngine::setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) {
+    write([&](Model& model) { model.setAlarmConfig(channel, config); });
+}
+
+void SqliteEngine::setStates(std::uint64_t channel, const qz::CMultistateMap& states) {
+    write([&](Model& model) { model.setStates(channel, states); });
+}
+
+std::optional<ActiveAlarm> SqliteEngine::mostCriticalOf(std::uint64_t device) {
+    return ask([&](Model& model) { return model.alarms.mostCriticalOf(device); });
+}
+
+std::vector<AlarmEvent> SqliteEngine::alarmEvents(std::int64_t sinceMs, std::size_t limit) {
+    return ask([&](Model& model) { return model.events.since(sinceMs, limit); });
+}
+
+std::vector<WriteRecord> SqliteEngine::writeRecords(std::int64_t sinceMs, std::size_t limit) {
+    return ask([&](Model& model) { return model.records.since(sinceMs, limit); });
+}
+
+void SqliteEngine::recordWrite(const WriteRecord& record) {
+    write([&](Model& model) { model.records.append(record); });
+}
+
+StoreImage SqliteEngine::image() {
+    return read([](Model& model) { return model.image(); });
+}
+
+void SqliteEngine::fill(const StoreImage& image) {
+    write([&](Model& model) { model.fill(image); });
+}
+
+StoreSnapshot SqliteEngine::snapshot() {
+    return read([](Model& model) { return model.snapshot(); });
+}
+
+Engine::Start SqliteEngine::startOf(const std::vector<std::uint64_t>& channels) {
+    return read([&](Model& model) {
+        Start start;
+        start.seq = model.changes.head();
+        for (const auto channel : channels) {
+            start.values.emplace(channel, model.channels.valueOf(channel));
+        }
+        return start;
+    });
+}
+
+Engine::News SqliteEngine::newsAfter(std::int64_t seq) {
+    auto news = read([seq](Model& model) {
+        News found{model.changes.after(seq, NEWS_AT_A_TIME), seq, false};
+        if (found.changes.empty()) {
+            return found;
+        }
+        found.upTo = found.changes.back().seq;
+        if (found.changes.front().seq != seq + 1) {
+            found = {model.changes.summaryAfter(seq), model.changes.head(), true};
+        }
+        return found;
+    });
+    if (keeper && !news.changes.empty()) {
+        // Their writer may have been killed before it has synced them.
+        keeper->noteCommit(0);
+    }
+    return news;
+}
+
+} // namespace tessapi

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/tessapi/engine/Connection.h"
+#include "platform/tessapi/engine/Engine.h"
+#include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/Keeper.h"
+#include "platform/tessapi/engine/SharedPage.h"
+#include "platform/tessapi/engine/StoreUrl.h"
+#include "platform/tessapi/engine/Wakeup.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tessapi {
+
+/// A store in a database, in a file or in memory: the two differ in what `open` makes. Every call is one
+/// transaction; a call that writes waits for the lock between the processes.
+class SqliteEngine final : public Engine {
+public:
+    static std::shared_ptr<Engine> open(const StoreUrl& url, bool create, const Options& options);
+    ~SqliteEngine() override;
+
+    const std::string& url() const override { return store; }
+
+    std::uint64_t deviceIdOf(const velk::common::Uuid& uuid) override;
+    velk::common::Uuid uuidOf(std::uint64_t device) override;
+    std::uint64_t emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent,
+                                std::uint64_t wanted) override;
+    void removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep,
+                          unsigned int limit) override;
+    qz::CDevice device(std::uint64_t device) override;
+    std::string attribute(std::uint64_t device, std::uint32_t number) override;
+    void setAttribute(std::uint64_t device, std::uint32_t number, const std::string& text) override;
+
+    std::uint64_t findChannel(std::uint64_t device, const std::string& name) override;
+    std::uint64_t emplaceChannel(std::uint64_t device, const std::string& name) override;
+    void removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) override;
+    qz::datatype typeOf(std::uint64_t channel) override;
+    qz::CValue valueOf(std::uint64_t channel) override;
+    void setValue(std::uint64_t channel, const qz::CValue& value) override;
+    void setValues(const std::vector<ChannelValue>& values) override;
+    void setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) override;
+    void setStates(std::uint64_t channel, const qz::CMultistateMap& states) override;
+
+    std::optional<ActiveAlarm> mostCriticalOf(std::uint64_t device) override;
+    StoreSnapshot snapshot() override;
+
+    std::vector<AlarmEvent> alarmEvents(std::int64_t sinceMs, std::size_t limit) override;
+    std::vector<WriteRecord> writeRecords(std::int64_t sinceMs, std::size_t limit) override;
+    void recordWrite(const WriteRecord& record) override;
+    StoreImage image() override;
+    void fill(const StoreImage& image) override;
+
+    Start startOf(const std::vector<std::uint64_t>& channels) override;
+    News newsAfter(std::int64_t seq) override;
+    IBell& wakeup() override { return bell; }
+
+private:
+    SqliteEngine(const StoreUrl& url, std::unique_ptr<SharedPage> words, const Options& options);
+
+    static std::shared_ptr<Engine> openFile(const StoreUrl& url, bool create, const Options& options);
+    static std::shared_ptr<Engine> openMemory(const StoreUrl& url, bool create, const Options& options);
+    void checkSound();
+    void retypeChannels();
+
+    /// Runs `work` on the model within a write transaction and tells of the commit.
+    template <class Work>
+    void write(Work work);
+    template <class Work>
+    void commit(Work& work) VELK_REQUIRES(writer->mutex);
+    /// Runs one query of the model.
+    template <class Work>
+    auto ask(Work work);
+    /// Runs several queries of the model on one state of the store.
+    template <class Work>
+    auto read(Work work);
+
+    const std::string store;
+    std::unique_ptr<SharedPage> page;
+    std::unique_ptr<InterprocessLock> writers;
+    Wakeup bell;
+    Catalogue catalogue;
+    std::unique_ptr<Connection> writer;
+    std::unique_ptr<Connection> secondConnection; ///< null in memory
+    Connection* reader{nullptr};                  ///< the second connection, in memory the writer
+    std::unique_ptr<Keeper> keeper;               ///< null in memory; before the lock and the page to go
+};
+
+} // namespace tessapi
