@@ -202,7 +202,9 @@ std::vector<WriteRecord> SqliteEngine::writeRecords(std::int64_t sinceMs, std::s
 }
 
 void SqliteEngine::recordWrite(const WriteRecord& record) {
-    write([&](Model& model) { model.records.append(record); });
+    auto numbered = record;
+    numbered.number = 0; // the store gives it
+    write([&](Model& model) { model.records.append(numbered); });
 }
 
 StoreImage SqliteEngine::image() {

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +26,8 @@ inline const std::string LABELLED{"PowerDistribution.Status.StoragePresent"};
 
 constexpr std::uint64_t UNKNOWN_ID = ITessAccessor::UNKNOWN_ID;
 constexpr std::uint64_t ROOT = ITessAccessor::ROOT_DEVICE;
+/// As a limit.
+constexpr std::size_t EVERYTHING = std::numeric_limits<std::size_t>::max();
 
 /// A fresh store of the engine under test and one client of it.
 class StoreTest : public ::testing::TestWithParam<std::string> {

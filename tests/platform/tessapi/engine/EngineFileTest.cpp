@@ -81,7 +81,7 @@ TEST_F(EngineFileTest, AStoreThatIsRemovedWhileItIsOpenIsNoLongerWrittenOrRead) 
 
 TEST_F(EngineFileTest, AStoreOfAnotherSchemaVersionIsRefused) {
     open();
-    execute("PRAGMA user_version=2");
+    execute("PRAGMA user_version=99");
     expectFault(StoreFault::wrongVersion, [&] { open(); });
 }
 

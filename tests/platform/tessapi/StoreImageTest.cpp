@@ -1,0 +1,166 @@
+#include "platform/tessapi/StoreImage.h"
+
+#include "tests/platform/tessapi/StoreTest.h"
+
+#include <boost/system/system_error.hpp>
+
+namespace tessapi::contract {
+namespace {
+
+using qz::CValue;
+
+/// The whole store at once, and several values at once.
+class StoreImageTest : public StoreTest {
+protected:
+    /// Another store of the same engine, empty.
+    StoreClient& other() {
+        if (!second) {
+            second.emplace(url() + "-other");
+        }
+        return *second;
+    }
+
+    void furnish() {
+        device = client().device("device");
+        client().device("child", device);
+        client().device("seat", ROOT, 20);
+        client().channels().setDeviceAttribute(device, DeviceAttribute::path, "Inputs.1");
+        voltage = client().channel(device, names::FLOAT32);
+        client().setAlarms(voltage, {{LevelAlarm::critical, 1, CValue{240.0f}, {}, 2, "high", {}, 0}});
+        client().set(voltage, 250.0f);
+        client().channel(device, names::LABELLED);
+        client().set(client().channel(device, names::STRING), std::string{"a \"text\"\n"});
+        client().browser().recordWrite({0, 1000, "tess", "alice", "path", "1", ""});
+    }
+
+    static void expectSame(const StoreImage& one, const StoreImage& other) {
+        EXPECT_EQ(one.lastDevice, other.lastDevice);
+        EXPECT_EQ(one.lastChannel, other.lastChannel);
+        EXPECT_EQ(one.alarmEvents, other.alarmEvents);
+        EXPECT_EQ(one.writeRecords, other.writeRecords);
+        ASSERT_EQ(one.content.devices.size(), other.content.devices.size());
+        for (std::size_t i = 0; i < one.content.devices.size(); ++i) {
+            EXPECT_EQ(one.content.devices[i].id, other.content.devices[i].id);
+            EXPECT_EQ(one.content.devices[i].uuid, other.content.devices[i].uuid);
+            EXPECT_EQ(one.content.devices[i].parentId, other.content.devices[i].parentId);
+            EXPECT_EQ(one.content.devices[i].attributes, other.content.devices[i].attributes);
+        }
+        ASSERT_EQ(one.content.channels.size(), other.content.channels.size());
+        for (std::size_t i = 0; i < one.content.channels.size(); ++i) {
+            const auto& a = one.content.channels[i];
+            const auto& b = other.content.channels[i];
+            EXPECT_EQ(a.id, b.id);
+            EXPECT_EQ(a.deviceId, b.deviceId);
+            EXPECT_EQ(a.name, b.name);
+            EXPECT_EQ(a.type, b.type);
+            EXPECT_EQ(a.value, b.value);
+            EXPECT_EQ(a.initialized, b.initialized);
+            EXPECT_EQ(a.writtenMs, b.writtenMs);
+            EXPECT_EQ(a.changedMs, b.changedMs);
+            EXPECT_EQ(a.states, b.states);
+            EXPECT_EQ(a.alarmConfig.triggers, b.alarmConfig.triggers);
+            EXPECT_EQ(a.activeAlarms.size(), b.activeAlarms.size());
+        }
+    }
+
+    std::optional<StoreClient> second;
+    std::uint64_t device{UNKNOWN_ID};
+    std::uint64_t voltage{UNKNOWN_ID};
+};
+
+VELK_TEST_EVERY_ENGINE(StoreImageTest);
+
+TEST_P(StoreImageTest, AStoreFilledFromAnImageHasTheSameImage) {
+    furnish();
+    const auto image = client().browser().image();
+    EXPECT_EQ(image.content.devices.size(), 4u);
+    EXPECT_EQ(image.alarmEvents.size(), 1u);
+    other().browser().fill(image);
+    expectSame(image, other().browser().image());
+    EXPECT_EQ(other().alarms().getMostCritical(device)->code, "high");
+}
+
+TEST_P(StoreImageTest, IdentifiersThatTheImageHadGivenAreNotGivenAgain) {
+    furnish();
+    const auto gone = client().device("gone");
+    client().store().removeAllSubDevicesExcept(ROOT, {device}, 10);
+    other().browser().fill(client().browser().image());
+    EXPECT_GT(other().device("new"), gone);
+}
+
+TEST_P(StoreImageTest, FillingIsNoWriteAndTellsNobody) {
+    furnish();
+    const auto told = other().watchAll();
+    other().browser().fill(client().browser().image());
+    other().settle();
+    for (const auto& write : told.all()) {
+        EXPECT_NE(write.channel, voltage);
+    }
+}
+
+TEST_P(StoreImageTest, AStoreWithSomethingInItIsNotFilled) {
+    furnish();
+    other().device("something");
+    const auto before = other().browser().image();
+    EXPECT_THROW(other().browser().fill(client().browser().image()), boost::system::system_error);
+    expectSame(before, other().browser().image());
+}
+
+TEST_P(StoreImageTest, TheNextEventGoesOnWithTheNumbers) {
+    furnish();
+    other().browser().fill(client().browser().image());
+    other().set(voltage, 230.0f);
+    const auto events = other().browser().alarmEvents(0, EVERYTHING);
+    ASSERT_EQ(events.size(), 2u);
+    EXPECT_EQ(events[1].number, 2);
+    EXPECT_FALSE(events[1].raised);
+}
+
+TEST_P(StoreImageTest, ValuesOfAGroupAreDeliveredEachInTheOrderOfTheGroup) {
+    furnish();
+    const auto model = client().channel(device, names::STRING);
+    const auto told = client().watch({voltage, model});
+    client().channels().setChannelCValues({{model, CValue{std::string{"one"}}},
+                                           {voltage, CValue{230.0f}},
+                                           {model, CValue{std::string{"two"}}}});
+    const std::vector<Write> expected{
+        {model, CValue{std::string{"one"}}}, {voltage, CValue{230.0f}}, {model, CValue{std::string{"two"}}}};
+    EXPECT_EQ(told.waitFor(3), expected);
+}
+
+TEST_P(StoreImageTest, AGroupWithAValueOfAnotherTypeIsNotWrittenAtAll) {
+    furnish();
+    const auto model = client().channel(device, names::STRING);
+    EXPECT_THROW(client().channels().setChannelCValues({{voltage, CValue{1.0f}}, {model, CValue{1U}}}),
+                 std::invalid_argument);
+    EXPECT_EQ(client().channels().getChannelCValue(voltage), CValue{250.0f});
+}
+
+TEST_P(StoreImageTest, AGroupWithAChannelThatIsGoneIsNotWrittenAtAll) {
+    furnish();
+    EXPECT_THROW(client().channels().setChannelCValues({{voltage, CValue{1.0f}}, {999'999, CValue{1U}}}),
+                 std::runtime_error);
+    EXPECT_EQ(client().channels().getChannelCValue(voltage), CValue{250.0f});
+}
+
+TEST_P(StoreImageTest, AGroupRaisesAndClearsAlarmsValueByValue) {
+    furnish();
+    client().channels().setChannelCValues({{voltage, CValue{230.0f}}, {voltage, CValue{260.0f}}});
+    const auto events = client().browser().alarmEvents(0, EVERYTHING);
+    ASSERT_EQ(events.size(), 3u);
+    EXPECT_FALSE(events[1].raised);
+    EXPECT_TRUE(events[2].raised);
+}
+
+TEST_P(StoreImageTest, AnEmptyGroupWritesNothing) {
+    furnish();
+    const auto told = client().watchAll();
+    client().channels().setChannelCValues({});
+    client().settle();
+    for (const auto& write : told.all()) {
+        EXPECT_NE(write.channel, voltage);
+    }
+}
+
+} // namespace
+} // namespace tessapi::contract
