@@ -95,8 +95,13 @@ std::uint64_t Model::emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t
     if (!devices.contains(parent) || contains(subtree, parent)) {
         return UNKNOWN;
     }
+    const bool hadAlarms = isWish && alarms.mostCriticalOf(wanted).has_value();
     removeDevices(subtree);
-    return devices.insert(uuid, parent, isWish ? wanted : 0);
+    const auto made = devices.insert(uuid, parent, isWish ? wanted : 0);
+    if (hadAlarms) {
+        announceAlarms(made, nowMs()); // who watches the seat must not go on with those of the former device
+    }
+    return made;
 }
 
 void Model::removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep,

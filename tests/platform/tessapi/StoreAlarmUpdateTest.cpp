@@ -48,6 +48,25 @@ TEST_P(StoreAlarmUpdateTest, ARaisedAlarmIsToldWithItsLevelAndDevice) {
     EXPECT_EQ(told[0].deviceId, device);
 }
 
+TEST_P(StoreAlarmUpdateTest, WhoWatchesASeatIsToldWhenAnotherDeviceTakesItWithoutTheAlarms) {
+    const auto seat = client().device("old", ROOT, 20);
+    const auto channel = client().channel(seat, names::FLOAT32);
+    client().setAlarms(channel, {above(LevelAlarm::critical, CValue{240.0f})});
+    client().set(channel, 250.0f);
+    const auto updates = client().watchAlarms(seat);
+    client().device("new", ROOT, 20);
+    EXPECT_EQ(levels(updates.waitFor(1)), (Levels{LevelAlarm::good}));
+}
+
+TEST_P(StoreAlarmUpdateTest, ASeatWithoutAlarmsIsTakenSilently) {
+    const auto seat = client().device("old", ROOT, 20);
+    client().channel(seat, names::FLOAT32);
+    const auto updates = client().watchAlarms(seat);
+    client().device("new", ROOT, 20);
+    client().settle();
+    EXPECT_TRUE(updates.all().empty());
+}
+
 TEST_P(StoreAlarmUpdateTest, NothingIsToldAtSubscription) {
     client().setAlarms(voltage, {above(LevelAlarm::critical, CValue{240.0f})});
     client().set(voltage, 250.0f);
