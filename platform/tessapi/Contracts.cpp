@@ -1,4 +1,4 @@
-// The out-of-line destructors of the store's interfaces: one vtable each, in this library.
+// The out-of-line parts of the store's interfaces: one vtable each, in this library.
 
 #include "platform/tessapi/DataAlarms.h"
 #include "platform/tessapi/ITessAccessor.h"
@@ -14,5 +14,11 @@ InBandAccessor::~InBandAccessor() = default;
 DataAlarms::~DataAlarms() = default;
 
 StoreBrowser::~StoreBrowser() = default;
+
+StoreHealth StoreBrowser::health() {
+    StoreHealth health;
+    health.url = url();
+    return health;
+}
 
 } // namespace tessapi

@@ -8,6 +8,7 @@
 #include "platform/qz/datatype.h"
 #include "platform/tessapi/AlarmEvent.h"
 #include "platform/tessapi/DataAlarms.h"
+#include "platform/tessapi/StoreHealth.h"
 #include "platform/tessapi/WriteRecord.h"
 
 #include <cstddef>
@@ -85,6 +86,10 @@ public:
     /// Puts everything of `image` into a store that has nothing but its root device; throws
     /// boost::system::system_error for any other. It is no write: nobody is told.
     virtual void fill(const StoreImage& image) = 0;
+
+    /// How the store stands with what it lies on. Without an engine behind it there is nothing to tell but
+    /// the URL.
+    virtual StoreHealth health();
 };
 
 } // namespace tessapi

@@ -40,4 +40,8 @@ void BrowserClient::fill(const StoreImage& image) {
     engine.fill(image);
 }
 
+StoreHealth BrowserClient::health() {
+    return engine.health();
+}
+
 } // namespace tessapi

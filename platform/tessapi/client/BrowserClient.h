@@ -22,6 +22,7 @@ public:
     void recordWrite(const WriteRecord& record) override;
     StoreImage image() override;
     void fill(const StoreImage& image) override;
+    StoreHealth health() override;
 
 private:
     Engine& engine;

@@ -13,6 +13,13 @@ std::shared_ptr<Engine> Engine::open(const StoreUrl& url, bool create, const Opt
     return SqliteEngine::open(url, create, options);
 }
 
+StoreHealth Engine::health() {
+    StoreHealth health;
+    health.url = url();
+    health.engine = health.url.substr(0, health.url.find(':'));
+    return health;
+}
+
 bool Engine::isForked() const {
     return owner != ::getpid();
 }

@@ -8,6 +8,7 @@
 #include "platform/qz/datatype.h"
 #include "platform/tessapi/AlarmEvent.h"
 #include "platform/tessapi/StoreBrowser.h"
+#include "platform/tessapi/StoreHealth.h"
 #include "platform/tessapi/StoreImage.h"
 #include "platform/tessapi/WriteRecord.h"
 #include "platform/tessapi/engine/Change.h"
@@ -103,6 +104,8 @@ public:
     virtual void recordWrite(const WriteRecord& record) = 0;
     virtual StoreImage image() = 0;
     virtual void fill(const StoreImage& image) = 0;
+    /// An engine that has more to tell than its name and URL overrides it.
+    virtual StoreHealth health();
 
     virtual Start startOf(const std::vector<std::uint64_t>& channels) = 0;
     /// At most some hundred changes; call again until there are none.
