@@ -43,6 +43,10 @@ public:
         std::chrono::milliseconds longestWait{3000};
         /// Alarm events, and likewise records of writes, that are kept.
         std::int64_t eventsKept{10'000};
+        /// Frames of the log, of one page each, that are worth copying into the file.
+        int framesToCopy{8192};
+        /// How long what was committed waits for more to be synced with it.
+        std::chrono::milliseconds restBeforeSync{500};
     };
 
     /// What a listener has to know when it starts: changes after `seq` are news to it.

@@ -9,12 +9,16 @@ namespace {
 
 using velk::common::MutexLock;
 
-constexpr std::chrono::milliseconds REST{500};
-
 } // namespace
 
-Keeper::Keeper(const std::string& path, const std::string& store, InterprocessLock& lock) :
-    writers{lock}, database{path, store}, clock{velk::common::Clock::system()} {
+Keeper::Keeper(const std::string& path, const std::string& store, InterprocessLock& lock,
+               const Engine::Options& options) :
+    writers{lock},
+    framesWorthCopying{options.framesToCopy},
+    rest{options.restBeforeSync},
+    database{path, store},
+    clock{velk::common::Clock::system()},
+    framesToCopy{options.framesToCopy} {
     database.execute("SELECT count(*) FROM sqlite_master"); // the log is open from the first read on
     thread = std::thread{[this] { run(); }};
 }
@@ -33,7 +37,7 @@ void Keeper::noteCommit(int logFrames) {
     {
         MutexLock lock{mutex};
         if (logFrames != 0 && logFrames < frames) {
-            framesToCopy = FRAMES_TO_COPY; // the log was started anew
+            framesToCopy = framesWorthCopying; // the log was started anew
         }
         if (logFrames != 0) {
             frames = logFrames;
@@ -51,7 +55,7 @@ void Keeper::waitForWork(MutexLock& lock) {
         clock.waitFor(condition, lock, std::chrono::hours{1});
     }
     // What comes within the rest shares the sync.
-    const auto end = clock.now() + REST;
+    const auto end = clock.now() + rest;
     while (!stopping && frames < framesToCopy && clock.now() < end) {
         clock.waitFor(condition, lock, end - clock.now());
     }
@@ -66,7 +70,7 @@ void Keeper::run() {
         }
         const bool copy = frames >= framesToCopy;
         if (copy) {
-            framesToCopy = frames + FRAMES_TO_COPY;
+            framesToCopy = frames + framesWorthCopying;
         }
         dirty = false;
         const bool last = stopping;

@@ -3,8 +3,10 @@
 #include "platform/common/Clock.h"
 #include "platform/common/Mutex.h"
 #include "platform/tessapi/engine/Database.h"
+#include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <string>
 #include <thread>
@@ -17,11 +19,9 @@ namespace tessapi {
 /// Threads: any.
 class Keeper {
 public:
-    /// Frames of the log, of one page each, that are worth copying.
-    static constexpr int FRAMES_TO_COPY = 8192;
-
     /// `lock` outlives the keeper.
-    Keeper(const std::string& path, const std::string& store, InterprocessLock& lock);
+    Keeper(const std::string& path, const std::string& store, InterprocessLock& lock,
+           const Engine::Options& options);
     /// Syncs what is not synced yet.
     ~Keeper();
     Keeper(const Keeper&) = delete;
@@ -38,6 +38,8 @@ private:
     bool keep(bool copy);
 
     InterprocessLock& writers;
+    const int framesWorthCopying;
+    const std::chrono::milliseconds rest;
     Database database; // of the thread alone, once it runs
     velk::common::Clock& clock;
     velk::common::Mutex mutex;
@@ -47,7 +49,7 @@ private:
     int frames VELK_GUARDED_BY(mutex){0};
     /// Rises after a copy that could not start the log anew because of a reader, so that not every following
     /// commit asks for another one.
-    int framesToCopy VELK_GUARDED_BY(mutex){FRAMES_TO_COPY};
+    int framesToCopy VELK_GUARDED_BY(mutex);
     bool failing{false}; ///< of the keeper's thread alone
     std::thread thread;
 };

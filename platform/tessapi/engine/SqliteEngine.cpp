@@ -45,7 +45,7 @@ std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create,
     engine->secondConnection = std::make_unique<Connection>(path, engine->store, engine->catalogue, options);
     engine->reader = engine->secondConnection.get();
     engine->checkSound();
-    engine->keeper = std::make_unique<Keeper>(path, engine->store, *engine->writers);
+    engine->keeper = std::make_unique<Keeper>(path, engine->store, *engine->writers, options);
     engine->retypeChannels();
     return engine;
 }
