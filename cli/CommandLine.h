@@ -1,9 +1,11 @@
 #pragma once
 
+#include "cli/CompletePathsCommand.h"
 #include "cli/DoCommand.h"
 #include "cli/ExitCode.h"
 #include "cli/LogsCommand.h"
 #include "cli/Session.h"
+#include "cli/Surroundings.h"
 #include "cli/TreeCommand.h"
 #include "cli/WatchCommand.h"
 
@@ -13,13 +15,14 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
+namespace velk::program {
+class ProgramParser;
 }
 
 namespace velk::cli {
 
-/// The arguments of `tess`: which command, with which choices. Made once from the command line, then run.
+/// The arguments of `tess`: which command of `commandTable`, with which choices. Made once from the command
+/// line, then run.
 class CommandLine {
 public:
     CommandLine();
@@ -31,7 +34,13 @@ public:
     /// program ends with the code.
     std::optional<ExitCode> parse(int argc, const char* const* argv);
 
+    /// Whether the command works with a store that is open: then `run`, else `runAlone`.
+    bool needsStore() const { return command != nullptr; }
     ExitCode run(Session& session) const { return command(session); }
+    ExitCode runAlone(Surroundings& surroundings) const { return aloneCommand(surroundings); }
+
+    /// Rows of the table that go nowhere: none, or the table is wrong.
+    std::vector<std::string> unusedRows() const;
 
     bool json{false};
     std::string store; ///< URL; empty for the one that the environment gives
@@ -44,10 +53,11 @@ private:
     void addLogs();
     void addSet();
     void addDo();
-    void addRequestOptions(CLI::App& where);
+    void addShellCommands();
 
-    std::unique_ptr<CLI::App> app;
+    std::unique_ptr<program::ProgramParser> parser;
     std::function<ExitCode(Session&)> command;
+    std::function<ExitCode(Surroundings&)> aloneCommand;
     std::vector<std::string> paths;
     WatchOptions watch;
     LogsOptions logs;
@@ -58,6 +68,8 @@ private:
     std::optional<std::int32_t> delaySeconds;
     double timeoutSeconds{10.0};
     RequestOptions request;
+    std::string shell;
+    PathQuestion question;
 };
 
 } // namespace velk::cli

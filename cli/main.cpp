@@ -17,6 +17,7 @@ using velk::cli::ExitCode;
 using velk::cli::Failure;
 using velk::cli::Session;
 using velk::cli::Style;
+using velk::cli::Surroundings;
 
 /// Keeps the signals that end programs from the threads that are started meanwhile, so that they come to the
 /// main thread.
@@ -53,7 +54,16 @@ std::unique_ptr<tessapi::TessAccessor> openStore(const CommandLine& line) {
     }
 }
 
+ExitCode runAlone(const CommandLine& line) {
+    Surroundings surroundings{
+        line.store, std::cin, std::cout, std::cerr, line.json, Style::forFile(STDOUT_FILENO), nowMs};
+    return line.runAlone(surroundings);
+}
+
 ExitCode runCommand(const CommandLine& line) {
+    if (!line.needsStore()) {
+        return runAlone(line);
+    }
     const auto store = openStore(line);
     Session session{*store,
                     std::cin,

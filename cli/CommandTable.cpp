@@ -1,0 +1,129 @@
+#include "cli/CommandTable.h"
+
+#include "platform/program/Completion.h"
+
+namespace velk::cli {
+
+namespace {
+
+using program::Offer;
+
+// clang-format off
+const std::vector<program::CommandRow>& commands() {
+    static const std::vector<program::CommandRow> rows{
+        {"status", "The device from feed to outlet in words, communication, active alarms"},
+        {"tree", "The parts of the device with their values",
+         {{"[PATH]", "A part, such as Outlets.7; . for the device; all without", Offer::part}},
+         {{"--depth", "LEVELS", "Only so many levels of parts below it"},
+          {"--full", "", "All values of all items, also of long collections"}},
+         {{"tess tree Outlets.7", "One outlet whole"}}},
+        {"get", "The values of paths",
+         {{"PATH...", "Paths, also with wildcards, and devices", Offer::path}},
+         {},
+         {{"tess get 'Outlets.*.Measure.ActivePower'", "The power of every outlet"},
+          {"tess get --json Status.Mode", "One value for a program"}}},
+        {"explain", "Where one value comes from, how it is polled, its alarms",
+         {{"PATH", "One path, such as Inputs.1.Measure.Voltage", Offer::path}}},
+        {"devices", "The devices of the store"},
+        {"channels", "The channels of the store with their types",
+         {{"[PATH...]", "Paths, also with wildcards, and devices; all without", Offer::path}}},
+        {"alarms", "The active alarms"},
+        {"watch", "Changes as they come",
+         {{"[PATH...]", "Paths, also with wildcards, and devices; all without", Offer::path}},
+         {{"--interval", "SECONDS", "Seconds in which the changes of a path make one line (1)"},
+          {"--deadband", "PERCENT", "Percent that a measure must have moved since its last line to make another (1)"},
+          {"--all", "", "Each change for itself, as it comes, however small"},
+          {"--every", "", "As --all, and also writes that change nothing"},
+          {"--count", "NUMBER", "End after so many lines"},
+          {"--for", "SECONDS", "End after so many seconds"}},
+         {{"tess watch 'Inputs.**' --for 60", "What happens at the inputs within a minute"}}},
+        {"logs", "The device's own event log, newest last",
+         {},
+         {{"-n", "NUMBER", "Only so many of the newest events; all without"},
+          {"--follow,-f", "", "Also the events that come later"},
+          {"--for", "SECONDS", "End following after so many seconds"}},
+         {{"tess logs -n 20 --follow", "The newest twenty, and what comes"}}},
+        {"set", "Asks the device to take a setting",
+         {{"PATH", "A setting: Outlets.1.Setting.AutomaticSwitchOnDelay", Offer::setting},
+          {"VALUE", "A number, yes or no, or the name of a state"}},
+         {{"--timeout", "SECONDS", "Seconds to wait for the outcome (10)"},
+          {"--force", "", "Also while the device is not connected"}},
+         {{"tess set Outlets.1.Setting.AutomaticSwitchOnDelay 7", "Outlet 1 comes back after seven seconds"}}},
+        {"do", "Starts an action of the device",
+         {{"PATH", "A part of the device: Outlets.1; . for the device itself", Offer::part},
+          {"ACTION", "Such as StartTest, SwitchOff", Offer::action}},
+         {{"--delay", "SECONDS", "Seconds, for actions that take a delay (0)"},
+          {"--yes", "", "A load may lose power: do not ask"},
+          {"--timeout", "SECONDS", "Seconds to wait for the outcome (10)"},
+          {"--force", "", "Also while the device is not connected"}},
+         {{"tess do BackupSystem.PowerBank StartTest", "Tests the battery"}}},
+        {"completion", "The completion of commands, options and paths for a shell",
+         {{"SHELL", "bash, zsh or fish", Offer::nothing, {"bash", "zsh", "fish"}}},
+         {},
+         {{"source <(tess completion bash)", "Completes in this shell"}}},
+        {"manual", "The manual page of tess, for man",
+         {},
+         {},
+         {{"tess manual | man -l -", "Reads it"}}},
+        {program::COMPLETING_COMMAND, "What may stand in place of a word, for the completion of a shell",
+         {{"KIND", "path, part, setting or action"},
+          {"[WORD]", "What is there of it"},
+          {"[PART]", "For actions: of which part"}},
+         {}, {}, true},
+    };
+    return rows;
+}
+// clang-format on
+
+program::ProgramTable makeTable() {
+    program::ProgramTable table;
+    table.name = "tess";
+    table.text = "Shows what the store of this machine knows of its power device, and asks the device for "
+                 "settings and actions.";
+    table.options = {
+        {"--json", "",
+         "Answer for programs: one JSON document, or one object a line for watch and logs --follow"},
+        {"--store", "URL", "URL of the store, such as sqlite:/var/lib/velk/tess.db"},
+        {"--help,-h", "", "Print this help message and exit"},
+    };
+    table.commands = commands();
+    table.notes = {
+        "Paths are the names that \"tess tree\" shows, joined by dots: Inputs.1.Measure.Voltage. In a path ? "
+        "stands for one letter, * for any letters of one name and, as the last name, for everything below; "
+        "** "
+        "stands for any number of names. Quote them: tess get 'Outlets.*.Status.*'",
+        "The store is the one that TESS_URL names, else the one of this machine.",
+    };
+    table.environment = {
+        {"TESS_URL", "Which store: sqlite:PATH or memory:NAME"},
+        {"STATE_DIRECTORY, XDG_STATE_HOME, HOME", "Without TESS_URL: where the store of this machine lies"},
+        {"NO_COLOR", "No colours, also on a terminal"},
+        {"TZ", "The zone of the times that are shown"},
+    };
+    table.files = {
+        {"$STATE_DIRECTORY/tess.db, $XDG_STATE_HOME/velk/tess.db, ~/.local/state/velk/tess.db",
+         "The store without TESS_URL, in this order"},
+        {"catalogue.d/*.json", "Beside the store: types, units, descriptions and states of further channels"},
+    };
+    table.exitCodes = {
+        {"0", "done"},
+        {"1", "refused or failed"},
+        {"2", "usage"},
+        {"3", "bad configuration"},
+        {"4", "no such path"},
+        {"5", "store unreachable"},
+        {"6", "device not connected"},
+        {"7", "timed out with the outcome unknown"},
+    };
+    table.seeAlso = {"powerdistributiond(8)"};
+    return table;
+}
+
+} // namespace
+
+const program::ProgramTable& commandTable() {
+    static const program::ProgramTable table = makeTable();
+    return table;
+}
+
+} // namespace velk::cli

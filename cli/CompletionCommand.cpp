@@ -1,0 +1,21 @@
+#include "cli/CompletionCommand.h"
+
+#include "cli/CommandTable.h"
+#include "platform/program/Completion.h"
+#include "platform/program/ManualPage.h"
+
+namespace velk::cli {
+
+ExitCode runCompletion(Surroundings& surroundings, const std::string& shell) {
+    surroundings.out << (shell == "bash"  ? program::bashCompletion(commandTable())
+                         : shell == "zsh" ? program::zshCompletion(commandTable())
+                                          : program::fishCompletion(commandTable()));
+    return ExitCode::Done;
+}
+
+ExitCode runManual(Surroundings& surroundings) {
+    surroundings.out << program::manualPage(commandTable(), "VelkPowerDistribution " VELK_VERSION);
+    return ExitCode::Done;
+}
+
+} // namespace velk::cli

@@ -1,0 +1,393 @@
+#include "platform/program/Completion.h"
+
+#include <vector>
+
+namespace velk::program {
+
+namespace {
+
+std::string replaced(std::string text, const std::string& what, const std::string& by) {
+    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
+        text.replace(at, what.size(), by);
+    }
+    return text;
+}
+
+/// A template with the program's name in it.
+std::string forProgram(const char* script, const ProgramTable& table) {
+    return replaced(replaced(script, "@PROGRAM@", table.name), "@ASK@", COMPLETING_COMMAND);
+}
+
+std::string joined(const std::vector<std::string>& words, const char* between) {
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : between) + word;
+    }
+    return text;
+}
+
+std::vector<const CommandRow*> shownCommands(const ProgramTable& table) {
+    std::vector<const CommandRow*> shown;
+    for (const CommandRow& command : table.commands) {
+        if (!command.isHidden) {
+            shown.push_back(&command);
+        }
+    }
+    return shown;
+}
+
+void addOptionNames(const std::vector<OptionRow>& options, std::vector<std::string>& names) {
+    for (const OptionRow& option : options) {
+        for (const std::string& name : namesOf(option)) {
+            names.push_back(name);
+        }
+    }
+}
+
+void addPatterns(const std::string& prefix, const std::vector<OptionRow>& options,
+                 std::vector<std::string>& patterns) {
+    for (const OptionRow& option : options) {
+        for (const std::string& name : namesOf(option)) {
+            if (!option.value.empty()) {
+                patterns.push_back(prefix + ":" + name);
+            }
+        }
+    }
+}
+
+/// "COMMAND:OPTION" for each option that takes a value; "*:OPTION" for those of the program itself.
+std::vector<std::string> patternsOfValued(const ProgramTable& table) {
+    std::vector<std::string> patterns;
+    addPatterns("*", table.options, patterns);
+    for (const CommandRow* command : shownCommands(table)) {
+        addPatterns(command->name, command->options, patterns);
+    }
+    return patterns;
+}
+
+/// Where an argument stands: its number among those of its command, "*" from then on.
+std::string placeOf(const CommandRow& command, const ArgumentRow& argument) {
+    return argument.isRepeated() ? "*" : std::to_string(&argument - command.arguments.data());
+}
+
+// bash
+
+constexpr const char* BASH_HEAD = R"sh(# bash completion of @PROGRAM@, made from the table of its commands
+
+_@PROGRAM@_words() {
+    mapfile -t COMPREPLY < <(compgen -W "$1" -- "$current")
+}
+
+_@PROGRAM@_files() {
+    mapfile -t COMPREPLY < <(compgen -f -- "$current")
+    compopt -o filenames 2>/dev/null
+}
+
+_@PROGRAM@_ask() {
+    mapfile -t COMPREPLY < <("$program" @ASK@ "$1" "$current" "$2" 2>/dev/null)
+    if [[ ${#COMPREPLY[@]} == 1 && ${COMPREPLY[0]} == *. ]]; then
+        compopt -o nospace 2>/dev/null
+    fi
+}
+
+_@PROGRAM@() {
+    local program=$1 current=${COMP_WORDS[COMP_CWORD]} command= option= before= place=0 word i
+    COMPREPLY=()
+    current=${current#[\"\']}
+    for ((i = 1; i < COMP_CWORD; i++)); do
+        word=${COMP_WORDS[i]}
+        # The shell breaks words at these; what stands behind belongs to the word before.
+        if [[ $word == : || $word == = ]]; then
+            option=
+            ((i++))
+            continue
+        fi
+        if [[ -n $option ]]; then
+            option=
+            continue
+        fi
+        case $command:$word in
+)sh";
+
+constexpr const char* BASH_WALK = R"sh() option=$word ;;
+        *:-*) ;;
+        :*) command=$word ;;
+        *) before=$word; ((++place)) ;;
+        esac
+    done
+)sh";
+
+constexpr const char* BASH_TAIL = R"sh(    esac
+}
+
+complete -F _@PROGRAM@ @PROGRAM@
+)sh";
+
+std::string bashOptions(const ProgramTable& table) {
+    std::vector<std::string> common;
+    addOptionNames(table.options, common);
+    std::string text = "    case $command:$current in\n";
+    for (const CommandRow* command : shownCommands(table)) {
+        std::vector<std::string> names;
+        addOptionNames(command->options, names);
+        names.insert(names.end(), common.begin(), common.end());
+        text += "    " + command->name + ":-*) _" + table.name + "_words '" + joined(names, " ") +
+                "'; return ;;\n";
+    }
+    return text + "    *:-*) _" + table.name + "_words '" + joined(common, " ") + "'; return ;;\n    esac\n";
+}
+
+std::string bashAction(const ProgramTable& table, Offer offer) {
+    if (offer == Offer::nothing) {
+        return ":";
+    }
+    return "_" + table.name + (offer == Offer::file ? "_files" : "_ask " + kindOf(offer) + " \"$before\"");
+}
+
+std::string bashOptionValues(const ProgramTable& table) {
+    std::string text = "    if [[ -n $option ]]; then\n        case $command:$option in\n";
+    const auto add = [&](const std::string& prefix, const std::vector<OptionRow>& options) {
+        for (const OptionRow& option : options) {
+            const std::string action = bashAction(table, option.offer);
+            for (const std::string& name : namesOf(option)) {
+                text += option.offer == Offer::nothing
+                            ? ""
+                            : "        " + prefix + ":" + name + ") " + action + " ;;\n";
+            }
+        }
+    };
+    add("*", table.options);
+    for (const CommandRow* command : shownCommands(table)) {
+        add(command->name, command->options);
+    }
+    return text + "        *) ;;\n        esac\n        return\n    fi\n";
+}
+
+std::string bashArguments(const ProgramTable& table) {
+    std::vector<std::string> names;
+    std::string text;
+    for (const CommandRow* command : shownCommands(table)) {
+        names.push_back(command->name);
+        for (const ArgumentRow& argument : command->arguments) {
+            const std::string action = argument.choices.empty() ? bashAction(table, argument.offer)
+                                                                : "_" + table.name + "_words '" +
+                                                                      joined(argument.choices, " ") + "'";
+            text += "    " + command->name + ":" + placeOf(*command, argument) + ") " + action + " ;;\n";
+        }
+    }
+    return "    case $command:$place in\n    :*) _" + table.name + "_words '" + joined(names, " ") +
+           "' ;;\n" + text;
+}
+
+// zsh
+
+constexpr const char* ZSH_HEAD = R"sh(#compdef @PROGRAM@
+# zsh completion of @PROGRAM@, made from the table of its commands
+
+_@PROGRAM@_ask() {
+    local -a found
+    found=(${(f)"$($program @ASK@ "$1" "$PREFIX" "$2" 2>/dev/null)"})
+    compadd -S '' -- ${(M)found:#*.}
+    compadd -- ${found:#*.}
+}
+
+_@PROGRAM@() {
+    local program=$words[1] curcontext=$curcontext state line
+    local -a commands common
+)sh";
+
+constexpr const char* ZSH_TAIL = R"sh(        esac ;;
+    esac
+}
+
+if [[ $funcstack[1] == _@PROGRAM@ ]]; then
+    _@PROGRAM@ "$@"
+else
+    compdef _@PROGRAM@ @PROGRAM@
+fi
+)sh";
+
+std::string zshText(const std::string& text) {
+    std::string result;
+    for (const char letter : text) {
+        if (letter == '[' || letter == ']' || letter == ':' || letter == '\\') {
+            result += '\\';
+        }
+        result += letter;
+    }
+    return replaced(result, "'", "'\\''");
+}
+
+std::string zshAction(const ProgramTable& table, Offer offer) {
+    switch (offer) {
+    case Offer::nothing:
+        return " ";
+    case Offer::file:
+        return "_files";
+    case Offer::action:
+        return "_" + table.name + "_ask action $line[1]";
+    default:
+        return "_" + table.name + "_ask " + kindOf(offer);
+    }
+}
+
+std::string zshOption(const ProgramTable& table, const OptionRow& option) {
+    const auto names = namesOf(option);
+    const std::string value =
+        option.value.empty() ? "" : ":" + option.value + ":" + zshAction(table, option.offer);
+    const std::string rest = "[" + zshText(option.text) + "]" + value + "'";
+    if (names.size() == 1) {
+        return "'" + names.front() + rest;
+    }
+    return "'(" + joined(names, " ") + ")'{" + joined(names, ",") + "}'" + rest;
+}
+
+std::string zshArgument(const ProgramTable& table, const CommandRow& command, const ArgumentRow& argument) {
+    const std::string number =
+        argument.isRepeated() ? "*" : std::to_string(&argument - command.arguments.data() + 1);
+    const std::string optional = !argument.isRepeated() && !argument.isRequired() ? ":" : "";
+    const std::string action = argument.choices.empty() ? zshAction(table, argument.offer)
+                                                        : "(" + joined(argument.choices, " ") + ")";
+    return "'" + number + ":" + optional + argument.name() + ":" + action + "'";
+}
+
+std::string zshCommand(const ProgramTable& table, const CommandRow& command) {
+    std::string text = "        " + command.name + ") _arguments $common";
+    for (const OptionRow& option : command.options) {
+        text += " \\\n            " + zshOption(table, option);
+    }
+    for (const ArgumentRow& argument : command.arguments) {
+        text += " \\\n            " + zshArgument(table, command, argument);
+    }
+    return text + " ;;\n";
+}
+
+// fish
+
+constexpr const char* FISH_HEAD = R"sh(# fish completion of @PROGRAM@, made from the table of its commands
+
+# __@PROGRAM@_at COMMAND PLACE: whether this argument of this command is being typed, any of them for '*'
+function __@PROGRAM@_at
+    set -l command ''
+    set -l place 0
+    set -l skip 0
+    for word in (commandline -opc)[2..]
+        if test $skip = 1
+            set skip 0
+            continue
+        end
+        switch "$command:$word"
+            case )sh";
+
+constexpr const char* FISH_WALK = R"sh(
+                set skip 1
+            case '*:-*'
+            case ':*'
+                set command $word
+            case '*'
+                set place (math $place + 1)
+        end
+    end
+    test "$command" = "$argv[1]"; and contains -- "$argv[2]" '*' $place
+end
+
+function __@PROGRAM@_ask
+    set -l program (commandline -opc)[1]
+    $program @ASK@ $argv[1] (commandline -ct) (commandline -opc)[-1] 2>/dev/null
+end
+
+complete -c @PROGRAM@ -f
+)sh";
+
+std::string fishQuoted(const std::string& text) {
+    return "'" + replaced(replaced(text, "\\", "\\\\"), "'", "\\'") + "'";
+}
+
+std::string fishOption(const ProgramTable& table, const OptionRow& option, const std::string& condition) {
+    std::string text = "complete -c " + table.name + condition;
+    for (const std::string& name : namesOf(option)) {
+        text += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
+    }
+    if (!option.value.empty()) {
+        text += option.offer == Offer::file ? " -r -F" : " -x";
+    }
+    return text + " -d " + fishQuoted(option.text) + "\n";
+}
+
+std::string fishArgument(const ProgramTable& table, const CommandRow& command, const ArgumentRow& argument) {
+    const std::string head = "complete -c " + table.name + " -n \"__" + table.name + "_at " + command.name +
+                             " '" + placeOf(command, argument) + "'\"";
+    if (!argument.choices.empty()) {
+        return head + " -a " + fishQuoted(joined(argument.choices, " ")) + "\n";
+    }
+    if (argument.offer == Offer::nothing) {
+        return "";
+    }
+    return head + (argument.offer == Offer::file
+                       ? " -F\n"
+                       : " -a '(__" + table.name + "_ask " + kindOf(argument.offer) + ")'\n");
+}
+
+} // namespace
+
+std::string kindOf(Offer offer) {
+    switch (offer) {
+    case Offer::path:
+        return "path";
+    case Offer::part:
+        return "part";
+    case Offer::setting:
+        return "setting";
+    case Offer::action:
+        return "action";
+    default:
+        return "";
+    }
+}
+
+std::string bashCompletion(const ProgramTable& table) {
+    return forProgram(BASH_HEAD, table) + "        " + joined(patternsOfValued(table), " | ") + BASH_WALK +
+           bashOptionValues(table) + bashOptions(table) + bashArguments(table) + forProgram(BASH_TAIL, table);
+}
+
+std::string zshCompletion(const ProgramTable& table) {
+    std::string script = forProgram(ZSH_HEAD, table) + "    commands=(\n";
+    for (const CommandRow* command : shownCommands(table)) {
+        script += "        '" + command->name + ":" + zshText(command->text) + "'\n";
+    }
+    script += "    )\n    common=(\n";
+    for (const OptionRow& option : table.options) {
+        script += "        " + zshOption(table, option) + "\n";
+    }
+    script += "    )\n    _arguments -C $common '1:command:->command' '*::argument:->argument'\n"
+              "    case $state in\n    command) _describe command commands ;;\n"
+              "    argument)\n        case $words[1] in\n";
+    for (const CommandRow* command : shownCommands(table)) {
+        script += zshCommand(table, *command);
+    }
+    return script + forProgram(ZSH_TAIL, table);
+}
+
+std::string fishCompletion(const ProgramTable& table) {
+    std::string script = forProgram(FISH_HEAD, table);
+    for (const std::string& pattern : patternsOfValued(table)) {
+        script += "'" + pattern + "' ";
+    }
+    script += forProgram(FISH_WALK, table);
+    for (const OptionRow& option : table.options) {
+        script += fishOption(table, option, "");
+    }
+    for (const CommandRow* command : shownCommands(table)) {
+        script += "complete -c " + table.name + " -n \"__" + table.name + "_at '' 0\" -a " + command->name +
+                  " -d " + fishQuoted(command->text) + "\n";
+        for (const OptionRow& option : command->options) {
+            script += fishOption(table, option, " -n \"__" + table.name + "_at " + command->name + " '*'\"");
+        }
+        for (const ArgumentRow& argument : command->arguments) {
+            script += fishArgument(table, *command, argument);
+        }
+    }
+    return script;
+}
+
+} // namespace velk::program
