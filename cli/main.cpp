@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/Failure.h"
+#include "platform/tessapi/StoreAdvice.h"
 #include "platform/tessapi/TessAccessor.h"
 
 #include <boost/system/system_error.hpp>
@@ -84,7 +85,8 @@ ExitCode runReporting(const CommandLine& line) {
         std::cerr << "tess: " << failure.what() << "\n";
         return failure.exitCode();
     } catch (const boost::system::system_error& failure) {
-        std::cerr << "tess: " << failure.what() << "; is powerdistributiond running, and with this store?\n";
+        const auto advice = tessapi::storeAdvice(failure.code());
+        std::cerr << "tess: " << failure.what() << (advice.empty() ? "" : "; " + advice) << "\n";
         return ExitCode::StoreUnreachable;
     } catch (const std::exception& failure) {
         std::cerr << "tess: " << failure.what() << "\n";

@@ -1,0 +1,85 @@
+#include "platform/tessapi/StoreAdvice.h"
+
+#include "platform/tessapi/engine/StoreError.h"
+
+#include <cerrno>
+#include <sqlite3.h>
+#include <string_view>
+
+namespace tessapi {
+
+namespace {
+
+constexpr const char* START_DAEMON = "is powerdistributiond running, and with this store?";
+constexpr const char* JOIN_GROUP = "is this user in the group that owns the store (ls -l)?";
+constexpr const char* MAKE_SPACE = "make space, and what was kept in memory is written by itself";
+constexpr const char* SET_ASIDE =
+    "set the file aside and start powerdistributiond anew; \"tess import\" brings back what "
+    "\"tess export\" has kept";
+
+std::string ofStore(StoreFault fault) {
+    switch (fault) {
+    case StoreFault::missing:
+    case StoreFault::disappeared:
+        return START_DAEMON;
+    case StoreFault::locked:
+        return "\"tess doctor\" says who works on it";
+    case StoreFault::foreign:
+        return "TESS_URL must name a store";
+    case StoreFault::corrupt:
+        return SET_ASIDE;
+    case StoreFault::wrongVersion:
+        return "all programs must be of one release";
+    default:
+        return "";
+    }
+}
+
+std::string ofDatabase(int resultCode) {
+    switch (resultCode & 0xff) {
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        return SET_ASIDE;
+    case SQLITE_FULL:
+        return MAKE_SPACE;
+    case SQLITE_READONLY:
+    case SQLITE_CANTOPEN:
+    case SQLITE_PERM:
+        return JOIN_GROUP;
+    default:
+        return "";
+    }
+}
+
+std::string ofSystem(int errorNumber) {
+    switch (errorNumber) {
+    case EACCES:
+    case EPERM:
+        return JOIN_GROUP;
+    case ENOSPC:
+        return MAKE_SPACE;
+    case ENOENT:
+        return START_DAEMON;
+    case ECONNREFUSED:
+    case ETIMEDOUT:
+    case EHOSTUNREACH:
+        return "is the store's server running, and does TESS_URL lead to it?";
+    default:
+        return "";
+    }
+}
+
+} // namespace
+
+std::string storeAdvice(const boost::system::error_code& code) {
+    const std::string_view category = code.category().name();
+    if (category == "tess") {
+        return ofStore(static_cast<StoreFault>(code.value()));
+    }
+    if (category == "sqlite") {
+        return ofDatabase(code.value());
+    }
+    return code.category() == boost::system::system_category() ? ofSystem(code.value()) : "";
+}
+
+} // namespace tessapi

@@ -1,0 +1,61 @@
+#include "platform/tessapi/StoreAdvice.h"
+
+#include "platform/tessapi/StoreBrowser.h"
+#include "platform/tessapi/engine/StoreError.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <sqlite3.h>
+
+namespace {
+
+using boost::system::error_code;
+using tessapi::storeAdvice;
+using tessapi::StoreFault;
+
+std::string adviceFor(StoreFault fault) {
+    return storeAdvice({static_cast<int>(fault), tessapi::storeCategory()});
+}
+
+std::string adviceForDatabase(int code) {
+    return storeAdvice({code, tessapi::sqliteCategory()});
+}
+
+std::string adviceForSystem(int code) {
+    return storeAdvice({code, boost::system::system_category()});
+}
+
+TEST(StoreAdviceTest, AStoreThatIsNotThereAsksForTheDaemon) {
+    EXPECT_EQ(adviceFor(StoreFault::missing), "is powerdistributiond running, and with this store?");
+    EXPECT_EQ(adviceForSystem(ENOENT), "is powerdistributiond running, and with this store?");
+}
+
+TEST(StoreAdviceTest, AStoreThatThisUserMayNotOpenNamesTheGroup) {
+    const std::string group{"is this user in the group that owns the store (ls -l)?"};
+    EXPECT_EQ(adviceForSystem(EACCES), group);
+    EXPECT_EQ(adviceForDatabase(SQLITE_READONLY_DIRECTORY), group);
+    EXPECT_EQ(adviceForDatabase(SQLITE_CANTOPEN), group);
+}
+
+TEST(StoreAdviceTest, ADamagedStoreTellsHowToGoOn) {
+    EXPECT_NE(adviceForDatabase(SQLITE_CORRUPT_INDEX).find("set the file aside"), std::string::npos);
+    EXPECT_EQ(adviceFor(StoreFault::corrupt), adviceForDatabase(SQLITE_NOTADB));
+}
+
+TEST(StoreAdviceTest, AFullDiskAsksForSpace) {
+    EXPECT_EQ(adviceForDatabase(SQLITE_FULL).find("make space"), 0u);
+    EXPECT_EQ(adviceForSystem(ENOSPC).find("make space"), 0u);
+}
+
+TEST(StoreAdviceTest, AServerThatIsAwayAsksForTheServer) {
+    EXPECT_EQ(adviceForSystem(ECONNREFUSED), "is the store's server running, and does TESS_URL lead to it?");
+}
+
+TEST(StoreAdviceTest, NothingIsSaidWhereNobodyKnows) {
+    EXPECT_EQ(adviceForSystem(EDOM), "");
+    EXPECT_EQ(adviceForDatabase(SQLITE_ABORT), "");
+    EXPECT_EQ(adviceFor(StoreFault::forked), "");
+}
+
+} // namespace
