@@ -1,5 +1,8 @@
 #include "platform/common/ProcessMark.h"
 
+#include "platform/common/Uuid.h"
+
+#include <array>
 #include <climits>
 #include <fstream>
 #include <sstream>
@@ -46,6 +49,19 @@ std::string presentSpace() {
     return length < 0 ? std::string{"unknown"} : std::string(target, static_cast<std::size_t>(length));
 }
 
+/// The name of the host stands in for an identifier that there is not.
+std::string presentMachine() {
+    std::ifstream file{"/etc/machine-id"};
+    std::string id;
+    std::getline(file, id);
+    if (id.empty()) {
+        std::array<char, HOST_NAME_MAX + 1> name{};
+        ::gethostname(name.data(), HOST_NAME_MAX);
+        id = name.data();
+    }
+    return Uuid{Uuid::VELK_NAMESPACE, "machine " + id}.toString();
+}
+
 /// The text behind "name=" up to the next blank; empty when there is none.
 std::string fieldOf(const std::string& mark, const std::string& name) {
     std::istringstream words{mark};
@@ -61,13 +77,18 @@ std::string fieldOf(const std::string& mark, const std::string& name) {
 
 std::string ProcessMark::ofThisProcess() {
     const std::string pid = std::to_string(::getpid());
-    return "pid=" + pid + " start=" + startOf(pid) + " boot=" + presentBoot() + " space=" + presentSpace();
+    return "pid=" + pid + " start=" + startOf(pid) + " boot=" + presentBoot() + " space=" + presentSpace() +
+           " machine=" + presentMachine();
 }
 
 bool ProcessMark::mayRun(const std::string& mark) {
     const std::string pid = fieldOf(mark, "pid");
     const std::string start = fieldOf(mark, "start");
     if (pid.empty() || pid.find_first_not_of("0123456789") != std::string::npos || start.empty()) {
+        return true;
+    }
+    const std::string machine = fieldOf(mark, "machine");
+    if (!machine.empty() && machine != presentMachine()) {
         return true;
     }
     if (fieldOf(mark, "boot") != presentBoot()) {

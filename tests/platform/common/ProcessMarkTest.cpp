@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <spawn.h>
 #include <sys/wait.h>
 
@@ -16,11 +17,39 @@ std::string markWith(const std::string& name, const std::string& value) {
     return mark.replace(begin, end == std::string::npos ? end : end - begin, value);
 }
 
-TEST(ProcessMarkTest, TellsNumberStartBootAndSpace) {
+TEST(ProcessMarkTest, TellsNumberStartBootSpaceAndMachine) {
     const std::string mark = ProcessMark::ofThisProcess();
     EXPECT_EQ(mark.rfind("pid=" + std::to_string(getpid()) + " start=", 0), 0U) << mark;
     EXPECT_NE(mark.find(" boot="), std::string::npos);
     EXPECT_NE(mark.find(" space=pid:["), std::string::npos);
+    EXPECT_NE(mark.find(" machine="), std::string::npos);
+}
+
+TEST(ProcessMarkTest, IdentifierOfTheMachineIsNotGivenAway) {
+    std::ifstream file{"/etc/machine-id"};
+    std::string id;
+    std::getline(file, id);
+    if (id.empty()) {
+        id = "a machine without an identifier";
+    }
+    EXPECT_EQ(ProcessMark::ofThisProcess().find(id), std::string::npos);
+}
+
+TEST(ProcessMarkTest, ProcessOfAnotherMachineMayRunWhateverItsBoot) {
+    const std::string other = markWith("machine", "11111111-2222-3333-4444-555555555555");
+    EXPECT_TRUE(ProcessMark::mayRun(other));
+    const auto boot = other.find("boot=") + 5;
+    EXPECT_TRUE(
+        ProcessMark::mayRun(std::string{other}.replace(boot, 36, "11111111-2222-3333-4444-555555555555")));
+}
+
+TEST(ProcessMarkTest, MarkWithoutAMachineIsOfThisOne) {
+    const std::string mark = ProcessMark::ofThisProcess();
+    const std::string old = mark.substr(0, mark.find(" machine="));
+    EXPECT_TRUE(ProcessMark::mayRun(old));
+    const auto boot = old.find("boot=") + 5;
+    EXPECT_FALSE(
+        ProcessMark::mayRun(std::string{old}.replace(boot, 36, "11111111-2222-3333-4444-555555555555")));
 }
 
 TEST(ProcessMarkTest, ThisProcessRuns) {
