@@ -1,6 +1,7 @@
 #include "cli/PathPattern.h"
 
 #include <cstddef>
+#include <utility>
 
 namespace velk::cli {
 
@@ -30,21 +31,25 @@ bool nameMatches(std::string_view pattern, std::string_view name) {
 
 using Names = std::vector<std::string>;
 
-bool namesMatch(const Names& pattern, std::size_t p, const Names& names, std::size_t n) {
-    if (p == pattern.size()) {
-        return n == names.size();
+/// Name by name with all places at once, since a search that turns back takes ages over a few "**".
+bool namesMatch(const Names& pattern, const Names& names) {
+    std::vector<bool> reached(names.size() + 1); // whether the pattern so far stands for so many names
+    reached.front() = true;
+    for (std::size_t p = 0; p < pattern.size(); ++p) {
+        std::vector<bool> next(names.size() + 1);
+        const bool isRest = pattern[p] == "*" && p + 1 == pattern.size();
+        for (std::size_t n = 0; n < reached.size(); ++n) {
+            if (pattern[p] == "**") {
+                next[n] = reached[n] || (n > 0 && next[n - 1]);
+            } else if (isRest) {
+                next[n] = n > 0 && (reached[n - 1] || next[n - 1]);
+            } else {
+                next[n] = n > 0 && reached[n - 1] && nameMatches(pattern[p], names[n - 1]);
+            }
+        }
+        reached = std::move(next);
     }
-    if (pattern[p] == "**") {
-        return namesMatch(pattern, p + 1, names, n) ||
-               (n < names.size() && namesMatch(pattern, p, names, n + 1));
-    }
-    if (n == names.size()) {
-        return false;
-    }
-    if (pattern[p] == "*" && p + 1 == pattern.size()) {
-        return true;
-    }
-    return nameMatches(pattern[p], names[n]) && namesMatch(pattern, p + 1, names, n + 1);
+    return reached.back();
 }
 
 } // namespace
@@ -53,7 +58,7 @@ PathPattern::PathPattern(std::string_view text) :
     whole{text}, names{namesOf(text)}, glob{text.find_first_of("*?") != std::string_view::npos} {}
 
 bool PathPattern::matches(std::string_view path) const {
-    return glob ? namesMatch(names, 0, namesOf(path), 0) : path == whole;
+    return glob ? namesMatch(names, namesOf(path)) : path == whole;
 }
 
 std::vector<std::string> namesOf(std::string_view path) {

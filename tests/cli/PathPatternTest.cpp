@@ -41,6 +41,17 @@ TEST(PathPatternTest, ADoubleStarStandsForAnyNumberOfNames) {
     EXPECT_FALSE(matches("**.Voltage", "Measure.Current"));
 }
 
+TEST(PathPatternTest, ManyDoubleStarsTakeNoLongerThanTheirNumber) {
+    std::string pattern;
+    std::string path;
+    for (int i = 0; i < 40; ++i) {
+        pattern += "**.a.";
+        path += "a.a.";
+    }
+    EXPECT_FALSE(matches(pattern + "b", path + "c"));
+    EXPECT_TRUE(matches(pattern + "b", path + "b"));
+}
+
 TEST(PathPatternTest, AQuestionMarkStandsForOneLetter) {
     EXPECT_TRUE(matches("Outlets.?.Status.Mode", "Outlets.3.Status.Mode"));
     EXPECT_FALSE(matches("Outlets.?.Status.Mode", "Outlets.12.Status.Mode"));
