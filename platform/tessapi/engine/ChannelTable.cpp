@@ -110,8 +110,9 @@ void ChannelTable::remove(std::uint64_t channel) {
     removeOne.execute(channel);
 }
 
-void ChannelTable::setValue(const Row& row, std::int64_t seq) {
-    write.execute(row.id, row.value, row.writtenMs, row.changedMs, seq);
+void ChannelTable::setValue(std::uint64_t channel, const qz::CValue& content, std::int64_t writtenMs,
+                            std::int64_t changedMs, std::int64_t seq) {
+    write.execute(channel, content, writtenMs, changedMs, seq);
 }
 
 void ChannelTable::retype(std::uint64_t channel, qz::datatype kind) {

@@ -54,8 +54,9 @@ public:
     /// The greatest identifier that was ever given.
     std::uint64_t lastGiven();
     void setLastGiven(std::uint64_t channel);
-    /// Takes the value, its times and its number in the change log from `row` and `seq`.
-    void setValue(const Row& row, std::int64_t seq);
+    /// `seq` is the number of the write in the change log.
+    void setValue(std::uint64_t channel, const qz::CValue& content, std::int64_t writtenMs,
+                  std::int64_t changedMs, std::int64_t seq);
     /// Another type; the value goes.
     void retype(std::uint64_t channel, qz::datatype type);
     void setHasTriggers(std::uint64_t channel, bool hasTriggers);

@@ -27,6 +27,10 @@ void Database::Closer::operator()(sqlite3* handle) const {
     sqlite3_close_v2(handle);
 }
 
+void Database::Finalizer::operator()(sqlite3_stmt* statement) const {
+    sqlite3_finalize(statement);
+}
+
 Database::Database(const std::string& path, std::string storeName) : store{std::move(storeName)} {
     sqlite3* opened = nullptr;
     const int flags =
@@ -37,6 +41,7 @@ Database::Database(const std::string& path, std::string storeName) : store{std::
         throwSqliteFailure(store, result, "cannot open");
     }
     configure();
+    seat = FileSeat{path == ":memory:" ? std::string{} : path};
 }
 
 void Database::configure() {
@@ -64,10 +69,51 @@ int Database::changes() const {
     return sqlite3_changes(handle());
 }
 
-void Database::checkStillThere() const {
+void Database::run(Prepared& statement, const char* sql) {
+    if (!statement) {
+        sqlite3_stmt* prepared = nullptr;
+        const int result =
+            sqlite3_prepare_v3(handle(), sql, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+        if (result != SQLITE_OK) {
+            fail(result);
+        }
+        statement.reset(prepared);
+    }
+    const int result = sqlite3_step(statement.get());
+    if (result != SQLITE_DONE) {
+        const std::string message = sqlite3_errmsg(handle());
+        sqlite3_reset(statement.get());
+        throwSqliteFailure(store, result, message);
+    }
+    sqlite3_reset(statement.get());
+}
+
+void Database::begin(bool toWrite) {
+    if (toWrite) {
+        run(beginningToWrite, "BEGIN IMMEDIATE");
+    } else {
+        run(beginning, "BEGIN");
+    }
+}
+
+void Database::commit() {
+    run(committing, "COMMIT");
+}
+
+std::uint32_t Database::version() const {
+    unsigned int version = 0;
+    sqlite3_file_control(handle(), "main", SQLITE_FCNTL_DATA_VERSION, &version);
+    return version;
+}
+
+void Database::checkStillThere() {
+    if (seat.isUntouched()) {
+        return;
+    }
     int moved = 0;
     sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
     if (moved != 0) {
+        seat.doubt();
         throwStoreFault(store, StoreFault::disappeared, "");
     }
 }

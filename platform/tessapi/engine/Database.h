@@ -1,10 +1,13 @@
 #pragma once
 
+#include "platform/tessapi/engine/FileSeat.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace tessapi {
 
@@ -23,12 +26,18 @@ public:
     /// Runs statements that give no rows, or whose rows nobody wants.
     void execute(const char* sql);
 
+    /// `begin` with `toWrite` takes the database's own lock for writers at once.
+    void begin(bool toWrite);
+    void commit();
+    /// Rises with every commit of any program that this connection has seen, its own ones included.
+    std::uint32_t version() const;
+
     std::int64_t lastInsertedId() const;
     /// Rows that the last statement inserted, changed or removed.
     int changes() const;
 
     /// Throws `StoreFault::disappeared` when the path no longer leads to the file that is open.
-    void checkStillThere() const;
+    void checkStillThere();
 
     /// Frames in the log after the last commit of this connection.
     int logFrames() const { return frames; }
@@ -52,11 +61,22 @@ private:
         void operator()(sqlite3* handle) const;
     };
 
+    struct Finalizer {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    using Prepared = std::unique_ptr<sqlite3_stmt, Finalizer>;
+
     void configure();
+    /// Runs a statement without rows that is compiled at its first use.
+    void run(Prepared& statement, const char* sql);
 
     std::string store;
     int frames{0};
     std::unique_ptr<sqlite3, Closer> connection;
+    FileSeat seat;
+    Prepared beginning;
+    Prepared beginningToWrite;
+    Prepared committing;
 };
 
 } // namespace tessapi

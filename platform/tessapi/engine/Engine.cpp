@@ -3,11 +3,26 @@
 #include "platform/tessapi/engine/SqliteEngine.h"
 #include "platform/tessapi/engine/StoreError.h"
 
-#include <unistd.h>
+#include <atomic>
+#include <pthread.h>
 
 namespace tessapi {
 
-Engine::Engine() : owner{::getpid()} {}
+namespace {
+
+std::atomic<std::uint32_t> forks{0};
+
+/// The forks that lead to this process. Every call of an engine asks whether there was one, and must not have
+/// to ask the system.
+std::uint32_t countedForks() {
+    static const int registered = pthread_atfork(nullptr, nullptr, [] { forks.fetch_add(1); });
+    static_cast<void>(registered);
+    return forks.load(std::memory_order_relaxed);
+}
+
+} // namespace
+
+Engine::Engine() : forksBefore{countedForks()} {}
 
 std::shared_ptr<Engine> Engine::open(const StoreUrl& url, bool create, const Options& options) {
     return SqliteEngine::open(url, create, options);
@@ -21,7 +36,7 @@ StoreHealth Engine::health() {
 }
 
 bool Engine::isForked() const {
-    return owner != ::getpid();
+    return forksBefore != forks.load(std::memory_order_relaxed);
 }
 
 void Engine::checkNotForked() const {

@@ -122,7 +122,7 @@ protected:
     void checkNotForked() const;
 
 private:
-    const pid_t owner;
+    const std::uint32_t forksBefore; ///< of this process and those that it comes from
 };
 
 } // namespace tessapi

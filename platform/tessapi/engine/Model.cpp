@@ -167,6 +167,7 @@ void Model::removeChannels(std::uint64_t device, const std::vector<std::uint64_t
         if (kept.count(channel) == 0) {
             alarmsChanged |= clearAlarms(channel, time);
             channels.remove(channel);
+            cache.forget(channel);
         }
     }
     if (alarmsChanged) {
@@ -174,39 +175,63 @@ void Model::removeChannels(std::uint64_t device, const std::vector<std::uint64_t
     }
 }
 
-void Model::setValue(std::uint64_t channel, const qz::CValue& value) {
+ChannelCache::Entry* Model::entryOf(std::uint64_t channel) {
+    if (auto* entry = cache.find(channel); entry != nullptr) {
+        return entry;
+    }
     auto row = channels.get(channel);
     if (!row) {
+        return nullptr;
+    }
+    return &cache.add(channel, {row->device, row->type, std::move(row->value), row->changedMs,
+                                row->hasTriggers ? alarms.triggersOf(channel) : AlarmRows{}});
+}
+
+void Model::refuseType(std::uint64_t channel, const qz::CValue& value) {
+    const auto row = channels.get(channel);
+    throw std::invalid_argument{"channel " + std::to_string(channel) + " (" + row->name + ") takes " +
+                                to_string(row->type) + ", not " +
+                                (value.isValid() ? to_string(*value.type()) : "an invalid value")};
+}
+
+void Model::setValue(std::uint64_t channel, const qz::CValue& value) {
+    auto* entry = entryOf(channel);
+    if (entry == nullptr) {
         throw std::runtime_error{"channel " + std::to_string(channel) + " is not in the store"};
     }
-    if (value.type() != row->type) {
-        throw std::invalid_argument{"channel " + std::to_string(channel) + " (" + row->name + ") takes " +
-                                    to_string(row->type) + ", not " +
-                                    (value.isValid() ? to_string(*value.type()) : "an invalid value")};
+    if (value.type() != entry->type) {
+        refuseType(channel, value);
     }
-    row->writtenMs = nowMs();
-    if (!ValueCodec::same(row->value, value)) {
-        row->changedMs = row->writtenMs;
+    const auto time = nowMs();
+    if (!ValueCodec::same(entry->value, value)) {
+        entry->changedMs = time;
     }
-    row->value = value;
-    channels.setValue(*row, changes.append(Change::Kind::value, channel, value, row->writtenMs));
-    if (row->hasTriggers && evaluate(*row, row->writtenMs)) {
-        announceAlarms(row->device, row->writtenMs);
+    entry->value = value;
+    const auto seq = changes.append(Change::Kind::value, channel, value, time);
+    channels.setValue(channel, value, time, entry->changedMs, seq);
+    if (evaluate(channel, *entry, time)) {
+        announceAlarms(entry->device, time);
     }
 }
 
-bool Model::evaluate(const ChannelTable::Row& channel, std::int64_t timeMs) {
-    const auto before = alarms.triggersOf(channel.id);
-    auto after = before;
-    bool changed = false;
-    for (std::size_t place = 0; place < after.size(); ++place) {
-        after[place].active = AlarmEvaluator::isActive(after[place].trigger, channel.value);
-        if (after[place].active != before[place].active) {
-            alarms.setActive(channel.id, place, after[place].active);
-            changed = true;
+bool Model::evaluate(std::uint64_t channel, ChannelCache::Entry& entry, std::int64_t timeMs) {
+    const auto isNow = [&entry](const AlarmTable::Row& row) {
+        return AlarmEvaluator::isActive(row.trigger, entry.value);
+    };
+    if (std::all_of(entry.triggers.begin(), entry.triggers.end(),
+                    [&isNow](const auto& row) { return row.active == isNow(row); })) {
+        return false;
+    }
+    const auto before = entry.triggers;
+    for (std::size_t place = 0; place < before.size(); ++place) {
+        auto& row = entry.triggers[place];
+        row.active = isNow(row);
+        if (row.active != before[place].active) {
+            alarms.setActive(channel, place, row.active);
         }
     }
-    return changed && noteAlarms(channel, before, after, timeMs);
+    const auto row = channels.get(channel);
+    return noteAlarms(*row, before, entry.triggers, timeMs);
 }
 
 bool Model::noteAlarms(const ChannelTable::Row& channel, const AlarmRows& before, const AlarmRows& after,
@@ -262,6 +287,7 @@ void Model::removeDevices(const std::vector<std::uint64_t>& subtree) {
     for (const auto device : subtree) {
         for (const auto channel : channels.idsOf(device)) {
             clearAlarms(channel, time);
+            cache.forget(channel);
         }
     }
     devices.remove(subtree);
@@ -285,6 +311,7 @@ void Model::setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmCo
     }
     const auto before = alarms.triggersOf(channel);
     const auto time = nowMs();
+    cache.forget(channel);
     alarms.replace(channel, triggers);
     channels.setHasTriggers(channel, !triggers.empty());
     if (noteAlarms(*row, before, triggers, time)) {
@@ -313,8 +340,8 @@ void Model::retypeChannels() {
         channels.retype(row.id, type);
         const auto* entry = catalogue.find(row.name);
         channels.setStates(row.id, entry == nullptr ? qz::CMultistateMap{} : entry->labels);
-        row.value = qz::CValue{};
-        if (const auto time = nowMs(); row.hasTriggers && evaluate(row, time)) {
+        cache.forget(row.id);
+        if (const auto time = nowMs(); evaluate(row.id, *entryOf(row.id), time)) {
             announceAlarms(row.device, time);
         }
     }
@@ -405,12 +432,7 @@ void Model::fill(const StoreImage& image) {
 
 void Model::fillChannel(const ChannelRecord& record) {
     channels.insertWithId(record.id, record.deviceId, record.name, record.type);
-    ChannelTable::Row row;
-    row.id = record.id;
-    row.value = record.value;
-    row.writtenMs = record.writtenMs;
-    row.changedMs = record.changedMs;
-    channels.setValue(row, 0);
+    channels.setValue(record.id, record.value, record.writtenMs, record.changedMs, 0);
     channels.setStates(record.id, record.states);
     AlarmRows triggers;
     for (const auto& trigger : record.alarmConfig.triggers) {

@@ -5,6 +5,7 @@
 #include "platform/tessapi/catalogue/Catalogue.h"
 #include "platform/tessapi/engine/AlarmTable.h"
 #include "platform/tessapi/engine/ChangeLog.h"
+#include "platform/tessapi/engine/ChannelCache.h"
 #include "platform/tessapi/engine/ChannelTable.h"
 #include "platform/tessapi/engine/DeviceTable.h"
 #include "platform/tessapi/engine/Engine.h"
@@ -52,13 +53,18 @@ public:
     ChangeLog changes;
     EventTable events;
     RecordTable records;
+    ChannelCache cache; ///< each write transaction begins and commits it
 
 private:
     using AlarmRows = std::vector<AlarmTable::Row>;
 
     qz::datatype typeFor(const std::string& name) const;
-    /// Evaluates the triggers of a channel; gives whether the set of its active alarms has changed.
-    bool evaluate(const ChannelTable::Row& channel, std::int64_t timeMs);
+    /// Null for an unknown channel.
+    ChannelCache::Entry* entryOf(std::uint64_t channel);
+    [[noreturn]] void refuseType(std::uint64_t channel, const qz::CValue& value);
+    /// Evaluates the triggers of a channel that has its value already; gives whether the set of its active
+    /// alarms has changed.
+    bool evaluate(std::uint64_t channel, ChannelCache::Entry& entry, std::int64_t timeMs);
     /// Keeps an event for each alarm that is active in one of the two only; gives whether there was one.
     bool noteAlarms(const ChannelTable::Row& channel, const AlarmRows& before, const AlarmRows& after,
                     std::int64_t timeMs);

@@ -69,8 +69,10 @@ void SqliteEngine::commit(Work& work) {
     InterprocessHold hold{*writers};
     writer->database.checkStillThere();
     Transaction transaction{writer->database, Transaction::Kind::write};
+    writer->model.cache.begin(writer->database.version());
     work(writer->model);
     transaction.commit();
+    writer->model.cache.commit(writer->database.version());
 }
 
 template <class Work>

@@ -5,7 +5,7 @@
 namespace tessapi {
 
 Transaction::Transaction(Database& owner, Kind kind) : database{owner} {
-    database.execute(kind == Kind::write ? "BEGIN IMMEDIATE" : "BEGIN");
+    database.begin(kind == Kind::write);
 }
 
 Transaction::~Transaction() {
@@ -16,7 +16,7 @@ Transaction::~Transaction() {
 }
 
 void Transaction::commit() {
-    database.execute("COMMIT");
+    database.commit();
     open = false;
 }
 
