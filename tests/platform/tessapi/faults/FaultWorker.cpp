@@ -22,6 +22,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -42,7 +43,13 @@ Engine::Options eager() {
     options.framesToCopy = 64;
     options.restBeforeSync = std::chrono::milliseconds{5};
     options.longestWait = std::chrono::seconds{20};
+    options.eventsKept = 1000;
     return options;
+}
+
+/// Leaves the processors to the others for a moment.
+void rest() {
+    std::this_thread::sleep_for(std::chrono::microseconds{100});
 }
 
 std::shared_ptr<Engine> open(const std::string& url) {
@@ -56,6 +63,7 @@ void write(const Words& words) {
     for (auto call = number(words.at(5));; ++call) {
         work.perform(call);
         acknowledged.set(call);
+        rest();
     }
 }
 
@@ -76,6 +84,7 @@ void read(const Words& words) {
             store->mostCriticalOf(device.id);
         }
         store->startOf({1000, 1001});
+        rest();
     }
 }
 
@@ -86,8 +95,11 @@ void copy(const std::string& path) {
     tessapi::Database database{path, path};
     database.execute("PRAGMA synchronous=OFF"); // the machine goes on, and so there is time for more copies
     for (;;) {
-        const tessapi::InterprocessHold hold{lock};
-        database.checkpoint();
+        {
+            const tessapi::InterprocessHold hold{lock};
+            database.checkpoint();
+        }
+        rest();
     }
 }
 
@@ -103,6 +115,7 @@ void fill(const Words& words) {
     for (auto store = number(words.at(4));; ++store) {
         open("sqlite:" + (folder / std::to_string(store)).string())->fill(image);
         acknowledged.set(store);
+        rest();
     }
 }
 

@@ -205,19 +205,19 @@ void RandomWork::record(std::uint32_t number) {
 }
 
 std::string RandomWork::description() {
-    const auto content = store.image();
+    const auto content = store.snapshot();
     std::map<std::uint64_t, Uuid> known; // of this worker
     std::map<std::string, std::string> devices;
     // A parent may come after its child, which has taken a smaller seat.
     for (std::size_t before = known.size() + 1; before != known.size();) {
         before = known.size();
-        for (const auto& device : content.content.devices) {
+        for (const auto& device : content.devices) {
             if (device.uuid == uuidOf("") || known.count(device.parentId) != 0) {
                 known[device.id] = device.uuid;
             }
         }
     }
-    for (const auto& device : content.content.devices) {
+    for (const auto& device : content.devices) {
         if (known.count(device.id) != 0) {
             std::ostringstream out;
             const auto parent = known.find(device.parentId);
@@ -228,7 +228,7 @@ std::string RandomWork::description() {
         }
     }
     std::map<std::string, std::string> channels;
-    for (const auto& channel : content.content.channels) {
+    for (const auto& channel : content.channels) {
         if (const auto owner = known.find(channel.deviceId); owner != known.end()) {
             std::ostringstream out;
             print(out, channel);
@@ -242,7 +242,8 @@ std::string RandomWork::description() {
     for (const auto& [key, text] : channels) {
         all += key.substr(0, 36) + text;
     }
-    for (auto written = content.writeRecords.rbegin(); written != content.writeRecords.rend(); ++written) {
+    const auto records = store.writeRecords(0, ~std::size_t{0});
+    for (auto written = records.rbegin(); written != records.rend(); ++written) {
         if (written->program == programOf(worker)) {
             return all + "recorded " + written->asked + "\n";
         }

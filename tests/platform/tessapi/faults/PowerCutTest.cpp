@@ -1,0 +1,183 @@
+#include "platform/tessapi/engine/Engine.h"
+#include "testing/TemporaryDirectory.h"
+#include "tests/platform/tessapi/faults/CutDisk.h"
+#include "tests/platform/tessapi/faults/FaultDisk.h"
+#include "tests/platform/tessapi/faults/Faults.h"
+#include "tests/platform/tessapi/faults/RandomWork.h"
+#include "tests/platform/tessapi/faults/StoreCheck.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tessapi::faults {
+namespace {
+
+using Event = FaultDisk::Event;
+using Kind = FaultDisk::Event::Kind;
+
+/// Runs of two programs' work on one store, recorded, and then cut at many points.
+class PowerCutTest : public ::testing::Test {
+protected:
+    static constexpr std::int64_t CALLS = 240;
+
+    struct Run {
+        std::vector<Event> events;
+        std::map<std::string, std::int64_t> states; ///< the number of the last call that left this
+    };
+
+    static std::shared_ptr<Engine> open(const std::filesystem::path& folder, const Engine::Options& options) {
+        return Engine::open(StoreUrl{"sqlite:" + (folder / "tess.db").string()}, true, options);
+    }
+
+    static Engine::Options eager() {
+        Engine::Options options;
+        options.framesToCopy = 40;
+        options.restBeforeSync = std::chrono::milliseconds{1};
+        options.eventsKept = 40;
+        options.changesKept = 60;
+        return options;
+    }
+
+    /// Two programs take turns; one of them starts anew every now and then.
+    static Run recordRun(std::uint32_t seed, const Engine::Options& options,
+                         std::chrono::microseconds pause) {
+        const velk::testing::TemporaryDirectory folder;
+        Run run;
+        std::minstd_rand random{seed};
+        FaultDisk::instance().record();
+        auto first = open(folder.path(), options);
+        auto second = open(folder.path(), options);
+        run.states[describe(first->image())] = 0;
+        FaultDisk::instance().mark(0);
+        for (std::int64_t call = 1; call <= CALLS; ++call) {
+            const unsigned int who = random() % 2;
+            RandomWork{*(who == 0 ? first : second), seed, who}.perform(
+                call <= 2 ? 1 : static_cast<std::uint32_t>(call));
+            FaultDisk::instance().mark(call);
+            run.states[describe(first->image())] = call;
+            if (random() % 60 == 0) {
+                second.reset();
+                second = open(folder.path(), options);
+            }
+            std::this_thread::sleep_for(pause);
+        }
+        first.reset();
+        second.reset();
+        run.events = FaultDisk::instance().recorded();
+        return run;
+    }
+
+    /// The last call that returned before the last sync of the log.
+    struct Durable {
+        std::int64_t returned{-1};
+        std::int64_t call{-1};
+
+        void happen(const Event& event) {
+            if (event.kind == Kind::mark) {
+                returned = event.offset;
+            } else if (event.kind == Kind::sync && event.file == "tess.db-wal") {
+                call = returned;
+            }
+        }
+    };
+
+    /// Opens what a cut has left. Nothing before the store's first sync is promised but that it opens.
+    static bool survives(const CutDisk& disk, const Durable& durable, const Run& run,
+                         std::minstd_rand& random, Tally& tally) {
+        const velk::testing::TemporaryDirectory folder;
+        disk.leave(folder.path(), random);
+        std::ofstream{folder / "tess.db-lock", std::ios::binary} << std::string(random() % 200, '\x5a');
+        std::string found;
+        try {
+            found = describe(open(folder.path(), eager())->image());
+        } catch (const std::exception& failure) {
+            ADD_FAILURE() << failure.what();
+            return false;
+        }
+        const auto state = run.states.find(found);
+        if (state == run.states.end() || state->second < durable.call) {
+            ++tally.lost;
+            ADD_FAILURE() << "after call " << durable.call << " there is "
+                          << (state == run.states.end() ? "what never was\n" + found
+                                                        : "call " + std::to_string(state->second));
+            return false;
+        }
+        const auto problems = problemTextOf((folder / "tess.db").string());
+        EXPECT_EQ(problems, "");
+        return problems.empty();
+    }
+
+    static void cut(const Run& run, std::uint32_t seed, int count, Tally& tally) {
+        std::minstd_rand random{seed};
+        std::multiset<std::size_t> points{run.events.size()};
+        while (static_cast<int>(points.size()) < count) {
+            points.insert(random() % (run.events.size() + 1));
+        }
+        CutDisk disk;
+        Durable durable;
+        std::size_t happened = 0;
+        for (const auto point : points) {
+            for (; happened < point; ++happened) {
+                disk.happen(run.events[happened]);
+                durable.happen(run.events[happened]);
+            }
+            ++tally.tried;
+            tally.survived += survives(disk, durable, run, random, tally) ? 1 : 0;
+            if (HasFailure()) {
+                return;
+            }
+        }
+    }
+};
+
+TEST_F(PowerCutTest, EveryCutLeavesAWholeStoreWithAllThatWasSynced) {
+    Tally tally{"power cuts"};
+    const int runs = std::max(share(12), 1);
+    std::size_t events = 0;
+    for (int run = 0; run < runs && !HasFailure(); ++run) {
+        const auto number = seed() + static_cast<std::uint32_t>(run);
+        const auto recorded = recordRun(number, eager(), std::chrono::microseconds{200});
+        events += recorded.events.size();
+        cut(recorded, number, 200, tally);
+    }
+    EXPECT_EQ(tally.survived, tally.tried);
+    tally.note = std::to_string(runs) + " runs, " + std::to_string(events) + " writes and syncs";
+}
+
+TEST_F(PowerCutTest, WhatIsCommittedIsSyncedWithinASecond) {
+    Tally tally{"commits until their sync"};
+    auto options = Engine::Options{};
+    const auto run = recordRun(seed(), options, std::chrono::milliseconds{all() ? 40 : 4});
+    std::int64_t longest = 0;
+    std::vector<std::int64_t> waiting;
+    for (const auto& event : run.events) {
+        if (event.kind == Kind::mark) {
+            waiting.push_back(event.atMs);
+            ++tally.tried;
+        } else if (event.kind == Kind::sync && event.file == "tess.db-wal") {
+            for (const auto returned : waiting) {
+                longest = std::max(longest, event.atMs - returned);
+                tally.survived += event.atMs - returned <= 1000 ? 1 : 0;
+            }
+            waiting.clear();
+        }
+    }
+    EXPECT_TRUE(waiting.empty());
+    EXPECT_EQ(tally.survived, tally.tried);
+    tally.note = "at most " + std::to_string(longest) + " ms";
+}
+
+} // namespace
+} // namespace tessapi::faults
