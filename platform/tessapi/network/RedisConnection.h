@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/tessapi/network/Command.h"
+#include "platform/tessapi/network/ITransport.h"
+#include "platform/tessapi/network/Reply.h"
+
+#include <memory>
+#include <optional>
+
+struct redisReader;
+
+namespace tessapi {
+
+/// Commands to one server and its answers, which come in the order of the commands. After a LinkError it is
+/// of no use any more. Threads: one at a time.
+class RedisConnection {
+public:
+    explicit RedisConnection(std::unique_ptr<ITransport> stream);
+
+    /// Throws ServerRefusal for an error of the server.
+    Reply call(const Command& command, const Deadline& deadline);
+
+    void send(const Command& command, const Deadline& deadline);
+    /// The next answer; throws ServerRefusal for an error of the server.
+    Reply receive(const Deadline& deadline);
+
+    int descriptor() const { return transport->descriptor(); }
+
+private:
+    struct Freer {
+        void operator()(redisReader* decoder) const;
+    };
+
+    std::optional<Reply> decoded();
+
+    std::unique_ptr<ITransport> transport;
+    std::unique_ptr<redisReader, Freer> reader;
+};
+
+} // namespace tessapi

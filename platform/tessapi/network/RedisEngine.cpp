@@ -1,0 +1,450 @@
+#include "platform/tessapi/network/RedisEngine.h"
+
+#include "platform/tessapi/DeviceAttribute.h"
+#include "platform/tessapi/ITessAccessor.h"
+#include "platform/tessapi/engine/StoreError.h"
+#include "platform/tessapi/network/BadData.h"
+#include "platform/tessapi/network/CatalogueMark.h"
+#include "platform/tessapi/network/LinkError.h"
+#include "platform/tessapi/network/ServerRefusal.h"
+#include "platform/tessapi/network/SiteCodec.h"
+#include "platform/tessapi/network/SiteImage.h"
+
+#include <algorithm>
+#include <chrono>
+#include <stdexcept>
+#include <utility>
+
+namespace tessapi {
+
+namespace {
+
+constexpr auto NO_ID = ITessAccessor::UNKNOWN_ID;
+/// Entries of the stream that a listener takes at a time; each has one to some hundred changes.
+constexpr std::uint64_t NEWS_AT_A_TIME = 64;
+constexpr std::size_t CHANGES_AT_A_TIME = 256;
+constexpr std::uint64_t HISTORY_AT_A_TIME = 1000;
+
+std::int64_t presentMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+std::string rawOf(const velk::common::Uuid& uuid) {
+    return {uuid.data().begin(), uuid.data().end()};
+}
+
+/// Whether the server may take later what it has not taken now.
+bool isOutage(const std::runtime_error& failure) {
+    const auto* refusal = dynamic_cast<const ServerRefusal*>(&failure);
+    return refusal != nullptr ? refusal->mayPass() : dynamic_cast<const LinkError*>(&failure) != nullptr;
+}
+
+std::uint64_t idOf(ReplyView reply) {
+    return reply.isNil() ? NO_ID : reply.id();
+}
+
+void addAll(Command& command, const std::vector<std::uint64_t>& ids) {
+    command.reserve(ids.size());
+    for (const auto id : ids) {
+        command.add(id);
+    }
+}
+
+} // namespace
+
+RedisEngine::RedisEngine(const NetworkUrl& url, const Options& options) :
+    catalogue{Catalogue::builtin()},
+    link{url, options.longestWait},
+    sender{link, options},
+    bell{link},
+    courier{link, sender, channels} {}
+
+std::shared_ptr<Engine> RedisEngine::open(const NetworkUrl& url, bool create, const Options& options) {
+    std::shared_ptr<RedisEngine> engine{new RedisEngine{url, options}};
+    engine->connect(create);
+    return engine;
+}
+
+template <class Work>
+auto RedisEngine::guarded(Work work) {
+    checkNotForked();
+    try {
+        return work();
+    } catch (const LinkError& failure) {
+        if (link.isAway()) {
+            courier.expectReturn();
+        }
+        throwStoreFault(url(), StoreFault::unreachable, failure.what());
+    } catch (const ServerRefusal& refusal) {
+        throwStoreFault(url(), StoreFault::refused, refusal.what());
+    } catch (const BadData& fault) {
+        throwStoreFault(url(), StoreFault::corrupt, fault.what());
+    }
+}
+
+void RedisEngine::connect(bool create) {
+    guarded([&] {
+        const auto fingerprint = CatalogueMark::of(catalogue);
+        if (link.open(create, fingerprint) != fingerprint) {
+            retypeChannels(fingerprint);
+        }
+    });
+}
+
+void RedisEngine::retypeChannels(const std::string& fingerprint) {
+    const auto answer = ask(link.keys.function("image", true).add("0"));
+    const auto store = SiteImage::snapshotOf(answer.view(), catalogue);
+    write("retype", [&](Command& command) {
+        command.add(fingerprint);
+        for (const auto& channel : store.channels) {
+            const auto* entry = catalogue.find(channel.name);
+            const auto type = entry == nullptr ? qz::datatype::string : entry->type;
+            command.add(channel.id).add(static_cast<std::uint32_t>(type)).add(channel.description);
+            command.add(SiteCodec::packStates(channel.commonStates));
+        }
+    });
+}
+
+Reply RedisEngine::ask(const Command& command) {
+    return guarded([&] { return link.call(command); });
+}
+
+template <class Fill>
+Reply RedisEngine::write(const char* function, Fill fill) {
+    const auto mark = sender.nextMark();
+    const auto seen = link.seen();
+    const auto time = presentMs();
+    return guarded([&] {
+        auto answer = link.call([&](bool again) {
+            auto command = sender.write(function, mark, seen, again, time);
+            fill(command);
+            return command;
+        });
+        if (answer.view().isInteger()) {
+            link.note(answer.view().integer());
+        }
+        return answer;
+    });
+}
+
+std::uint64_t RedisEngine::deviceIdOf(const velk::common::Uuid& uuid) {
+    return idOf(ask({"HGET", link.keys.uuids, rawOf(uuid)}).view());
+}
+
+velk::common::Uuid RedisEngine::uuidOf(std::uint64_t device) {
+    const auto answer = ask({"HGET", link.keys.devices, std::to_string(device)});
+    return answer.view().isNil() ? velk::common::Uuid::NIL
+                                 : SiteCodec::unpackDevice(device, answer.view().text()).uuid;
+}
+
+std::uint64_t RedisEngine::emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent,
+                                         std::uint64_t wanted) {
+    if (uuid.isNil()) {
+        checkNotForked();
+        return NO_ID;
+    }
+    const auto answer =
+        write("emplace_device", [&](Command& command) { command.add(rawOf(uuid)).add(parent).add(wanted); });
+    forget(answer.view().at(1));
+    return idOf(answer.view().at(0));
+}
+
+void RedisEngine::removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep,
+                                   unsigned int limit) {
+    const auto answer = write("remove_sub_devices", [&](Command& command) {
+        command.add(device).add(std::uint32_t{limit});
+        addAll(command, keep);
+    });
+    forget(answer.view());
+}
+
+void RedisEngine::forget(ReplyView gone) {
+    for (std::size_t i = 0; i < gone.size(); ++i) {
+        channels.forget(gone.at(i).id());
+    }
+}
+
+qz::CDevice RedisEngine::device(std::uint64_t device) {
+    const auto answer = ask(link.keys.function("device", true).add(device));
+    if (answer.view().size() == 0) {
+        return {};
+    }
+    auto found = SiteCodec::unpackDevice(device, answer.view().at(0).text());
+    const auto attributes = answer.view().at(1);
+    for (std::size_t number = 0; number < found.attributes.size(); ++number) {
+        if (!attributes.at(number).isNil()) {
+            found.attributes[number] = attributes.at(number).text();
+        }
+    }
+    return found;
+}
+
+std::string RedisEngine::attribute(std::uint64_t device, std::uint32_t number) {
+    const auto field = std::to_string(device) + ":" + std::to_string(number);
+    const auto answer = ask({"HGET", link.keys.attributes, field});
+    return answer.view().isNil() ? "" : std::string{answer.view().text()};
+}
+
+void RedisEngine::setAttribute(std::uint64_t device, std::uint32_t number, const std::string& text) {
+    if (number >= qz::CDevice::ATTRIBUTE_COUNT) {
+        checkNotForked();
+        return;
+    }
+    write("set_attribute", [&](Command& command) { command.add(device).add(number).add(text); });
+}
+
+std::uint64_t RedisEngine::findChannel(std::uint64_t device, const std::string& name) {
+    const auto answer = ask({"HGET", link.keys.names, std::to_string(device) + ":" + name});
+    const auto channel = idOf(answer.view());
+    if (channel != NO_ID) {
+        channels.learnName(channel, name);
+    }
+    return channel;
+}
+
+std::uint64_t RedisEngine::emplaceChannel(std::uint64_t device, const std::string& name) {
+    const auto* entry = catalogue.find(name);
+    const auto answer = write("emplace_channel", [&](Command& command) {
+        const auto type = entry == nullptr ? qz::datatype::string : entry->type;
+        command.add(device).add(name).add(static_cast<std::uint32_t>(type));
+        command.add(entry == nullptr ? std::string{} : entry->description);
+        command.add(entry == nullptr ? std::string{} : SiteCodec::packStates(entry->labels));
+    });
+    if (answer.view().size() == 0) {
+        return NO_ID;
+    }
+    const auto channel = answer.view().at(0).id();
+    channels.learnName(channel, name);
+    channels.learnType(channel, static_cast<qz::datatype>(answer.view().at(1).integer()));
+    return channel;
+}
+
+void RedisEngine::removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) {
+    const auto answer = write("remove_channels", [&](Command& command) {
+        command.add(device);
+        addAll(command, keep);
+    });
+    forget(answer.view());
+}
+
+qz::datatype RedisEngine::typeOf(std::uint64_t channel) {
+    const auto answer = ask({"HGET", link.keys.values, std::to_string(channel)});
+    if (answer.view().isNil()) {
+        return qz::datatype::unknown;
+    }
+    const auto type = guarded([&] { return SiteCodec::unpackRow(answer.view().text()).type; });
+    channels.learnType(channel, type);
+    return type;
+}
+
+qz::CValue RedisEngine::valueOf(std::uint64_t channel) {
+    const auto answer = ask({"HGET", link.keys.values, std::to_string(channel)});
+    if (answer.view().isNil()) {
+        return {};
+    }
+    return guarded([&] { return SiteCodec::unpackRow(answer.view().text()).value; });
+}
+
+void RedisEngine::setValue(std::uint64_t channel, const qz::CValue& value) {
+    setValues({{channel, value}});
+}
+
+void RedisEngine::setValues(const std::vector<ChannelValue>& values) {
+    checkNotForked();
+    if (values.empty()) {
+        return;
+    }
+    Outbox::Batch batch{sender.nextMark(), link.seen(), false, {}};
+    const auto time = presentMs();
+    batch.changes.reserve(values.size());
+    for (const auto& [channel, value] : values) {
+        batch.changes.push_back({0, Change::Kind::value, channel, value, time});
+    }
+    if (!link.isGone() && courier.isBusy() && channels.knows(values) && courier.takeIfBusy(batch.changes)) {
+        return;
+    }
+    send(values, batch);
+}
+
+void RedisEngine::send(const std::vector<ChannelValue>& values, const Outbox::Batch& batch) {
+    guarded([&] {
+        ValueSender::Verdict verdict;
+        try {
+            verdict = sender.send(batch);
+        } catch (const std::runtime_error& failure) {
+            if (!isOutage(failure) || !channels.knows(values)) {
+                throw;
+            }
+            courier.keep(batch, failure.what());
+            return;
+        }
+        if (verdict.kind == ValueSender::Verdict::Kind::unknownChannel) {
+            throw std::runtime_error{"channel " + std::to_string(verdict.channel) + " is not in the store"};
+        }
+        if (verdict.kind == ValueSender::Verdict::Kind::otherType) {
+            const auto refused = std::find_if(values.begin(), values.end(), [&](const auto& value) {
+                return value.first == verdict.channel && value.second.type() != verdict.type;
+            });
+            throw std::invalid_argument{
+                ChannelMemory::refusal(verdict.channel, verdict.name, verdict.type, refused->second)};
+        }
+    });
+}
+
+void RedisEngine::setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) {
+    write("set_alarms", [&](Command& command) { command.add(channel).add(SiteCodec::packTriggers(config)); });
+}
+
+void RedisEngine::setStates(std::uint64_t channel, const qz::CMultistateMap& states) {
+    write("set_states", [&](Command& command) { command.add(channel).add(SiteCodec::packStates(states)); });
+}
+
+std::optional<ActiveAlarm> RedisEngine::mostCriticalOf(std::uint64_t device) {
+    const auto answer = ask(link.keys.function("worst_of", true).add(device));
+    const auto found = answer.view();
+    if (found.size() == 0) {
+        return std::nullopt;
+    }
+    ActiveAlarm alarm;
+    alarm.level = static_cast<LevelAlarm>(found.at(0).integer());
+    alarm.priority = static_cast<std::int32_t>(found.at(1).integer());
+    alarm.code = found.at(2).text();
+    alarm.channel = found.at(3).id();
+    return alarm;
+}
+
+StoreSnapshot RedisEngine::snapshot() {
+    const auto answer = ask(link.keys.function("image", true).add("0"));
+    return guarded([&] { return SiteImage::snapshotOf(answer.view(), catalogue); });
+}
+
+template <class Entry, class Unpack>
+std::vector<Entry> RedisEngine::entriesOf(const std::string& key, std::int64_t sinceMs, std::size_t limit,
+                                          Unpack unpack) {
+    std::vector<Entry> found;
+    std::string from{"+"};
+    while (found.size() < limit) {
+        Command command{"XREVRANGE", key, from, "-", "COUNT"};
+        const auto answer = ask(command.add(HISTORY_AT_A_TIME));
+        const auto entries = answer.view();
+        for (std::size_t i = 0; i < entries.size() && found.size() < limit; ++i) {
+            auto entry =
+                unpack(SiteCodec::numberOf(entries.at(i).at(0).text()), entries.at(i).at(1).at(1).text());
+            if (entry.timeMs >= sinceMs) {
+                found.push_back(std::move(entry));
+            }
+        }
+        if (entries.size() < HISTORY_AT_A_TIME) {
+            break;
+        }
+        from = "(" + std::string{entries.at(entries.size() - 1).at(0).text()};
+    }
+    std::reverse(found.begin(), found.end());
+    return found;
+}
+
+std::vector<AlarmEvent> RedisEngine::alarmEvents(std::int64_t sinceMs, std::size_t limit) {
+    return guarded(
+        [&] { return entriesOf<AlarmEvent>(link.keys.events, sinceMs, limit, SiteCodec::unpackEvent); });
+}
+
+std::vector<WriteRecord> RedisEngine::writeRecords(std::int64_t sinceMs, std::size_t limit) {
+    return guarded(
+        [&] { return entriesOf<WriteRecord>(link.keys.records, sinceMs, limit, SiteCodec::unpackRecord); });
+}
+
+void RedisEngine::recordWrite(const WriteRecord& record) {
+    write("record_write", [&](Command& command) { command.add(SiteCodec::packRecord(record)); });
+}
+
+StoreImage RedisEngine::image() {
+    const auto answer = ask(link.keys.function("image", true).add("1"));
+    return guarded([&] { return SiteImage::imageOf(answer.view(), catalogue); });
+}
+
+void RedisEngine::fill(const StoreImage& image) {
+    const auto answer = write("fill", [&](Command& command) { SiteImage::addTo(command, image, catalogue); });
+    if (answer.view().at(0).text() != "ok") {
+        throwStoreFault(url(), StoreFault::occupied, "cannot fill");
+    }
+}
+
+StoreHealth RedisEngine::health() {
+    auto health = Engine::health();
+    health.engine = "redis";
+    const auto answer = ask({"INFO", "server"});
+    const auto text = std::string{answer.view().text()};
+    const auto version = text.find("redis_version:");
+    if (version != std::string::npos) {
+        const auto start = text.find(':', version) + 1;
+        health.server = "version " + text.substr(start, text.find('\r', start) - start);
+    }
+    return health;
+}
+
+Engine::Start RedisEngine::startOf(const std::vector<std::uint64_t>& wanted) {
+    auto command = link.keys.function("start", true);
+    addAll(command, wanted);
+    const auto answer = ask(command);
+    return guarded([&] {
+        Start start;
+        start.seq = answer.view().at(0).integer();
+        const auto rows = answer.view().at(1);
+        for (std::size_t i = 0; i < wanted.size(); ++i) {
+            const bool known = i < rows.size() && !rows.at(i).isNil();
+            start.values.emplace(wanted[i],
+                                 known ? SiteCodec::unpackRow(rows.at(i).text()).value : qz::CValue{});
+        }
+        return start;
+    });
+}
+
+Engine::News RedisEngine::newsAfter(std::int64_t seq) {
+    checkNotForked();
+    News news{{}, seq, false};
+    if (auto known = bell.changesAfter(seq, CHANGES_AT_A_TIME)) {
+        news.changes = std::move(*known);
+    } else {
+        Command command{"XRANGE", link.keys.news, "(" + std::to_string(seq) + "-0", "+", "COUNT"};
+        const auto answer = ask(command.add(NEWS_AT_A_TIME));
+        news.changes = guarded([&] { return NewsFeed::changesOf(answer.view()); });
+    }
+    if (news.changes.empty()) {
+        return news;
+    }
+    if (news.changes.front().seq > seq + 1) {
+        return summaryAfter(seq);
+    }
+    const auto isOld = [seq](const Change& change) { return change.seq <= seq; };
+    news.changes.erase(news.changes.begin(),
+                       std::find_if_not(news.changes.begin(), news.changes.end(), isOld));
+    news.upTo = news.changes.back().seq;
+    link.note(news.upTo);
+    return news;
+}
+
+Engine::News RedisEngine::summaryAfter(std::int64_t seq) {
+    const auto answer = ask(link.keys.function("summary", true).add(seq));
+    return guarded([&] {
+        News news{{}, answer.view().at(0).integer(), true};
+        const auto rows = answer.view().at(1);
+        for (std::size_t i = 0; i + 1 < rows.size(); i += 2) {
+            auto row = SiteCodec::unpackRow(rows.at(i + 1).text());
+            news.changes.push_back(
+                {row.seq, Change::Kind::value, rows.at(i).id(), std::move(row.value), row.writtenMs});
+        }
+        const auto marks = answer.view().at(2);
+        for (std::size_t i = 0; i + 1 < marks.size(); i += 2) {
+            const auto mark = std::string{marks.at(i).text()}; // KIND:DEVICE
+            news.changes.push_back({marks.at(i + 1).integer(), static_cast<Change::Kind>(mark.at(0) - '0'),
+                                    std::stoull(mark.substr(2)), qz::CValue{}, 0});
+        }
+        std::sort(news.changes.begin(), news.changes.end(),
+                  [](const Change& a, const Change& b) { return a.seq < b.seq; });
+        link.note(news.upTo);
+        return news;
+    });
+}
+
+} // namespace tessapi

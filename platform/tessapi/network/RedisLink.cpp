@@ -1,0 +1,235 @@
+#include "platform/tessapi/network/RedisLink.h"
+
+#include "platform/common/Clock.h"
+#include "platform/tessapi/RootDevice.h"
+#include "platform/tessapi/engine/StoreError.h"
+#include "platform/tessapi/network/FunctionLibrary.h"
+#include "platform/tessapi/network/LinkError.h"
+#include "platform/tessapi/network/ServerRefusal.h"
+
+#include <random>
+
+namespace tessapi {
+
+namespace {
+
+using velk::common::MutexLock;
+
+/// For a connection that is made anew while others wait for the outcome.
+constexpr std::chrono::milliseconds CONNECT_TIME{1000};
+constexpr std::chrono::milliseconds RETRY_PAUSE{10};
+
+/// 32 hexadecimal digits.
+std::string makeIdentity() {
+    static constexpr const char* DIGITS = "0123456789abcdef";
+    std::random_device source;
+    std::string text;
+    for (int i = 0; i < 32; ++i) {
+        text += DIGITS[source() % 16];
+    }
+    return text;
+}
+
+std::string rootIdentity() {
+    const auto& bytes = ROOT_UUID.data();
+    return {bytes.begin(), bytes.end()};
+}
+
+/// A server that answers so is no better than one that does not answer.
+bool isAbsence(const std::string& code) {
+    return code == "LOADING" || code == "READONLY" || code == "CLUSTERDOWN" || code == "MASTERDOWN" ||
+           code == "NOAUTH" || code == "WRONGPASS";
+}
+
+} // namespace
+
+RedisLink::RedisLink(const NetworkUrl& store, std::chrono::milliseconds longestWait) :
+    keys{store.site}, patience{longestWait}, url{store}, finder{store} {}
+
+std::string RedisLink::open(bool create, const std::string& catalogue) {
+    MutexLock lock{mutex};
+    const auto deadline = Deadline::in(patience);
+    connection = finder.connect(deadline);
+    greet(create, catalogue, deadline);
+    return catalogueOfSite;
+}
+
+void RedisLink::note(std::int64_t seq) {
+    auto known = newest.load();
+    while (known < seq && !newest.compare_exchange_weak(known, seq)) {
+    }
+}
+
+void RedisLink::checkUsable() {
+    if (gone) {
+        lose();
+    }
+    if (away) {
+        MutexLock lock{causeMutex};
+        throw LinkError{cause};
+    }
+}
+
+void RedisLink::lose() {
+    gone = true;
+    throwStoreFault(store(), StoreFault::lost, "");
+}
+
+void RedisLink::leave(const std::string& why) {
+    connection.reset();
+    {
+        MutexLock lock{causeMutex};
+        cause = why;
+    }
+    away = true;
+    throw LinkError{why};
+}
+
+Reply RedisLink::call(const Command& command) {
+    return call([&command](bool /*again*/) { return command; });
+}
+
+Reply RedisLink::call(const Make& make) {
+    checkUsable();
+    MutexLock lock{mutex};
+    checkUsable(); // another thread may have found out meanwhile
+    const auto deadline = Deadline::in(patience);
+    std::string why;
+    try {
+        return exchange(make, false, deadline);
+    } catch (const LinkError& failure) {
+        why = failure.what();
+    }
+    if (deadline.isOver()) {
+        leave(why);
+    }
+    // A server that was started anew has closed the connection, and no more is wrong with it.
+    try {
+        connect(deadline.within(CONNECT_TIME));
+        return exchange(make, true, deadline);
+    } catch (const LinkError& failure) {
+        leave(failure.what());
+    }
+}
+
+void RedisLink::connect(const Deadline& deadline) {
+    connection.reset();
+    connection = finder.connect(deadline);
+    try {
+        greet(false, "", deadline);
+    } catch (const ServerRefusal& refusal) {
+        throw LinkError{refusal.what()};
+    }
+    ++connections;
+}
+
+bool RedisLink::tryToReturn() {
+    MutexLock lock{mutex};
+    if (!away) {
+        return true;
+    }
+    try {
+        connect(Deadline::in(CONNECT_TIME));
+    } catch (const LinkError& failure) {
+        connection.reset();
+        MutexLock causeLock{causeMutex};
+        cause = failure.what();
+        return false;
+    }
+    away = false;
+    return true;
+}
+
+std::unique_ptr<RedisConnection> RedisLink::another() {
+    checkUsable();
+    MutexLock lock{mutex};
+    return finder.connect(Deadline::in(CONNECT_TIME));
+}
+
+void RedisLink::greet(bool create, const std::string& catalogue, const Deadline& deadline) {
+    const auto fresh = makeIdentity();
+    const auto answer = exchange(
+        [&](bool /*again*/) {
+            auto command = keys.function("hello", false);
+            command.add(identity).add(seen()).add(create ? "1" : "0").add(fresh);
+            return command.add(rootIdentity()).add(catalogue);
+        },
+        false, deadline);
+    const auto word = answer.view().at(0).text();
+    if (word == "gone") {
+        lose();
+    }
+    if (word == "missing") {
+        throwStoreFault(store(), StoreFault::missing, "");
+    }
+    if (word == "foreign") {
+        throwStoreFault(store(), StoreFault::foreign, "the key of the site");
+    }
+    if (word == "format") {
+        throwStoreFault(store(), StoreFault::wrongVersion,
+                        "format " + std::string{answer.view().at(1).text()} + ", expected 1");
+    }
+    identity = answer.view().at(1).text();
+    note(answer.view().at(2).integer());
+    catalogueOfSite = answer.view().at(3).text();
+}
+
+Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline) {
+    for (;;) {
+        const auto command = make(again);
+        try {
+            return connection->call(command, deadline);
+        } catch (const ServerRefusal& refusal) {
+            if (refusal.code() == "ASK") {
+                return askElsewhere(MasterFinder::redirection(refusal.what()), command, deadline);
+            }
+            if (deadline.isOver() || !mend(refusal, deadline)) {
+                throw;
+            }
+        }
+    }
+}
+
+bool RedisLink::mend(const ServerRefusal& refusal, const Deadline& deadline) {
+    const auto code = refusal.code();
+    const std::string text{refusal.what()};
+    if (code == "TESSGONE") {
+        lose();
+    }
+    if (isAbsence(code)) {
+        throw LinkError{text};
+    }
+    if (code == "MOVED") {
+        finder.follow(MasterFinder::redirection(text));
+        connection = finder.connect(deadline);
+        return true;
+    }
+    if (code == "TRYAGAIN") {
+        velk::common::Clock::system().sleepFor(RETRY_PAUSE);
+        return true;
+    }
+    if (refusal.isWithoutFunctions()) {
+        FunctionLibrary::load(*connection, store(), deadline);
+        return true;
+    }
+    return false;
+}
+
+Reply RedisLink::askElsewhere(const Endpoint& server, const Command& command, const Deadline& deadline) {
+    const auto other = finder.connectTo(server, deadline);
+    const auto asked = [&] {
+        other->call({"ASKING"}, deadline);
+        return other->call(command, deadline);
+    };
+    try {
+        return asked();
+    } catch (const ServerRefusal& refusal) {
+        if (!refusal.isWithoutFunctions()) {
+            throw;
+        }
+        FunctionLibrary::load(*other, store(), deadline);
+        return asked();
+    }
+}
+
+} // namespace tessapi

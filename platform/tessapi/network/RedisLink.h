@@ -1,0 +1,88 @@
+#pragma once
+
+#include "platform/common/Mutex.h"
+#include "platform/tessapi/network/MasterFinder.h"
+#include "platform/tessapi/network/ServerRefusal.h"
+#include "platform/tessapi/network/SiteKeys.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tessapi {
+
+/// The connection of one program to a site, made anew when it breaks.
+///
+/// While the server is away calls fail at once with the cause: only `tryToReturn` connects then. A server
+/// that has another store under the site's name than it had at first is none for good.
+///
+/// Every call throws LinkError when the server is away, ServerRefusal when it does not do what it is asked,
+/// and boost::system::system_error when the store is gone or has functions of another version.
+/// Threads: any; one call after the other.
+class RedisLink {
+public:
+    /// Makes a command; `again` tells that it was sent before and that its answer was lost.
+    using Make = std::function<Command(bool again)>;
+
+    RedisLink(const NetworkUrl& store, std::chrono::milliseconds longestWait);
+
+    /// The first contact; gives what the site says of the catalogue that its types are of.
+    std::string open(bool create, const std::string& catalogue) VELK_EXCLUDES(mutex);
+
+    Reply call(const Make& make) VELK_EXCLUDES(mutex);
+    /// For a command that may be sent twice.
+    Reply call(const Command& command) VELK_EXCLUDES(mutex);
+
+    bool isAway() const { return away; }
+    /// Whether the server has lost the store: it never comes back.
+    bool isGone() const { return gone; }
+    /// Connects if the server is away; gives whether it is not any more.
+    bool tryToReturn() VELK_EXCLUDES(mutex);
+
+    /// One more connection to the same server.
+    std::unique_ptr<RedisConnection> another() VELK_EXCLUDES(mutex);
+    /// Rises with every connection that was made.
+    std::uint64_t generation() const { return connections; }
+
+    /// The number of the newest change that this program knows of.
+    std::int64_t seen() const { return newest; }
+    void note(std::int64_t seq);
+
+    const std::string& store() const { return url.text(); }
+    /// What the site is called on the server since its beginning, and what every write names.
+    const std::string& token() const { return identity; }
+
+    const SiteKeys keys;
+    const std::chrono::milliseconds patience;
+
+private:
+    void checkUsable() VELK_EXCLUDES(causeMutex);
+    [[noreturn]] void leave(const std::string& why) VELK_REQUIRES(mutex) VELK_EXCLUDES(causeMutex);
+    void connect(const Deadline& deadline) VELK_REQUIRES(mutex);
+    void greet(bool create, const std::string& catalogue, const Deadline& deadline) VELK_REQUIRES(mutex);
+    Reply exchange(const Make& make, bool again, const Deadline& deadline) VELK_REQUIRES(mutex);
+    /// Does what the refusal asks for; gives whether the call may be tried again.
+    bool mend(const ServerRefusal& refusal, const Deadline& deadline) VELK_REQUIRES(mutex);
+    Reply askElsewhere(const Endpoint& server, const Command& command, const Deadline& deadline)
+        VELK_REQUIRES(mutex);
+    [[noreturn]] void lose();
+
+    const NetworkUrl url;
+    std::string identity; ///< written by `open` only
+    std::string catalogueOfSite;
+    velk::common::Mutex mutex;
+    MasterFinder finder VELK_GUARDED_BY(mutex);
+    std::unique_ptr<RedisConnection> connection VELK_GUARDED_BY(mutex);
+    velk::common::Mutex
+        causeMutex; ///< so that nobody waits for a connection attempt to learn that it is away
+    std::string cause VELK_GUARDED_BY(causeMutex);
+    std::atomic<bool> away{false};
+    std::atomic<bool> gone{false};
+    std::atomic<std::uint64_t> connections{0};
+    std::atomic<std::int64_t> newest{0};
+};
+
+} // namespace tessapi

@@ -1,0 +1,226 @@
+---- Values of channels
+
+-- Why not all of these values can be set; nil when they can.
+local function refusal(keys, ids, changes, rows)
+  for i, id in ipairs(ids) do
+    local row = rows[i]
+    if not row then
+      return {'unknown', id}
+    end
+    if string.byte(row, 1) + 1 ~= string.byte(changes[i], 22) then
+      local _, _, name = info_of(keys, id)
+      return {'type', id, string.byte(row, 1), name}
+    end
+  end
+end
+
+-- Each with its row; the same channel may come several times.
+local function apply(write, ids, changes, rows)
+  local latest, fields = {}, {}
+  for i, id in ipairs(ids) do
+    local row, change = latest[id] or rows[i], changes[i]
+    local is_same = same(value_of(row), string.sub(change, 22))
+    local changed = is_same and string.sub(row, 3, 10) or string.sub(change, 10, 17)
+    row = string.sub(row, 1, 2) .. changed .. struct.pack('<I8', add(write, change)) .. string.sub(change, 10)
+    latest[id] = row
+    fields[#fields + 1] = id
+    fields[#fields + 1] = row
+    if string.byte(row, 2) == 1 then
+      write.time = string.sub(change, 10, 17)
+      evaluate(write, id, value_of(row))
+    end
+  end
+  set_fields(write.keys[VALUES], fields)
+end
+
+-- Channel and change, as often as one likes: all or none. Gives the number of the last change.
+local function set_values(keys, args)
+  local write, gone = begin(keys, args)
+  if gone then
+    return gone
+  end
+  if is_done(write) then
+    return write.seq
+  end
+  local ids, changes = {}, {}
+  for i = OWN, #args, 2 do
+    ids[#ids + 1] = args[i]
+    changes[#changes + 1] = args[i + 1]
+  end
+  local rows = fields_of(keys[VALUES], ids)
+  local refused = refusal(keys, ids, changes, rows)
+  if refused then
+    return refused
+  end
+  apply(write, ids, changes, rows)
+  commit(write)
+  return write.seq
+end
+
+
+local function trigger_mark(row, has_triggers)
+  return string.sub(row, 1, 1) .. string.char(has_triggers and 1 or 0) .. string.sub(row, 3)
+end
+
+-- Channel, packed triggers.
+local function set_alarms(keys, args)
+  local write, gone = begin(keys, args)
+  if gone then
+    return gone
+  end
+  local channel = args[OWN]
+  local row = redis.call('HGET', keys[VALUES], channel)
+  if not row then
+    return write.seq
+  end
+  local value = value_of(row)
+  local before, after = unpack_triggers(redis.call('HGET', keys[ALARMS], channel)), unpack_triggers(args[OWN + 1])
+  for _, t in ipairs(after) do
+    t.active = is_active(t, value) and 1 or 0
+  end
+  if #after > 0 then
+    redis.call('HSET', keys[ALARMS], channel, pack_triggers(after))
+  else
+    redis.call('HDEL', keys[ALARMS], channel)
+  end
+  redis.call('HSET', keys[VALUES], channel, trigger_mark(row, #after > 0))
+  if note_alarms(write, channel, value, before, after) then
+    announce_alarms(write, (info_of(keys, channel)))
+  end
+  commit(write)
+  return write.seq
+end
+
+local function put_states(keys, channel, states)
+  if states ~= '' then
+    redis.call('HSET', keys[STATES], channel, states)
+  else
+    redis.call('HDEL', keys[STATES], channel)
+  end
+end
+
+-- Channel, packed states.
+local function set_states(keys, args)
+  local write, gone = begin(keys, args)
+  if gone then
+    return gone
+  end
+  if redis.call('HEXISTS', keys[VALUES], args[OWN]) == 1 then
+    put_states(keys, args[OWN], args[OWN + 1])
+  end
+  return write.seq
+end
+
+---- Channels
+
+-- Changed, seq, written, size of no value.
+local NEVER = '\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0'
+
+local function insert_channel(keys, id, device, name, kind, description)
+  redis.call('HSET', keys[NAMES], device .. ':' .. name, id)
+  redis.call('HSET', keys[CHANNELS], id,
+    struct.pack('<I8I4c0', tonumber(device), #description, description) .. name)
+  redis.call('ZADD', keys[MEMBERS], device, id)
+  redis.call('HSET', keys[VALUES], id, string.char(kind, 0) .. NEVER)
+end
+
+-- Device, name, type, description, packed states. Gives the channel and its type.
+local function emplace_channel(keys, args)
+  local write, gone = begin(keys, args)
+  if gone then
+    return gone
+  end
+  local device, name = args[OWN], args[OWN + 1]
+  local id = redis.call('HGET', keys[NAMES], device .. ':' .. name)
+  if id then
+    return {id, string.byte(redis.call('HGET', keys[VALUES], id), 1)}
+  end
+  if redis.call('HEXISTS', keys[DEVICES], device) == 0 then
+    return {}
+  end
+  local kind = tonumber(args[OWN + 2])
+  id = whole(redis.call('HINCRBY', keys[SITE], 'chan', 1))
+  insert_channel(keys, id, device, name, kind, args[OWN + 3])
+  put_states(keys, id, args[OWN + 4])
+  return {id, kind}
+end
+
+-- Alarms of a channel that is about to go are cleared; gives whether there were some.
+local function clear_alarms(write, channel)
+  local text = redis.call('HGET', write.keys[ALARMS], channel)
+  if not text then
+    return false
+  end
+  local value = value_of(redis.call('HGET', write.keys[VALUES], channel))
+  return note_alarms(write, channel, value, unpack_triggers(text), {})
+end
+
+local function remove_channel(write, id)
+  local keys = write.keys
+  local device, _, name = info_of(keys, id)
+  redis.call('HDEL', keys[NAMES], device .. ':' .. name)
+  for _, key in ipairs({keys[CHANNELS], keys[VALUES], keys[STATES], keys[ALARMS]}) do
+    redis.call('HDEL', key, id)
+  end
+  redis.call('ZREM', keys[MEMBERS], id)
+  write.removed[#write.removed + 1] = id
+end
+
+local function set_of(args, first)
+  local set = {}
+  for i = first, #args do
+    set[args[i]] = true
+  end
+  return set
+end
+
+-- Device, then the channels that are kept. Gives those that are gone.
+local function remove_channels(keys, args)
+  local write, gone = begin(keys, args)
+  if gone then
+    return gone
+  end
+  local kept = set_of(args, OWN + 1)
+  local alarms_changed = false
+  for _, id in ipairs(members_of(keys, args[OWN])) do
+    if not kept[id] then
+      alarms_changed = clear_alarms(write, id) or alarms_changed
+      remove_channel(write, id)
+    end
+  end
+  if alarms_changed then
+    announce_alarms(write, args[OWN])
+  end
+  commit(write)
+  return write.removed
+end
+
+-- Catalogue, then for each channel: id, type, description, packed states. A channel of another type loses its
+-- value.
+local function retype(keys, args)
+  local write, gone = begin(keys, args)
+  if gone then
+    return gone
+  end
+  for i = OWN + 1, #args, 4 do
+    local id, kind = args[i], tonumber(args[i + 1])
+    local row = redis.call('HGET', keys[VALUES], id)
+    if row then
+      local device, _, name = info_of(keys, id)
+      redis.call('HSET', keys[CHANNELS], id,
+        struct.pack('<I8I4c0', tonumber(device), #args[i + 2], args[i + 2]) .. name)
+      if string.byte(row, 1) ~= kind then
+        put_states(keys, id, args[i + 3])
+        redis.call('HSET', keys[VALUES], id, string.char(kind, string.byte(row, 2)) .. string.rep('\0', 8) ..
+          string.sub(row, 11, 18) .. string.rep('\0', 12))
+        if string.byte(row, 2) == 1 then
+          evaluate(write, id, '')
+        end
+      end
+    end
+  end
+  redis.call('HSET', keys[SITE], 'catalogue', args[OWN])
+  commit(write)
+  return write.seq
+end
+

@@ -1,0 +1,159 @@
+---- The whole
+
+-- Site's identity or '', last change known, '1' to make what is not there, identity of a new one, root's Uuid.
+-- Gives a word; after 'ok' the identity, the number of the last change, and the catalogue that types are of.
+local function hello(keys, args)
+  if redis.call('EXISTS', keys[SITE]) == 0 then
+    if args[1] ~= '' then
+      return {'gone'}
+    elseif args[3] ~= '1' then
+      return {'missing'}
+    end
+    redis.call('HSET', keys[SITE], 'id', args[4], 'format', FORMAT, 'seq', 0, 'dev', 999, 'chan', 999, 'ev', 0,
+      'rec', 0, 'catalogue', args[6])
+    insert_device(keys, ROOT, args[5], '0')
+  end
+  local id, found, seq, catalogue = unpack(redis.call('HMGET', keys[SITE], 'id', 'format', 'seq', 'catalogue'))
+  if not id or not found then
+    return {'foreign'}
+  elseif found ~= FORMAT then
+    return {'format', found}
+  elseif args[1] ~= '' and args[1] ~= id then
+    return {'gone'}
+  end
+  if tonumber(args[2]) > tonumber(seq) then
+    redis.call('HSET', keys[SITE], 'seq', whole(tonumber(args[2]) + 1)) -- see begin
+  end
+  return {'ok', id, tonumber(seq), catalogue or ''}
+end
+
+-- '1' for events and records too.
+local function image(keys, args)
+  local all = {}
+  for i, key in ipairs({DEVICES, ATTRIBUTES, CHANNELS, VALUES, STATES, ALARMS}) do
+    all[i] = redis.call('HGETALL', keys[key])
+  end
+  if args[1] == '1' then
+    all[7] = redis.call('HMGET', keys[SITE], 'dev', 'chan')
+    all[8] = redis.call('XRANGE', keys[EVENTS], '-', '+')
+    all[9] = redis.call('XRANGE', keys[RECORDS], '-', '+')
+  end
+  return all
+end
+
+-- Last identifiers given to devices and channels; how many devices, attributes, channels, events and records;
+-- then these.
+local function fill(keys, args)
+  local write, gone = begin(keys, args)
+  if gone then
+    return gone
+  end
+  if redis.call('HLEN', keys[DEVICES]) ~= 1 or redis.call('HLEN', keys[CHANNELS]) ~= 0 then
+    return {'occupied'}
+  end
+  local place = OWN + 7
+  local function take(count)
+    place = place + count
+    return unpack(args, place - count, place - 1)
+  end
+  for _ = 1, tonumber(args[OWN + 2]) do
+    local id, uuid, parent = take(3)
+    insert_device(keys, id, uuid, parent)
+  end
+  for _ = 1, tonumber(args[OWN + 3]) do
+    redis.call('HSET', keys[ATTRIBUTES], take(2))
+  end
+  for _ = 1, tonumber(args[OWN + 4]) do
+    local id, device, name, kind, description, times_and_value, states, triggers = take(8)
+    insert_channel(keys, id, device, name, tonumber(kind), description)
+    local row = string.char(tonumber(kind), triggers ~= '' and 1 or 0) .. times_and_value
+    redis.call('HSET', keys[VALUES], id, row)
+    put_states(keys, id, states)
+    if triggers ~= '' then
+      local list = unpack_triggers(triggers)
+      for _, t in ipairs(list) do
+        t.active = is_active(t, value_of(row)) and 1 or 0
+      end
+      redis.call('HSET', keys[ALARMS], id, pack_triggers(list))
+    end
+  end
+  local function take_stream(key, field, counter, count)
+    for _ = 1, count do
+      local number, content = take(2)
+      local last = tonumber(redis.call('HGET', keys[SITE], counter))
+      number = math.max(tonumber(number), last + 1)
+      redis.call('XADD', keys[key], whole(number) .. '-0', field, content)
+      redis.call('HSET', keys[SITE], counter, whole(number))
+    end
+  end
+  take_stream(EVENTS, 'e', 'ev', tonumber(args[OWN + 5]))
+  take_stream(RECORDS, 'r', 'rec', tonumber(args[OWN + 6]))
+  local dev, chan = unpack(redis.call('HMGET', keys[SITE], 'dev', 'chan'))
+  redis.call('HSET', keys[SITE], 'dev', whole(math.max(tonumber(dev), tonumber(args[OWN]))), 'chan',
+    whole(math.max(tonumber(chan), tonumber(args[OWN + 1]))))
+  return {'ok'}
+end
+
+---- Reading
+
+-- The device with its attributes; nothing for an unknown one.
+local function device(keys, args)
+  local found = redis.call('HGET', keys[DEVICES], args[1])
+  if not found then
+    return {}
+  end
+  local fields = {}
+  for number = 0, 15 do
+    fields[number + 1] = args[1] .. ':' .. number
+  end
+  return {found, redis.call('HMGET', keys[ATTRIBUTES], unpack(fields))}
+end
+
+local function worst_of(keys, args)
+  local worst, channel = most_critical(keys, args[1])
+  return worst and {worst.level, worst.priority, worst.code, channel} or {}
+end
+
+-- The number of the last change, and the rows of the channels asked for.
+local function start(keys, args)
+  return {tonumber(redis.call('HGET', keys[SITE], 'seq') or 0), fields_of(keys[VALUES], args)}
+end
+
+-- What has changed since: the last change of each channel and device instead of all changes.
+local function summary(keys, args)
+  local since, rows = tonumber(args[1]), {}
+  local all = redis.call('HGETALL', keys[VALUES])
+  for i = 1, #all, 2 do
+    if struct.unpack('<I8', all[i + 1], 11) > since then
+      rows[#rows + 1] = all[i]
+      rows[#rows + 1] = all[i + 1]
+    end
+  end
+  return {tonumber(redis.call('HGET', keys[SITE], 'seq') or 0), rows,
+    redis.call('ZRANGE', keys[MARKS], '(' .. args[1], '+inf', 'BYSCORE', 'WITHSCORES')}
+end
+
+local function register(name, callback, flags)
+  redis.register_function{function_name = 'tess1_' .. name, callback = callback, flags = flags}
+end
+
+register('hello', hello)
+register('set', set_values)
+register('set_alarms', set_alarms)
+register('set_states', set_states)
+register('set_attribute', set_attribute)
+register('emplace_channel', emplace_channel)
+register('remove_channels', remove_channels)
+register('retype', retype)
+register('emplace_device', emplace_device)
+register('remove_sub_devices', remove_sub_devices)
+register('record_write', record_write)
+register('fill', fill)
+register('image', image, {'no-writes'})
+register('device', device, {'no-writes'})
+register('worst_of', worst_of, {'no-writes'})
+register('start', start, {'no-writes'})
+register('summary', summary, {'no-writes'})
+-- Which version the library of a server is, whatever its functions are called.
+redis.register_function{function_name = 'tess_version', callback = function() return 1 end, flags = {'no-writes'}}
+
