@@ -7,6 +7,7 @@
 #include "cli/DevicesCommand.h"
 #include "cli/EditDistance.h"
 #include "cli/ExplainCommand.h"
+#include "cli/ExportCommand.h"
 #include "cli/GetCommand.h"
 #include "cli/SetCommand.h"
 #include "cli/StatusCommand.h"
@@ -30,10 +31,12 @@ CommandLine::CommandLine() : parser{std::make_unique<program::ProgramParser>(com
     all.option("--json", json);
     all.option("--store", store);
     addLookingCommands();
+    addEvents();
     addWatch();
     addLogs();
     addSet();
     addDo();
+    addWholeStoreCommands();
     addShellCommands();
 }
 
@@ -56,7 +59,22 @@ void CommandLine::addLookingCommands() {
     auto channels = parser->command("channels");
     channels.argument("PATH", paths);
     channels.chosen([this] { command = [this](Session& session) { return runChannels(session, paths); }; });
-    parser->command("alarms").chosen([this] { command = runAlarms; });
+}
+
+void CommandLine::addEvents() {
+    auto raised = parser->command("alarms");
+    auto* const wantsHistory = raised.option("--history", showsHistory);
+    raised.option("--since", alarmHistory.since)->needs(wantsHistory);
+    raised.option("--path", alarmHistory.path)->needs(wantsHistory);
+    raised.chosen([this] {
+        command = [this](Session& session) {
+            return showsHistory ? runAlarmHistory(session, alarmHistory) : runAlarms(session);
+        };
+    });
+    auto all = parser->command("events");
+    all.option("--since", events.since);
+    all.option("--path", events.path);
+    all.chosen([this] { command = [this](Session& session) { return runEvents(session, events); }; });
 }
 
 void CommandLine::addWatch() {
@@ -100,6 +118,15 @@ void CommandLine::addDo() {
     where.chosen([this] {
         command = [this](Session& session) { return runDo(session, path, action, delaySeconds, request); };
     });
+}
+
+void CommandLine::addWholeStoreCommands() {
+    auto exporting = parser->command("export");
+    exporting.argument("FILE", file);
+    exporting.chosen([this] { command = [this](Session& session) { return runExport(session, file); }; });
+    auto importing = parser->command("import");
+    importing.argument("FILE", file);
+    importing.chosen([this] { aloneCommand = [this](Surroundings& s) { return runImport(s, file); }; });
 }
 
 void CommandLine::addShellCommands() {

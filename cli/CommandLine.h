@@ -1,7 +1,9 @@
 #pragma once
 
+#include "cli/AlarmsCommand.h"
 #include "cli/CompletePathsCommand.h"
 #include "cli/DoCommand.h"
+#include "cli/EventsCommand.h"
 #include "cli/ExitCode.h"
 #include "cli/LogsCommand.h"
 #include "cli/Session.h"
@@ -49,16 +51,21 @@ private:
     /// False when `word` is a command, or no word.
     bool sayNearestCommand(const std::string& word) const;
     void addLookingCommands();
+    void addEvents();
     void addWatch();
     void addLogs();
     void addSet();
     void addDo();
+    void addWholeStoreCommands();
     void addShellCommands();
 
     std::unique_ptr<program::ProgramParser> parser;
     std::function<ExitCode(Session&)> command;
     std::function<ExitCode(Surroundings&)> aloneCommand;
     std::vector<std::string> paths;
+    bool showsHistory{false};
+    AlarmHistoryOptions alarmHistory;
+    EventsOptions events;
     WatchOptions watch;
     LogsOptions logs;
     TreeOptions tree;
@@ -68,6 +75,7 @@ private:
     std::optional<std::int32_t> delaySeconds;
     double timeoutSeconds{10.0};
     RequestOptions request;
+    std::string file;
     std::string shell;
     PathQuestion question;
 };

@@ -1,7 +1,7 @@
 #include "cli/CompletePathsCommand.h"
 
+#include "cli/OpenStore.h"
 #include "cli/StoreView.h"
-#include "platform/tessapi/TessAccessor.h"
 
 #include <csignal>
 #include <set>
@@ -84,9 +84,7 @@ void addPoints(const StoreView& view, bool settingsOnly, const std::string& word
 }
 
 void answer(Surroundings& surroundings, const PathQuestion& question) {
-    const std::string url =
-        surroundings.store.empty() ? tessapi::TessAccessor::defaultUrl() : surroundings.store;
-    const auto store = tessapi::TessAccessor::open("tess", url, false);
+    const auto store = openStore(surroundings.store, false);
     const StoreView view{store->browser().snapshot()};
     Candidates candidates{question.word};
     if (question.kind == "part") {

@@ -1,12 +1,12 @@
 #include "cli/CommandLine.h"
 #include "cli/Failure.h"
+#include "cli/OpenStore.h"
 #include "platform/tessapi/StoreAdvice.h"
 #include "platform/tessapi/TessAccessor.h"
 
 #include <boost/system/system_error.hpp>
 
 #include <chrono>
-#include <csignal>
 #include <iostream>
 #include <stdexcept>
 #include <unistd.h>
@@ -20,39 +20,9 @@ using velk::cli::Session;
 using velk::cli::Style;
 using velk::cli::Surroundings;
 
-/// Keeps the signals that end programs from the threads that are started meanwhile, so that they come to the
-/// main thread.
-class SignalsForMainThread {
-public:
-    SignalsForMainThread() {
-        sigset_t signals;
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &signals, &before);
-    }
-    ~SignalsForMainThread() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
-    SignalsForMainThread(const SignalsForMainThread&) = delete;
-    SignalsForMainThread& operator=(const SignalsForMainThread&) = delete;
-
-private:
-    sigset_t before{};
-};
-
 std::int64_t nowMs() {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
-
-std::unique_ptr<tessapi::TessAccessor> openStore(const CommandLine& line) {
-    const bool named = !line.store.empty();
-    const std::string url = named ? line.store : tessapi::TessAccessor::defaultUrl();
-    const SignalsForMainThread signals;
-    try {
-        return tessapi::TessAccessor::open("tess", url, false);
-    } catch (const std::invalid_argument& failure) {
-        throw Failure{named ? ExitCode::Usage : ExitCode::BadConfiguration, failure.what()};
-    }
 }
 
 ExitCode runAlone(const CommandLine& line) {
@@ -65,7 +35,7 @@ ExitCode runCommand(const CommandLine& line) {
     if (!line.needsStore()) {
         return runAlone(line);
     }
-    const auto store = openStore(line);
+    const auto store = velk::cli::openStore(line.store, false);
     Session session{*store,
                     std::cin,
                     std::cout,

@@ -1,5 +1,9 @@
 #include "platform/tessapi/client/BrowserClient.h"
 
+#include "platform/tessapi/StoreImageCheck.h"
+
+#include <stdexcept>
+
 namespace tessapi {
 
 StoreSnapshot BrowserClient::snapshot() {
@@ -37,6 +41,9 @@ StoreImage BrowserClient::image() {
 }
 
 void BrowserClient::fill(const StoreImage& image) {
+    if (const auto fault = findFault(image)) {
+        throw std::invalid_argument{"store " + engine.url() + " cannot be filled: " + fault->text};
+    }
     engine.fill(image);
 }
 
