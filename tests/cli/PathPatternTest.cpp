@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace velk::cli {
 namespace {
 
-bool matches(const char* pattern, const char* path) {
+bool matches(const std::string& pattern, const std::string& path) {
     return PathPattern{pattern}.matches(path);
 }
 
