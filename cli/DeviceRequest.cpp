@@ -9,6 +9,7 @@
 #include "platform/tessapi/InBandAccessor.h"
 
 #include <chrono>
+#include <exception>
 #include <nlohmann/json.hpp>
 
 namespace velk::cli {
@@ -26,6 +27,24 @@ RequestResult resultOf(const std::optional<JournalEntry>& note, velk::common::Cl
         return {RequestResult::Kind::Accepted, "", note->time};
     }
     return {RequestResult::Kind::Refused, note->error.value_or(""), note->time};
+}
+
+/// What a daemon takes, it records itself.
+void recordUntaken(const Session& session, const Point& point, const qz::CValue& value,
+                   const std::string& why) {
+    tessapi::WriteRecord record;
+    record.timeMs = session.nowMs();
+    record.program = WRITER_PROGRAM;
+    record.user = ownUser();
+    record.path = point.path;
+    record.asked = plainText(value);
+    record.result = "nobody took it: " + why;
+    try {
+        session.store.browser().recordWrite(record);
+    } catch (const std::exception& failure) {
+        // The setting is written already; what became of it is the answer that counts.
+        session.err << "tess: the store keeps no record of the write: " << failure.what() << "\n";
+    }
 }
 
 } // namespace
@@ -60,10 +79,15 @@ RequestResult request(Session& session, const Point& point, const qz::CValue& va
     Outcome outcome{session.store, session.clock};
     announceWriter(session.store, point, value, session.nowMs());
     session.store.inbandAccessor().setChannelCValue(point.channel->id, value);
-    if (!outcome.isPossible()) {
-        return {RequestResult::Kind::Unknown, "no daemon has ever kept notes in this store", std::nullopt};
+    const RequestResult result =
+        outcome.isPossible()
+            ? resultOf(outcome.waitFor(point.devicePath, point.name, plainText(value), timeout), timeout)
+            : RequestResult{RequestResult::Kind::Unknown, "no daemon has ever kept notes in this store",
+                            std::nullopt};
+    if (result.kind == RequestResult::Kind::Unknown) {
+        recordUntaken(session, point, value, result.reason);
     }
-    return resultOf(outcome.waitFor(point.devicePath, point.name, plainText(value), timeout), timeout);
+    return result;
 }
 
 std::string outcomeText(const RequestResult& result) {

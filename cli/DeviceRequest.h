@@ -36,6 +36,7 @@ struct RequestResult {
 void requireConnection(const Communication& communication, const Point& point, bool force);
 
 /// Writes `value` into the point's channel and waits for what the daemon says of the write to the device.
+/// When nobody says anything the store gets a record of the write with the result "nobody took it: …".
 RequestResult request(Session& session, const Point& point, const qz::CValue& value,
                       velk::common::Clock::Duration timeout);
 

@@ -1,5 +1,6 @@
 #include "cli/StoreView.h"
 
+#include "cli/ChannelPath.h"
 #include "cli/EditDistance.h"
 #include "cli/Failure.h"
 #include "cli/JournalEntry.h"
@@ -14,7 +15,6 @@ namespace velk::cli {
 namespace {
 
 constexpr std::uint64_t ROOT = 1;
-constexpr std::string_view CHANNEL_PREFIX = "PowerDistribution.";
 constexpr auto PATH_ATTRIBUTE = static_cast<std::size_t>(tessapi::DeviceAttribute::path);
 
 struct AttributeName {
@@ -35,11 +35,7 @@ constexpr auto attributeNames = std::to_array<AttributeName>({
 });
 
 std::string pathOf(const qz::CDevice& device) {
-    if (device.id == ROOT || device.id == StoreView::POWER_DISTRIBUTION) {
-        return "";
-    }
-    const std::string& path = device.attributes.at(PATH_ATTRIBUTE);
-    return path.empty() ? "#" + std::to_string(device.id) : path;
+    return devicePathOf(device.id, device.attributes.at(PATH_ATTRIBUTE));
 }
 
 std::string titleOf(const qz::CDevice& device) {
@@ -49,20 +45,8 @@ std::string titleOf(const qz::CDevice& device) {
     return device.id == StoreView::POWER_DISTRIBUTION ? "PowerDistribution" : pathOf(device);
 }
 
-std::string shortName(const std::string& channelName, const std::string& devicePath) {
-    if (channelName.starts_with(CHANNEL_PREFIX)) {
-        return channelName.substr(CHANNEL_PREFIX.size());
-    }
-    const std::string own = devicePath + ".";
-    return channelName.starts_with(own) ? channelName.substr(own.size()) : channelName;
-}
-
 bool isBelow(std::string_view path, const std::string& wanted) {
     return !wanted.empty() && path.starts_with(wanted + ".");
-}
-
-std::string join(const std::string& devicePath, const std::string& name) {
-    return devicePath.empty() ? name : devicePath + "." + name;
 }
 
 } // namespace
@@ -109,14 +93,14 @@ void StoreView::addPoints(Branch& branch) {
         for (const AttributeName& row : attributeNames) {
             const std::string& text = branch.device->attributes.at(static_cast<std::size_t>(row.attribute));
             if (!text.empty()) {
-                all.push_back(
-                    {join(branch.path, row.name), branch.path, row.name, branch.device->id, nullptr, text});
+                all.push_back({joinPath(branch.path, row.name), branch.path, row.name, branch.device->id,
+                               nullptr, text});
             }
         }
     }
     for (const tessapi::ChannelRecord* channel : channels[branch.device->id]) {
-        const std::string name = shortName(channel->name, branch.path);
-        all.push_back({join(branch.path, name), branch.path, name, branch.device->id, channel, ""});
+        const std::string name = shortChannelName(channel->name, branch.path);
+        all.push_back({joinPath(branch.path, name), branch.path, name, branch.device->id, channel, ""});
     }
     std::sort(all.begin() + static_cast<std::ptrdiff_t>(branch.firstPoint), all.end(),
               [](const Point& a, const Point& b) { return a.name < b.name; });
@@ -140,7 +124,7 @@ const Point* StoreView::pointOf(std::uint64_t channel) const {
 
 const Point* StoreView::pointOf(std::uint64_t deviceId, std::string_view name) const {
     const Branch* owner = branch(deviceId);
-    return owner == nullptr ? nullptr : find(join(owner->path, std::string{name}));
+    return owner == nullptr ? nullptr : find(joinPath(owner->path, std::string{name}));
 }
 
 std::vector<const Point*> StoreView::select(const std::string& wanted) const {

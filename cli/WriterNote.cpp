@@ -16,6 +16,8 @@ namespace {
 
 constexpr const char* WRITER_CHANNEL = "Daemon.Writer";
 
+} // namespace
+
 std::string ownUser() {
     constexpr std::size_t spaceForNames = 4096;
     std::array<char, spaceForNames> space{};
@@ -26,8 +28,6 @@ std::string ownUser() {
     }
     return "user " + std::to_string(getuid());
 }
-
-} // namespace
 
 void announceWriter(tessapi::ITessAccessor& store, const Point& point, const qz::CValue& value,
                     std::int64_t nowMs) {
@@ -40,7 +40,7 @@ void announceWriter(tessapi::ITessAccessor& store, const Point& point, const qz:
     const nlohmann::ordered_json note{{"device", point.devicePath},
                                       {"channel", point.name},
                                       {"asked", plainText(value)},
-                                      {"program", "tess"},
+                                      {"program", WRITER_PROGRAM},
                                       {"user", ownUser()},
                                       {"pid", getpid()},
                                       {"timeMs", nowMs}};

@@ -2,6 +2,7 @@
 
 #include "platform/qz/CValue.h"
 #include "platform/tessapi/InBandAccessor.h"
+#include "platform/tessapi/StoreBrowser.h"
 
 #include <algorithm>
 #include <sstream>
@@ -43,7 +44,33 @@ qz::CValue storeValue(const Value& value) {
     return qz::CValue{};
 }
 
+std::int64_t presentMs() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
 } // namespace
+
+tessapi::WriteRecord recordOf(const Json& note, const conv::UnixTime& time, std::int64_t nowMs) {
+    constexpr std::int64_t msASecond = 1000;
+    tessapi::WriteRecord record;
+    // The library knows the second alone; most often it has just passed.
+    record.timeMs = static_cast<std::int64_t>(time.toIntegralType()) * msASecond;
+    if (nowMs / msASecond * msASecond == record.timeMs) {
+        record.timeMs = nowMs;
+    }
+    if (const Json& by = note.at("by"); by.is_object()) {
+        record.program = by.at("program").get<std::string>();
+        record.user = by.at("user").get<std::string>();
+    }
+    const std::string device = note.at("device").get<std::string>();
+    record.path = (device.empty() ? "" : device + ".") + note.at("channel").get<std::string>();
+    record.asked = note.at("asked").get<std::string>();
+    if (!note.at("accepted").get<bool>()) {
+        record.result = note.at("error").is_string() ? note.at("error").get<std::string>() : "refused";
+    }
+    return record;
+}
 
 std::string askedText(const Value& value) {
     const qz::CValue stored = storeValue(value);
@@ -88,6 +115,10 @@ void WriteJournal::record(const DeviceWrite& write) {
     note["error"] = write.error.empty() ? Json(nullptr) : Json(write.error);
     note["time"] = write.time.toIso8601();
     note["by"] = writerOf(note, write.time);
+    unrecorded.push_back(recordOf(note, write.time, presentMs()));
+    if (unrecorded.size() > LENGTH) {
+        unrecorded.pop_front();
+    }
     notes.push_back(std::move(note));
     if (notes.size() > LENGTH) {
         notes.pop_front();
@@ -99,6 +130,7 @@ void WriteJournal::record(const DeviceWrite& write) {
 void WriteJournal::writeOut() {
     try {
         openStore();
+        writeRecords(); // first: who hears of the outcome finds its record
         if (unsaid != 0) {
             store->inbandAccessor().setChannelCValue(writesChannel, qz::CValue{textOf(Json(notes))});
         }
@@ -114,6 +146,13 @@ void WriteJournal::writeOut() {
                    << std::flush;
         }
         failing = true;
+    }
+}
+
+void WriteJournal::writeRecords() {
+    while (!unrecorded.empty()) {
+        store->browser().recordWrite(unrecorded.front());
+        unrecorded.pop_front();
     }
 }
 

@@ -3,6 +3,7 @@
 #include "platform/common/Mutex.h"
 #include "platform/common/Uuid.h"
 #include "platform/tessapi/ITessAccessor.h"
+#include "platform/tessapi/WriteRecord.h"
 #include "powerdistribution/core/DeviceWrite.h"
 
 #include <chrono>
@@ -31,6 +32,9 @@ namespace velk::daemon {
 /// "Daemon.Writer": {"device":…,"channel":…,"asked":…,"program":…,"user":…,"pid":…,"timeMs":…}, the time in
 /// milliseconds since 1970. It counts for the next write of that data point with that value, within
 /// `WRITER_LASTS`; "by" of any other write is null.
+///
+/// Each write is also a record in the store's own ring of writes (tessapi::WriteRecord), which keeps more of
+/// them than the notes; there nobody is "" for program and user.
 ///
 /// A store that fails stops nothing: the notes are kept and written with the next one, and the failure is
 /// reported in one line, once until the store has worked again.
@@ -68,6 +72,7 @@ private:
     using Note = nlohmann::ordered_json;
 
     void writeOut() VELK_REQUIRES(mutex);
+    void writeRecords() VELK_REQUIRES(mutex);
     void openStore() VELK_REQUIRES(mutex);
     /// Who has announced this write; null when nobody has, or the store fails.
     Note writerOf(const Note& note, const conv::UnixTime& time) VELK_REQUIRES(mutex);
@@ -83,9 +88,14 @@ private:
     std::string usedAnnouncement VELK_GUARDED_BY(mutex); ///< each counts for one write
     std::deque<Note> notes VELK_GUARDED_BY(mutex);
     std::size_t unsaid VELK_GUARDED_BY(mutex){0}; ///< how many of the newest notes the store has not got
+    std::deque<tessapi::WriteRecord> unrecorded VELK_GUARDED_BY(mutex); ///< what the ring has not got
     std::uint64_t sequence VELK_GUARDED_BY(mutex){0};
     bool failing VELK_GUARDED_BY(mutex){false};
 };
+
+/// The record of a write of `note`'s form that ended at `nowMs` at the latest.
+tessapi::WriteRecord recordOf(const nlohmann::ordered_json& note, const conv::UnixTime& time,
+                              std::int64_t nowMs);
 
 /// What was asked, in the store's own notation: "true", "30", "2026-11-21T13:38:11.000Z".
 std::string askedText(const velk::powerdistribution::Value& value);

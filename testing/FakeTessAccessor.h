@@ -10,6 +10,8 @@
 #include "testing/FakeInBandAccessor.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -51,17 +53,53 @@ private:
     std::map<std::uint64_t, std::optional<tessapi::ActiveAlarm>> alarms VELK_GUARDED_BY(mutex);
 };
 
-/// Shows nothing: connectors never look at the store as a person does.
+/// Shows nothing, since connectors never look at the store as a person does; keeps the records of writes and
+/// gives the alarm events that a test has added.
+/// Threads: any.
 class FakeStoreBrowser : public tessapi::StoreBrowser {
 public:
+    FakeStoreBrowser() = default;
+    explicit FakeStoreBrowser(std::shared_ptr<FakeStoreFaults> switches) : faults{std::move(switches)} {}
+
+    void addAlarmEvent(tessapi::AlarmEvent event) VELK_EXCLUDES(mutex) {
+        velk::common::MutexLock lock{mutex};
+        events.push_back(std::move(event));
+    }
+
     tessapi::StoreSnapshot snapshot() override { return {}; }
     void subscribeAllChannels(std::function<void(const tessapi::ChannelWrite&)>, std::uint64_t*) override {}
     std::string url() const override { return "memory:fake"; }
-    std::vector<tessapi::AlarmEvent> alarmEvents(std::int64_t, std::size_t) override { return {}; }
-    std::vector<tessapi::WriteRecord> writeRecords(std::int64_t, std::size_t) override { return {}; }
-    void recordWrite(const tessapi::WriteRecord&) override {}
+    std::vector<tessapi::AlarmEvent> alarmEvents(std::int64_t sinceMs, std::size_t limit) override {
+        velk::common::MutexLock lock{mutex};
+        return newest(events, sinceMs, limit);
+    }
+    std::vector<tessapi::WriteRecord> writeRecords(std::int64_t sinceMs, std::size_t limit) override {
+        velk::common::MutexLock lock{mutex};
+        return newest(records, sinceMs, limit);
+    }
+    void recordWrite(const tessapi::WriteRecord& record) override {
+        faults->check("recordWrite");
+        velk::common::MutexLock lock{mutex};
+        records.push_back(record);
+        records.back().number = static_cast<std::int64_t>(records.size());
+    }
     tessapi::StoreImage image() override { return {}; }
     void fill(const tessapi::StoreImage&) override {}
+
+private:
+    template <typename Row>
+    static std::vector<Row> newest(const std::vector<Row>& all, std::int64_t sinceMs, std::size_t limit) {
+        std::vector<Row> chosen;
+        std::copy_if(all.begin(), all.end(), std::back_inserter(chosen),
+                     [sinceMs](const Row& row) { return row.timeMs >= sinceMs; });
+        const std::size_t left = std::min(limit, chosen.size());
+        return {chosen.end() - static_cast<std::ptrdiff_t>(left), chosen.end()};
+    }
+
+    const std::shared_ptr<FakeStoreFaults> faults{std::make_shared<FakeStoreFaults>()};
+    velk::common::Mutex mutex;
+    std::vector<tessapi::AlarmEvent> events VELK_GUARDED_BY(mutex);
+    std::vector<tessapi::WriteRecord> records VELK_GUARDED_BY(mutex);
 };
 
 /// A store client without a store: devices here, the rest behind the usual accessors. It starts with the root
@@ -186,7 +224,7 @@ private:
     const std::shared_ptr<FakeStoreFaults> switches{std::make_shared<FakeStoreFaults>()};
     FakeInBandAccessor inBand{log, switches};
     FakeDataAlarms alarms{log, switches};
-    FakeStoreBrowser storeBrowser;
+    FakeStoreBrowser storeBrowser{switches};
     mutable velk::common::Mutex mutex;
     std::map<std::uint64_t, Device> devices VELK_GUARDED_BY(mutex);
     std::uint64_t nextDevice VELK_GUARDED_BY(mutex){1000};

@@ -1,3 +1,4 @@
+#include "cli/WriterNote.h"
 #include "tests/cli/FakeDaemon.h"
 #include "tests/cli/SampleStore.h"
 
@@ -59,6 +60,27 @@ TEST_F(AskingTest, SetEndsWithSevenWhenNobodyAnswersInTime) {
 TEST_F(AskingTest, SetSaysWhenNoDaemonHasEverBeenThere) {
     EXPECT_EQ(tess({"set", DELAY_PATH, "30"}), 7);
     EXPECT_THAT(out, HasSubstr("unconfirmed: no daemon has ever kept notes in this store\n"));
+}
+
+TEST_F(AskingTest, AWriteThatNobodyTookIsRecordedInTheStore) {
+    tess({"set", DELAY_PATH, "30"});
+    test::FakeDaemon daemon = outletDelay(Answer::Silent);
+    tess({"do", ".", "StartTest", "--timeout", "0"});
+    const std::vector<tessapi::WriteRecord> records = sample.store->browser().writeRecords(0, 10);
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[0].path, DELAY_PATH);
+    EXPECT_EQ(records[0].asked, "30");
+    EXPECT_EQ(records[0].program, "tess");
+    EXPECT_EQ(records[0].user, ownUser());
+    EXPECT_EQ(records[0].result, "nobody took it: no daemon has ever kept notes in this store");
+    EXPECT_EQ(records[1].path, "Action.StartTest");
+    EXPECT_EQ(records[1].result, "nobody took it: no answer within 0.0 s");
+}
+
+TEST_F(AskingTest, AWriteThatADaemonAnsweredIsRecordedByTheDaemonAlone) {
+    test::FakeDaemon daemon = outletDelay(Answer::Refuse);
+    EXPECT_EQ(tess({"set", DELAY_PATH, "30"}), 1);
+    EXPECT_TRUE(sample.store->browser().writeRecords(0, 10).empty());
 }
 
 TEST_F(AskingTest, SetAsJsonTellsTheOutcome) {

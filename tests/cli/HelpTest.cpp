@@ -53,6 +53,17 @@ TEST(HelpTest, WatchDocumentsHowItKeepsFromFlooding) {
                          "--all", "--every", "--count", "--for"});
 }
 
+TEST(HelpTest, AlarmsAndEventsDocumentTheirOptions) {
+    expectAll(parse({"alarms", "--help"}).out, {"--history", "--since", "--path", "90s, 15m, 1h, 2d"});
+    expectAll(parse({"events", "--help"}).out, {"--since", "--path", "90s, 15m, 1h, 2d"});
+}
+
+TEST(HelpTest, OptionsOfTheHistoryOfAlarmsAreForTheHistory) {
+    EXPECT_EQ(parse({"alarms", "--since", "1h"}).code, ExitCode::Usage);
+    EXPECT_EQ(parse({"alarms", "--path", "x"}).code, ExitCode::Usage);
+    EXPECT_FALSE(parse({"alarms", "--history", "--since", "1h", "--path", "x"}).code);
+}
+
 TEST(HelpTest, TreeAndLogsDocumentTheirOptions) {
     expectAll(parse({"tree", "--help"}).out, {"PATH", "--depth", "--full"});
     expectAll(parse({"logs", "--help"}).out, {"-n", "-f,--follow", "--for"});

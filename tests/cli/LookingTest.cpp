@@ -165,6 +165,32 @@ TEST_F(LookingTest, AlarmsShowsWhatIsActive) {
     EXPECT_EQ(json({"alarms"})[0]["fresh"], true);
 }
 
+TEST_F(LookingTest, AlarmsThatWereRaisedAndClearedStayInTheStore) {
+    sample.alarm(20, "Status.LowRuntime", "LOW");
+    sample.set(20, "Status.LowRuntime", qz::CValue{true});
+    sample.set(20, "Status.LowRuntime", qz::CValue{false});
+    EXPECT_EQ(tess({"alarms", "--history"}), 0);
+    EXPECT_THAT(out, ContainsRegex("critical  raised   Status\\.LowRuntime .*  LOW .*\n.*critical  cleared  "
+                                   "Status\\.LowRuntime .*  LOW  after [0-9]+ s"));
+    const Json history = json({"alarms", "--history", "--since", "1h", "--path", "Status.*"});
+    ASSERT_EQ(history.size(), 2U);
+    EXPECT_EQ(history[1]["event"], "cleared");
+    EXPECT_EQ(json({"alarms", "--history", "--path", "Inputs.*"}), Json::array());
+}
+
+TEST_F(LookingTest, EventsShowsAlarmsAndWritesWithoutADaemon) {
+    sample.alarm(20, "Status.LowRuntime", "LOW");
+    sample.set(20, "Status.LowRuntime", qz::CValue{true});
+    EXPECT_EQ(tess({"set", "Outlets.1.Setting.AutomaticSwitchOffDelay", "30"}), 7);
+    EXPECT_EQ(tess({"events", "--since", "1h"}), 0);
+    EXPECT_THAT(out, ContainsRegex("alarm  Status\\.LowRuntime .*  critical LOW raised: "));
+    EXPECT_THAT(out, ContainsRegex("write  Outlets\\.1\\.Setting\\.AutomaticSwitchOffDelay  30 s asked for by "
+                                   ".* with tess: nobody took it: no daemon has ever kept notes"));
+    EXPECT_EQ(json({"events", "--path", "Outlets.1"})[0]["asked"], "30");
+    EXPECT_EQ(tess({"events", "--since", "tomorrow"}), 2);
+    EXPECT_THAT(err, HasSubstr("tess: \"tomorrow\" is no time; expected how long ago (90s, 15m, 1h, 2d)"));
+}
+
 TEST_F(LookingTest, APipeGetsNoColours) {
     sample.connect(false);
     EXPECT_EQ(tess({"tree"}), 0);

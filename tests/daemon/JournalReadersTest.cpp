@@ -93,6 +93,18 @@ TEST_F(WriterOfANoteTest, ProgramThatToldBeforeIsNamed) {
     EXPECT_EQ(recorded(30), own);
 }
 
+TEST_F(WriterOfANoteTest, ProgramThatToldBeforeIsNamedInTheRecordToo) {
+    announce(30);
+    recorded(30);
+    recorded(30);
+    const std::vector<tessapi::WriteRecord> records = reader->browser().writeRecords(0, 10);
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[0].program, "tess");
+    EXPECT_EQ(records[0].user, cli::ownUser());
+    EXPECT_EQ(records[1].program, "");
+    EXPECT_EQ(records[1].user, "");
+}
+
 TEST_F(WriterOfANoteTest, NobodyIsNamedForAWriteThatNobodyTold) {
     EXPECT_EQ(recorded(30), "unknown");
 }

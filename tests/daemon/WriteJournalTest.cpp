@@ -186,6 +186,43 @@ TEST_F(WriteJournalTest, MoreNotesThanAreKeptWithoutAStoreLoseTheOldest) {
     EXPECT_EQ(notes.back()["asked"], "261");
 }
 
+TEST_F(WriteJournalTest, AWriteIsARecordOfTheStoreToo) {
+    journal.record(writeOf(30));
+    journal.record({"", "Action.StartTest", Value{true}, false, "not now", conv::UnixTime{1'700'000'001}});
+    journal.record({"", "Action.StartTest", Value{true}, false, "", conv::UnixTime{1'700'000'002}});
+    const std::vector<tessapi::WriteRecord> records = store->browser().writeRecords(0, 10);
+    const tessapi::WriteRecord accepted{
+        1, 1'700'000'000'000, "", "", "Outlets.1.Setting.AutomaticSwitchOffDelay", "30", ""};
+    const tessapi::WriteRecord failed{2, 1'700'000'001'000, "", "", "Action.StartTest", "true", "not now"};
+    const tessapi::WriteRecord refused{3, 1'700'000'002'000, "", "", "Action.StartTest", "true", "refused"};
+    EXPECT_EQ(records, (std::vector<tessapi::WriteRecord>{accepted, failed, refused}));
+}
+
+TEST_F(WriteJournalTest, ARecordOfAWriteOfThisSecondHasItsMillisecond) {
+    const Json note = {{"device", ""},
+                       {"channel", "Action.StartTest"},
+                       {"asked", "true"},
+                       {"accepted", true},
+                       {"by", nullptr}};
+    EXPECT_EQ(recordOf(note, conv::UnixTime{7}, 7'999).timeMs, 7'999);
+    EXPECT_EQ(recordOf(note, conv::UnixTime{7}, 8'000).timeMs, 7'000);
+}
+
+TEST_F(WriteJournalTest, RecordsThatTheStoreHasNotTakenFollowInOrder) {
+    journal.open();
+    store->faults().failOn("recordWrite");
+    for (int i = 1; i <= 300; ++i) {
+        journal.record(writeOf(i));
+    }
+    store->faults().recover();
+    journal.record(writeOf(301));
+    const std::vector<tessapi::WriteRecord> records = store->browser().writeRecords(0, 1000);
+    ASSERT_EQ(records.size(), 256U);
+    EXPECT_EQ(records.front().asked, "46");
+    EXPECT_EQ(records.back().asked, "301");
+    EXPECT_EQ(Json::parse(text("Daemon.LastWrite"))["asked"], "301");
+}
+
 TEST(AskedTextTest, IsTheStoresOwnNotation) {
     EXPECT_EQ(askedText(Value{true}), "true");
     EXPECT_EQ(askedText(Value{std::int32_t{-1}}), "-1");
