@@ -2,9 +2,13 @@
 
 #include "platform/tessapi/engine/SqliteEngine.h"
 #include "platform/tessapi/engine/StoreError.h"
+#ifdef VELK_NETWORKED_STORE
+#include "platform/tessapi/network/RedisEngine.h"
+#endif
 
 #include <atomic>
 #include <pthread.h>
+#include <stdexcept>
 
 namespace tessapi {
 
@@ -25,7 +29,15 @@ std::uint32_t countedForks() {
 Engine::Engine() : forksBefore{countedForks()} {}
 
 std::shared_ptr<Engine> Engine::open(const StoreUrl& url, bool create, const Options& options) {
-    return SqliteEngine::open(url, create, options);
+    if (!url.network()) {
+        return SqliteEngine::open(url, create, options);
+    }
+#ifdef VELK_NETWORKED_STORE
+    return RedisEngine::open(*url.network(), create, options);
+#else
+    throw std::invalid_argument{"\"" + url.text() + "\" names a store of the network, which this system was "
+                                                    "built without (VELK_NETWORKED_STORE)"};
+#endif
 }
 
 StoreHealth Engine::health() {

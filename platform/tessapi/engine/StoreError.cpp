@@ -32,6 +32,13 @@ public:
             return "a store cannot be used across a fork of the process";
         case StoreFault::occupied:
             return "the store has something in it already";
+        case StoreFault::unreachable:
+            return "the server of the store cannot be reached";
+        case StoreFault::refused:
+            return "the server of the store refuses";
+        case StoreFault::lost:
+            return "the server has lost the store or has another one of its name; a program that worked on it "
+                   "has to be started anew";
         }
         return "unknown failure";
     }

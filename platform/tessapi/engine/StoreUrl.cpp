@@ -22,8 +22,13 @@ std::string firstOf(const std::string& directories) {
 StoreUrl::StoreUrl(const std::string& text) {
     const auto colon = text.find(':');
     const auto scheme = text.substr(0, colon);
+    if (colon != std::string::npos && NetworkUrl::isScheme(scheme)) {
+        server = NetworkUrl{text};
+        location = server->site;
+        return;
+    }
     if (colon == std::string::npos || (scheme != "sqlite" && scheme != "memory")) {
-        throw std::invalid_argument{"\"" + text + "\" names no store: expected sqlite:PATH or memory:NAME"};
+        throw std::invalid_argument{"\"" + text + "\" names no store: expected sqlite:PATH, memory:NAME or redis://HOST/SITE"};
     }
     memory = scheme == "memory";
     location = text.substr(colon + 1);

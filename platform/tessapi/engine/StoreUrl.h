@@ -1,10 +1,14 @@
 #pragma once
 
+#include "platform/tessapi/network/NetworkUrl.h"
+
+#include <optional>
 #include <string>
 
 namespace tessapi {
 
-/// Which store: `sqlite:PATH` or `memory:NAME`. A plain value.
+/// Which store: `sqlite:PATH`, `memory:NAME`, or one on servers of the network, see `NetworkUrl`. A plain
+/// value.
 class StoreUrl {
 public:
     /// Throws std::invalid_argument that shows the text for anything else.
@@ -16,12 +20,17 @@ public:
     static std::string ofEnvironment();
 
     bool inMemory() const { return memory; }
-    /// The file's path, or the name of the store in memory.
+    /// Where a store of the network is; empty for any other.
+    const std::optional<NetworkUrl>& network() const { return server; }
+    /// The file's path, or the name of the store in memory or on the network.
     const std::string& place() const { return location; }
-    std::string text() const { return (memory ? "memory:" : "sqlite:") + location; }
+    std::string text() const {
+        return server ? server->text() : (memory ? "memory:" : "sqlite:") + location;
+    }
 
 private:
     bool memory{false};
+    std::optional<NetworkUrl> server;
     std::string location;
 };
 

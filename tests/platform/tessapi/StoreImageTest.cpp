@@ -15,7 +15,7 @@ protected:
     /// Another store of the same engine, empty.
     StoreClient& other() {
         if (!second) {
-            second.emplace(url() + "-other");
+            second.emplace(EngineUnderTest::otherUrl(url()));
         }
         return *second;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "testing/TemporaryDirectory.h"
+#include "tests/platform/tessapi/EngineUnderTest.h"
 #include "tests/platform/tessapi/StoreClient.h"
 
 #include <gtest/gtest.h>
@@ -35,10 +36,7 @@ protected:
     StoreTest() { first.emplace(url()); }
 
     /// Which store this test works on.
-    std::string url() const {
-        return GetParam() == "sqlite" ? "sqlite:" + (folder / "tess.db").string()
-                                      : "memory:" + folder.path().filename().string();
-    }
+    const std::string& url() const { return place; }
 
     StoreClient& client() { return *first; }
 
@@ -46,12 +44,12 @@ protected:
     std::unique_ptr<StoreClient> another() const { return std::make_unique<StoreClient>(url()); }
 
     const velk::testing::TemporaryDirectory folder;
+    const std::string place{EngineUnderTest::urlFor(GetParam(), folder.path())};
     std::optional<StoreClient> first;
 };
 
-/// The engines, all of which pass one and the same suite.
 #define VELK_TEST_EVERY_ENGINE(suite)                                                                        \
-    INSTANTIATE_TEST_SUITE_P(Engines, suite, ::testing::Values("sqlite", "memory"),                          \
+    INSTANTIATE_TEST_SUITE_P(Engines, suite, ::testing::ValuesIn(EngineUnderTest::chosen()),                 \
                              [](const auto& engine) { return engine.param; })
 
 } // namespace tessapi::contract
