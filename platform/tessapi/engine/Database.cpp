@@ -151,7 +151,9 @@ std::string Database::headOfFile(std::size_t size) const {
 }
 
 void Database::fail(int resultCode) const {
-    throwSqliteFailure(store, resultCode, sqlite3_errmsg(handle()));
+    // Often the connection knows no more than what the code says.
+    const std::string text{sqlite3_errmsg(handle())};
+    throwSqliteFailure(store, resultCode, text == sqlite3_errstr(resultCode) ? "" : text);
 }
 
 } // namespace tessapi

@@ -68,25 +68,31 @@ void Statement::prepare() {
     compiled.reset(prepared);
 }
 
+void Statement::check(int result) const {
+    if (result != SQLITE_OK) {
+        database.fail(result); // too long, or no memory for it
+    }
+}
+
 void Statement::bind(int index, std::int64_t number) {
-    sqlite3_bind_int64(compiled.get(), index, number);
+    check(sqlite3_bind_int64(compiled.get(), index, number));
 }
 
 void Statement::bind(int index, const std::string& text) {
-    sqlite3_bind_text64(compiled.get(), index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    check(sqlite3_bind_text64(compiled.get(), index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
 }
 
 void Statement::bind(int index, const qz::CValue::Bytes& bytes) {
     // An empty vector has no address; without one the database would take it for null.
     const void* begin = bytes.empty() ? static_cast<const void*>("") : bytes.data();
-    sqlite3_bind_blob64(compiled.get(), index, begin, bytes.size(), SQLITE_TRANSIENT);
+    check(sqlite3_bind_blob64(compiled.get(), index, begin, bytes.size(), SQLITE_TRANSIENT));
 }
 
 void Statement::bind(int index, const qz::CValue& value) {
     if (value.isValid()) {
         bind(index, ValueCodec::encode(value));
     } else {
-        sqlite3_bind_null(compiled.get(), index);
+        check(sqlite3_bind_null(compiled.get(), index));
     }
 }
 

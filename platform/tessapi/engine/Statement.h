@@ -72,6 +72,7 @@ private:
     };
 
     void prepare();
+    void check(int result) const;
     void bind(int index, std::int64_t number);
     void bind(int index, std::uint64_t number) { bind(index, static_cast<std::int64_t>(number)); }
     void bind(int index, std::uint32_t number) { bind(index, std::int64_t{number}); }
