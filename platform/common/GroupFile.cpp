@@ -62,6 +62,11 @@ int makeNamedFirst(const std::string& path, int flags, mode_t mode) {
     return giveRights(file, folderOf(path), mode) ? file : closeAndFail(file);
 }
 
+int makeFile(const std::string& path, int flags, mode_t mode) {
+    const int made = makeNamedLast(path, flags, mode);
+    return made >= 0 || errno == EEXIST ? made : makeNamedFirst(path, flags, mode);
+}
+
 } // namespace
 
 int GroupFile::open(const std::string& path, int flags, mode_t mode) {
@@ -70,16 +75,26 @@ int GroupFile::open(const std::string& path, int flags, mode_t mode) {
         if (file >= 0 || errno != ENOENT) {
             return file;
         }
-        int made = makeNamedLast(path, flags, mode);
-        if (made < 0 && errno != EEXIST) {
-            made = makeNamedFirst(path, flags, mode);
-        }
+        const int made = makeFile(path, flags, mode);
         // Somebody else's file is opened; a link that leads nowhere is neither there nor can it be made.
         struct stat status {};
         if (made >= 0 || errno != EEXIST || ::stat(path.c_str(), &status) != 0) {
             return made;
         }
     }
+}
+
+bool GroupFile::make(const std::string& path, mode_t mode) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0) {
+        return true;
+    }
+    const int made = makeFile(path, O_RDWR, mode);
+    if (made < 0) {
+        return errno == EEXIST && ::stat(path.c_str(), &status) == 0;
+    }
+    ::close(made);
+    return true;
 }
 
 bool GroupFile::makeFolder(const std::string& path, std::error_code& error) {

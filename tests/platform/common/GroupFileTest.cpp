@@ -60,6 +60,16 @@ TEST_P(GroupFileTest, IsForOwnerAndGroupWhateverTheUmask) {
     EXPECT_EQ(modeOf(path + "-own"), 0600U);
 }
 
+TEST_P(GroupFileTest, MadeWithoutOpeningItIsTheSame) {
+    const Umask umask{GetParam()};
+    EXPECT_TRUE(GroupFile::make(path));
+    EXPECT_EQ(modeOf(path), 0660U);
+    EXPECT_EQ(statusOf(path).st_size, 0);
+    ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
+    EXPECT_TRUE(GroupFile::make(path));
+    EXPECT_EQ(modeOf(path), 0640U);
+}
+
 TEST_P(GroupFileTest, FolderHandsItsGroupOnWhateverTheUmask) {
     const Umask umask{GetParam()};
     std::error_code error;
@@ -111,6 +121,8 @@ TEST_F(GroupFileTest, TellsWhyAFileCannotBeMade) {
     EXPECT_EQ(reach(folder.path().string()), EISDIR);
     ASSERT_EQ(::symlink("nowhere/file", path.c_str()), 0);
     EXPECT_NE(reach(path), 0);
+    EXPECT_FALSE(GroupFile::make(path));
+    EXPECT_FALSE(GroupFile::make((folder / "none/file").string()));
     std::error_code error;
     EXPECT_FALSE(GroupFile::makeFolder(path, error));
     EXPECT_TRUE(error);
