@@ -1,5 +1,7 @@
 #include "platform/tessapi/engine/Database.h"
 
+#include "platform/common/GroupFile.h"
+#include "platform/common/Mutex.h"
 #include "platform/tessapi/engine/StoreError.h"
 
 #include <algorithm>
@@ -14,6 +16,16 @@ sqlite3_file* fileOf(sqlite3* connection, int opcode) {
     sqlite3_file* file = nullptr;
     sqlite3_file_control(connection, "main", opcode, &file);
     return file != nullptr && file->pMethods != nullptr ? file : nullptr;
+}
+
+/// What goes wrong here goes wrong again, and is told, when the file is opened.
+void makeForGroup(const std::string& path) {
+    // One at a time: closing the new file would free the locks of another connection that has it already.
+    static velk::common::Mutex making;
+    const velk::common::MutexLock lock{making};
+    if (path != ":memory:") {
+        velk::common::GroupFile::make(path);
+    }
 }
 
 int noteFrames(void* frames, sqlite3*, const char*, int count) {
@@ -32,6 +44,7 @@ void Database::Finalizer::operator()(sqlite3_stmt* statement) const {
 }
 
 Database::Database(const std::string& path, std::string storeName) : store{std::move(storeName)} {
+    makeForGroup(path);
     sqlite3* opened = nullptr;
     const int flags =
         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;

@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/SharedPage.h"
 
+#include "platform/common/GroupFile.h"
 #include "platform/tessapi/engine/StoreError.h"
 
 #include <cerrno>
@@ -73,7 +74,7 @@ SharedPage::SharedPage() {
 }
 
 SharedPage::SharedPage(const std::string& path, const std::string& store) {
-    const Descriptor file{::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644)};
+    const Descriptor file{velk::common::GroupFile::open(path, O_RDWR)};
     if (file.number < 0) {
         throwSystemFailure(store, errno, "cannot open " + path);
     }
