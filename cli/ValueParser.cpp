@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <sstream>
 
 namespace velk::cli {
 
@@ -68,16 +69,18 @@ std::optional<qz::CValue> valueOfType(const std::string& text, qz::datatype type
 /// The number or boolean behind a label, written so that `valueOfType` makes it the channel's own type.
 std::optional<std::string> numberOfLabel(const std::string& text, const ChannelRecord& channel) {
     for (const auto& [key, name] : channel.states.entries()) {
-        const std::optional<double> number = key.asNumber();
-        if (number && editDistance(text, name) == 0) {
-            return std::to_string(static_cast<std::int64_t>(*number));
+        if (key.asNumber() && editDistance(text, name) == 0) {
+            std::ostringstream number;
+            number << key;
+            return number.str();
         }
     }
     return std::nullopt;
 }
 
-std::string withoutUnit(const std::string& text, const std::string& unit) {
-    if (unit.empty() || !text.ends_with(unit)) {
+std::string withoutUnit(const std::string& text, const ChannelRecord& channel) {
+    const std::string& unit = channel.unit;
+    if (unit.empty() || !text.ends_with(unit) || channel.type == qz::datatype::string) {
         return text;
     }
     const std::size_t last = text.find_last_not_of(' ', text.size() - unit.size() - 1);
@@ -110,7 +113,7 @@ std::string expectation(const ChannelRecord& channel) {
 } // namespace
 
 qz::CValue parseValue(const std::string& text, const ChannelRecord& channel) {
-    const std::string number = numberOfLabel(text, channel).value_or(withoutUnit(text, channel.unit));
+    const std::string number = numberOfLabel(text, channel).value_or(withoutUnit(text, channel));
     if (const std::optional<qz::CValue> value = valueOfType(number, channel.type)) {
         return *value;
     }

@@ -56,7 +56,7 @@ std::vector<std::string> names() {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, CorpusTest, ::testing::ValuesIn(names()),
-                         [](const auto& info) { return info.param; });
+                         [](const auto& parameter) { return parameter.param; });
 
 TEST(CorpusTest, EachFolderHasItsFuzzer) {
     for (const fs::directory_entry& entry : fs::directory_iterator{CORPUS}) {

@@ -22,6 +22,9 @@ tessapi::ChannelRecord channelOf(qz::datatype type) {
         channel.states.add(qz::CValue{std::uint32_t{1}}, "mains");
         channel.states.add(qz::CValue{std::uint32_t{2}}, "battery 2");
     }
+    if (type == qz::datatype::uint64) {
+        channel.states.add(qz::CValue{~std::uint64_t{0}}, "all");
+    }
     return channel;
 }
 

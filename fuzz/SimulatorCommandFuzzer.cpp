@@ -15,7 +15,7 @@ namespace {
 
 DeviceDescription sample() {
     static const DeviceDescription device =
-        readDeviceFile(VELK_SOURCE_DIR "/plugins/simulator/devices/pdu-42.json");
+        readDeviceFile(VELK_SOURCE_DIR "/fuzz/corpus/simulator_device/pdu");
     return device;
 }
 

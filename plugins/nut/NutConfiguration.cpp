@@ -1,5 +1,6 @@
 #include "plugins/nut/NutConfiguration.h"
 
+#include "platform/common/SecretFile.h"
 #include "platform/common/lwjson/Deserializer.h"
 #include "platform/common/lwjson/JsonError.h"
 #include "plugins/nut/ProtocolLine.h"
@@ -59,15 +60,13 @@ std::string pathOf(const Node& node, const std::filesystem::path& folder) {
 
 std::string passwordOf(const Node& node, const std::filesystem::path& folder) {
     const std::string path = pathOf(node, folder);
-    std::ifstream file{path};
     std::string password;
-    if (!std::getline(file, password)) {
-        refuse(node, "names " + path + ", of which no line can be read");
+    try {
+        password = velk::common::SecretFile::read(path);
+    } catch (const std::runtime_error& refusal) {
+        refuse(node, std::string{"gives no password: "} + refusal.what());
     }
-    if (!password.empty() && password.back() == '\r') {
-        password.pop_back();
-    }
-    if (password.empty() || !isSafeValue(password)) {
+    if (!isSafeValue(password)) {
         refuse(node, "names " + path + ", whose first line is no password that the server takes");
     }
     return password;

@@ -13,7 +13,7 @@ struct NutConfiguration {
     std::uint16_t port{3493};
     std::string ups;      ///< the device's name at the server
     std::string user;     ///< empty: nothing can be set or commanded
-    std::string password; ///< the first line of the file "passwordFile"
+    std::string password; ///< the first line of the file "passwordFile", which others cannot read
     std::chrono::milliseconds pollInterval{1000};
     std::string alarmFile; ///< path; empty for none
 

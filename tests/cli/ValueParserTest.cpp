@@ -83,6 +83,16 @@ TEST(ValueParserTest, SaysWhatIsExpected) {
               "\"x\" is not what is expected: a value of the type timestamp, which cannot be written here");
 }
 
+TEST(ValueParserTest, TextKeepsItsEndAlsoWhenThatIsTheUnit) {
+    EXPECT_EQ(parseValue("boxes", channelOf(qz::datatype::string, "s")), qz::CValue{std::string{"boxes"}});
+}
+
+TEST(ValueParserTest, GreatestNumberOfAStateIsExact) {
+    auto channel = channelOf(qz::datatype::uint64);
+    channel.states.add(qz::CValue{~std::uint64_t{0}}, "all");
+    EXPECT_EQ(parseValue("all", channel), qz::CValue{~std::uint64_t{0}});
+}
+
 TEST(ValueParserTest, RefusesNumbersThatAreNone) {
     for (const char* text : {"", " 1", "1 ", "0x10", "nan", "inf", "1e99", "1,5"}) {
         EXPECT_NE(refusal(text, channelOf(qz::datatype::float32)), "taken") << text;

@@ -3,6 +3,7 @@
 
 #include "testing/ChildProcess.h"
 #include "testing/NutServer.h"
+#include "testing/SecretText.h"
 #include "testing/TemporaryDirectory.h"
 #include "tests/integration/StoreWatch.h"
 
@@ -34,7 +35,7 @@ protected:
         server = std::make_unique<NutServer>(std::vector<std::string>{
             "u1=" + std::string{VELK_NUT_TESTDRIVER} + ":" + (directory / "ups.dev").string()});
         std::filesystem::copy_file(NutServer::demoFile("alarms.json"), directory / "alarms.json");
-        std::ofstream{directory / "upsd.pass"} << NutServer::PASSWORD << "\n";
+        velk::testing::writeSecret(directory / "upsd.pass", std::string{NutServer::PASSWORD} + "\n");
         std::filesystem::permissions(directory / "upsd.pass", std::filesystem::perms::owner_read);
         std::ofstream{directory / "velk.json"}
             << R"({"maxRestTimeMs": 100, "protocolLibraries": [")" << VELK_NUT_PLUGIN_DIR

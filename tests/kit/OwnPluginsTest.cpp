@@ -2,6 +2,7 @@
 
 #include "testing/ChildProcess.h"
 #include "testing/NutServer.h"
+#include "testing/SecretText.h"
 #include "testing/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +38,7 @@ class NutPluginTest : public ::testing::TestWithParam<std::string> {};
 TEST_P(NutPluginTest, IsClean) {
     NutServer server{{"u1=" + NutServer::demoFile(GetParam() + ".dev")}};
     const TemporaryDirectory folder;
-    std::ofstream{folder / "upsd.pass"} << NutServer::PASSWORD << "\n";
+    velk::testing::writeSecret(folder / "upsd.pass", std::string{NutServer::PASSWORD} + "\n");
     std::ofstream{folder / "velk.json"}
         << R"({"nut": {"port": )" << server.port()
         << R"(, "ups": "u1", "user": "velk", "passwordFile": "upsd.pass", "pollIntervalMs": 100,)"

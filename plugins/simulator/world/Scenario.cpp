@@ -58,9 +58,11 @@ Scenario read(const Node& root) {
 Scenario readScenario(const std::filesystem::path& file) {
     std::ostringstream text;
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(file, ignored) || !(text << std::ifstream{file}.rdbuf())) {
+    const std::ifstream stream{file};
+    if (!std::filesystem::is_regular_file(file, ignored) || !stream) {
         throw std::runtime_error{file.string() + ": cannot be read"};
     }
+    text << stream.rdbuf();
     try {
         return read(Deserializer{text.str()}.root());
     } catch (const JsonError& failure) {

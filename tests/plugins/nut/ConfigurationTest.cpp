@@ -1,4 +1,5 @@
 #include "plugins/nut/NutConfiguration.h"
+#include "testing/SecretText.h"
 #include "testing/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +37,7 @@ protected:
 };
 
 TEST_F(NutConfigurationTest, EverythingIsRead) {
-    write("upsd.pass", "secret\nsecond line\n");
+    velk::testing::writeSecret(folder / "upsd.pass", "secret\nsecond line\n");
     const auto configuration =
         load(R"({"maxThreads": 5, "nut": {"host": "10.0.0.7", "port": 13493, "ups": "rack3", "user": "velk",
                  "passwordFile": "upsd.pass", "pollIntervalMs": 500, "alarmFile": "alarms.json"}})");
@@ -87,12 +88,25 @@ TEST_F(NutConfigurationTest, MalformedFileIsToldWithItsPlace) {
 
 TEST_F(NutConfigurationTest, PasswordFileMustHoldAPassword) {
     const std::string text = R"({"nut": {"ups": "u1", "user": "velk", "passwordFile": "upsd.pass"}})";
-    const std::string place = "velk.json:1:55: \"passwordFile\" names " + (folder / "upsd.pass").string();
-    EXPECT_EQ(failure(text), place + ", of which no line can be read");
-    write("upsd.pass", "\n");
-    EXPECT_EQ(failure(text), place + ", whose first line is no password that the server takes");
-    write("upsd.pass", "secret\r\n");
+    const std::string file = (folder / "upsd.pass").string();
+    const std::string place = "velk.json:1:55: \"passwordFile\" ";
+    EXPECT_EQ(failure(text),
+              place + "gives no password: " + file + " cannot be read: No such file or directory");
+    velk::testing::writeSecret(file, "\n");
+    EXPECT_EQ(failure(text), place + "gives no password: " + file + " is empty in its first line");
+    velk::testing::writeSecret(file, "sec#ret\n");
+    EXPECT_EQ(failure(text),
+              place + "names " + file + ", whose first line is no password that the server takes");
+    velk::testing::writeSecret(file, "secret\r\n");
     EXPECT_EQ(load(text)->password, "secret");
+}
+
+TEST_F(NutConfigurationTest, PasswordThatEverybodyCanReadIsRefused) {
+    const std::string text = R"({"nut": {"ups": "u1", "user": "velk", "passwordFile": "upsd.pass"}})";
+    const std::string file = write("upsd.pass", "secret\n");
+    std::filesystem::permissions(file, std::filesystem::perms{0644});
+    EXPECT_EQ(failure(text), "velk.json:1:55: \"passwordFile\" gives no password: " + file +
+                                 " can be read by everybody (mode 0644); chmod o= makes it usable");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "powerdistribution/core/Value.h"
 #include "powerdistribution/core/Vocabulary.h"
 #include "powerdistribution/protocols/IProtocolLibrary.h"
+#include "testing/SecretText.h"
 #include "testing/TemporaryDirectory.h"
 
 #include <chrono>
@@ -31,7 +32,7 @@ public:
 
     HostedPlugin(int port, const std::string& ups) : HostedPlugin{port, ups, Options{}} {}
     HostedPlugin(int port, const std::string& ups, const Options& options) {
-        std::ofstream{folder / "upsd.pass"} << options.password << "\n";
+        velk::testing::writeSecret(folder / "upsd.pass", options.password + "\n");
         std::ofstream{folder / "velk.json"}
             << R"({"protocolLibraries": [")" << VELK_NUT_PLUGIN_DIR
             << R"(/libvelk-mz-protocol-nut.so"], "nut": {"port": )" << port << R"(, "ups": ")" << ups
