@@ -1,7 +1,5 @@
 #include "platform/tessapi/engine/Database.h"
 
-#include "platform/common/GroupFile.h"
-#include "platform/common/Mutex.h"
 #include "platform/tessapi/engine/StoreError.h"
 
 #include <algorithm>
@@ -18,14 +16,18 @@ sqlite3_file* fileOf(sqlite3* connection, int opcode) {
     return file != nullptr && file->pMethods != nullptr ? file : nullptr;
 }
 
-/// What goes wrong here goes wrong again, and is told, when the file is opened.
-void makeForGroup(const std::string& path) {
-    // One at a time: closing the new file would free the locks of another connection that has it already.
-    static velk::common::Mutex making;
-    const velk::common::MutexLock lock{making};
-    if (path != ":memory:") {
-        velk::common::GroupFile::make(path);
+std::string readHead(sqlite3* connection, const std::string& store, std::size_t size) {
+    sqlite3_file* file = fileOf(connection, SQLITE_FCNTL_FILE_POINTER);
+    sqlite3_int64 length = 0;
+    if (file == nullptr || file->pMethods->xFileSize(file, &length) != SQLITE_OK) {
+        return "";
     }
+    std::string head(std::min(size, static_cast<std::size_t>(length)), '\0');
+    const int result = file->pMethods->xRead(file, head.data(), static_cast<int>(head.size()), 0);
+    if (result != SQLITE_OK) {
+        throwSqliteFailure(store, result, "cannot read");
+    }
+    return head;
 }
 
 int noteFrames(void* frames, sqlite3*, const char*, int count) {
@@ -43,22 +45,28 @@ void Database::Finalizer::operator()(sqlite3_stmt* statement) const {
     sqlite3_finalize(statement);
 }
 
-Database::Database(const std::string& path, std::string storeName) : store{std::move(storeName)} {
-    makeForGroup(path);
+Database::Database(const std::string& path, std::string storeName, Sharing sharing) :
+    store{std::move(storeName)} {
+    connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    configure(sharing);
+    seat = FileSeat{path == ":memory:" ? std::string{} : path};
+}
+
+void Database::connect(const std::string& path, int flags) {
     sqlite3* opened = nullptr;
-    const int flags =
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-    const int result = sqlite3_open_v2(path.c_str(), &opened, flags, nullptr);
+    const int result =
+        sqlite3_open_v2(path.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
     connection.reset(opened);
     if (result != SQLITE_OK) {
         throwSqliteFailure(store, result, "cannot open");
     }
-    configure();
-    seat = FileSeat{path == ":memory:" ? std::string{} : path};
 }
 
-void Database::configure() {
+void Database::configure(Sharing sharing) {
     sqlite3_busy_timeout(handle(), BUSY_TIMEOUT_MS);
+    if (sharing == Sharing::alone) {
+        execute("PRAGMA main.locking_mode=EXCLUSIVE"); // before anything that reads the file
+    }
     // Checkpoints run under the lock between the processes only: several versions of the database corrupt the
     // file when one runs beside a writer that starts the log anew.
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
@@ -150,17 +158,20 @@ void Database::syncLog() {
 }
 
 std::string Database::headOfFile(std::size_t size) const {
-    sqlite3_file* file = fileOf(handle(), SQLITE_FCNTL_FILE_POINTER);
-    sqlite3_int64 length = 0;
-    if (file == nullptr || file->pMethods->xFileSize(file, &length) != SQLITE_OK) {
-        return "";
-    }
-    std::string head(std::min(size, static_cast<std::size_t>(length)), '\0');
-    const int result = file->pMethods->xRead(file, head.data(), static_cast<int>(head.size()), 0);
+    return readHead(handle(), store, size);
+}
+
+std::string Database::headOfFile(const std::string& path, const std::string& store, std::size_t size) {
+    // Through the database's library, which alone knows when it may close the file without giving up locks
+    // that this process has on it. Nothing is asked of it that would read the file as a database.
+    sqlite3* opened = nullptr;
+    const int result =
+        sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr);
+    const std::unique_ptr<sqlite3, Closer> closing{opened};
     if (result != SQLITE_OK) {
-        throwSqliteFailure(store, result, "cannot read");
+        throwSqliteFailure(store, result, "cannot open");
     }
-    return head;
+    return readHead(opened, store, size);
 }
 
 void Database::fail(int resultCode) const {

@@ -18,8 +18,11 @@ public:
     /// How long a statement waits for a lock that a program holds which does not go through this library.
     static constexpr int BUSY_TIMEOUT_MS = 3000;
 
+    /// Who else may have the file open at the same time. Without others a log needs no index in a file.
+    enum class Sharing { withOthers, alone };
+
     /// `path` is a file, made when it is missing, or ":memory:". `store` names the store in messages.
-    Database(const std::string& path, std::string store);
+    Database(const std::string& path, std::string store, Sharing sharing = Sharing::withOthers);
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
@@ -50,6 +53,8 @@ public:
 
     /// The first bytes of the file as they are on disk, at most `size`; empty for a file without content.
     std::string headOfFile(std::size_t size) const;
+    /// The same of a file that need not be a database, and that others may have open alone.
+    static std::string headOfFile(const std::string& path, const std::string& store, std::size_t size);
 
     [[noreturn]] void fail(int resultCode) const;
 
@@ -66,7 +71,8 @@ private:
     };
     using Prepared = std::unique_ptr<sqlite3_stmt, Finalizer>;
 
-    void configure();
+    void connect(const std::string& path, int flags);
+    void configure(Sharing sharing);
     /// Runs a statement without rows that is compiled at its first use.
     void run(Prepared& statement, const char* sql);
 

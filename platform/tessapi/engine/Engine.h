@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/common/Clock.h"
 #include "platform/common/Uuid.h"
 #include "platform/qz/CDevice.h"
 #include "platform/qz/CMultistateMap.h"
@@ -47,6 +48,8 @@ public:
         int framesToCopy{8192};
         /// How long what was committed waits for more to be synced with it.
         std::chrono::milliseconds restBeforeSync{500};
+        /// Which says when measured values are to be copied to a disk.
+        velk::common::Clock* clock{&velk::common::Clock::system()};
     };
 
     /// What a listener has to know when it starts: changes after `seq` are news to it.

@@ -1,25 +1,20 @@
 #include "platform/tessapi/engine/Keeper.h"
 
-#include <chrono>
+#include <exception>
 #include <iostream>
+#include <utility>
 
 namespace tessapi {
 
-namespace {
-
 using velk::common::MutexLock;
 
-} // namespace
-
-Keeper::Keeper(const std::string& path, const std::string& store, InterprocessLock& lock,
-               const Engine::Options& options) :
-    writers{lock},
+Keeper::Keeper(std::unique_ptr<IKeeping> way, const Engine::Options& options) :
+    keeping{std::move(way)},
     framesWorthCopying{options.framesToCopy},
     rest{options.restBeforeSync},
-    database{path, store},
-    clock{velk::common::Clock::system()},
-    framesToCopy{options.framesToCopy} {
-    database.execute("SELECT count(*) FROM sqlite_master"); // the log is open from the first read on
+    clock{*options.clock},
+    framesToCopy{options.framesToCopy},
+    due{clock.now() + rest} {
     thread = std::thread{[this] { run(); }};
 }
 
@@ -51,47 +46,43 @@ void Keeper::noteCommit(int logFrames) {
 }
 
 void Keeper::waitForWork(MutexLock& lock) {
-    while (!dirty && !stopping) {
-        clock.waitFor(condition, lock, std::chrono::hours{1});
+    while (!dirty && !stopping && clock.now() < due) {
+        clock.waitFor(condition, lock, due - clock.now());
     }
     // What comes within the rest shares the sync.
     const auto end = clock.now() + rest;
-    while (!stopping && frames < framesToCopy && clock.now() < end) {
+    while (dirty && !stopping && frames < framesToCopy && clock.now() < end) {
         clock.waitFor(condition, lock, end - clock.now());
     }
 }
 
+IKeeping::Round Keeper::takeRound() {
+    const IKeeping::Round round{dirty, dirty && frames >= framesToCopy, stopping};
+    if (round.copyLog) {
+        framesToCopy = frames + framesWorthCopying;
+    }
+    dirty = false;
+    return round;
+}
+
 void Keeper::run() {
     MutexLock lock{mutex};
-    while (!stopping || dirty) {
+    while (true) {
         waitForWork(lock);
-        if (!dirty) {
-            continue;
-        }
-        const bool copy = frames >= framesToCopy;
-        if (copy) {
-            framesToCopy = frames + framesWorthCopying;
-        }
-        dirty = false;
-        const bool last = stopping;
+        const auto round = takeRound();
         lock.unlock();
-        const bool kept = keep(copy);
+        const bool kept = keep(round);
         lock.lock();
-        if (last) {
+        if (round.last) {
             return; // one try is all that a program that ends can wait for
         }
         dirty = dirty || !kept;
     }
 }
 
-bool Keeper::keep(bool copy) {
+bool Keeper::keep(const IKeeping::Round& round) {
     try {
-        // First, because a checkpoint that a reader holds up syncs nothing.
-        database.syncLog();
-        if (copy) {
-            InterprocessHold hold{writers};
-            database.checkpoint();
-        }
+        due = clock.now() + keeping->keep(round);
         failing = false;
         return true;
     } catch (const std::exception& failure) {

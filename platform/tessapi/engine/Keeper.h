@@ -2,27 +2,25 @@
 
 #include "platform/common/Clock.h"
 #include "platform/common/Mutex.h"
-#include "platform/tessapi/engine/Database.h"
 #include "platform/tessapi/engine/Engine.h"
-#include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/IKeeping.h"
 
 #include <chrono>
 #include <condition_variable>
+#include <memory>
 #include <string>
 #include <thread>
 
 namespace tessapi {
 
-/// Brings what was committed to the disk, on a thread and a connection of its own: it syncs the log within a
-/// second of a commit, and copies it into the file when it has grown, so that it stays bounded. What fails is
-/// told in one line on the standard error and tried again with the next commit.
+/// Brings what was committed to the disk, on a thread of its own, within a second of the commit. What fails
+/// is told in one line on the standard error and tried again until it works.
 /// Threads: any.
 class Keeper {
 public:
-    /// `lock` outlives the keeper.
-    Keeper(const std::string& path, const std::string& store, InterprocessLock& lock,
-           const Engine::Options& options);
-    /// Syncs what is not synced yet.
+    /// The thread calls `way` and no one else does, a first time soon.
+    Keeper(std::unique_ptr<IKeeping> way, const Engine::Options& options);
+    /// Keeps what is not kept yet.
     ~Keeper();
     Keeper(const Keeper&) = delete;
     Keeper& operator=(const Keeper&) = delete;
@@ -32,15 +30,17 @@ public:
     void noteCommit(int logFrames) VELK_EXCLUDES(mutex);
 
 private:
+    using Duration = velk::common::Clock::Duration;
+
     void run() VELK_EXCLUDES(mutex);
     void waitForWork(velk::common::MutexLock& lock) VELK_REQUIRES(mutex);
+    IKeeping::Round takeRound() VELK_REQUIRES(mutex);
     /// False when it failed, which is told once until it has worked again.
-    bool keep(bool copy);
+    bool keep(const IKeeping::Round& round);
 
-    InterprocessLock& writers;
+    const std::unique_ptr<IKeeping> keeping; // of the thread alone, once it runs
     const int framesWorthCopying;
     const std::chrono::milliseconds rest;
-    Database database; // of the thread alone, once it runs
     velk::common::Clock& clock;
     velk::common::Mutex mutex;
     std::condition_variable_any condition;
@@ -50,7 +50,8 @@ private:
     /// Rises after a copy that could not start the log anew because of a reader, so that not every following
     /// commit asks for another one.
     int framesToCopy VELK_GUARDED_BY(mutex);
-    bool failing{false}; ///< of the keeper's thread alone
+    Duration due{};      ///< when to keep without a commit; of the keeper's thread alone
+    bool failing{false}; ///< likewise
     std::thread thread;
 };
 

@@ -1,6 +1,6 @@
 #include "platform/tessapi/engine/Schema.h"
 
-#include "platform/common/Uuid.h"
+#include "platform/tessapi/RootDevice.h"
 #include "platform/tessapi/engine/Statement.h"
 #include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/engine/Transaction.h"
@@ -68,6 +68,11 @@ CREATE TABLE change(
     value BLOB,
     time_ms INTEGER NOT NULL);
 
+INSERT INTO sqlite_sequence(name, seq) VALUES('device', 999), ('channel', 999);
+)sql";
+
+/// Since version 2.
+constexpr const char* HISTORY_TABLES = R"sql(
 CREATE TABLE alarm_event(
     number INTEGER PRIMARY KEY,
     time_ms INTEGER NOT NULL,
@@ -93,14 +98,7 @@ CREATE TABLE write_record(
     path TEXT NOT NULL,
     asked TEXT NOT NULL,
     result TEXT NOT NULL);
-
-INSERT INTO sqlite_sequence(name, seq) VALUES('device', 999), ('channel', 999);
 )sql";
-
-/// Device 1 of every store. It must not change: other programs know the root by it.
-constexpr velk::common::Uuid ROOT_UUID{
-    velk::common::Uuid::Bytes{0x0d, 0x5b, 0x1b, 0x1e, 0x7a, 0x52, 0x4a, 0x2f, //
-                              0x9a, 0x55, 0x7f, 0x6f, 0x1c, 0x1e, 0x00, 0x01}};
 
 std::string single(Database& database, const char* query) {
     Statement statement{database, query};
@@ -125,24 +123,40 @@ bool Schema::isEmpty(Database& database) {
            number(database, "PRAGMA application_id") == 0;
 }
 
-void Schema::create(Database& database) {
+void Schema::create(Database& database, std::int64_t applicationId, const std::function<void()>& more) {
     Transaction transaction{database, Transaction::Kind::write};
     database.execute(TABLES);
-    database.execute(("PRAGMA application_id=" + std::to_string(APPLICATION_ID)).c_str());
+    database.execute(HISTORY_TABLES);
+    database.execute(("PRAGMA application_id=" + std::to_string(applicationId)).c_str());
     database.execute(("PRAGMA user_version=" + std::to_string(VERSION)).c_str());
     Statement{database, "INSERT INTO device(id, uuid, parent) VALUES(1, ?, NULL)"}.execute(rootUuid());
+    more();
     transaction.commit();
 }
 
-void Schema::verify(Database& database) {
+void Schema::upgrade(Database& database) {
+    if (applicationId(database) != APPLICATION_ID || number(database, "PRAGMA user_version") != 1) {
+        return;
+    }
+    Transaction transaction{database, Transaction::Kind::write};
+    database.execute(HISTORY_TABLES);
+    database.execute("PRAGMA user_version=2");
+    transaction.commit();
+}
+
+void Schema::verify(Database& database, std::int64_t expectedId) {
     const auto& store = database.storeName();
-    if (number(database, "PRAGMA application_id") != APPLICATION_ID) {
+    if (applicationId(database) != expectedId) {
         throwStoreFault(store, StoreFault::foreign, "");
     }
     if (const auto found = number(database, "PRAGMA user_version"); found != VERSION) {
         throwStoreFault(store, StoreFault::wrongVersion,
                         "version " + std::to_string(found) + ", expected " + std::to_string(VERSION));
     }
+}
+
+std::int64_t Schema::applicationId(Database& database) {
+    return number(database, "PRAGMA application_id");
 }
 
 void Schema::checkSound(Database& database) {

@@ -1,10 +1,15 @@
 #include "platform/tessapi/engine/SqliteEngine.h"
 
+#include "platform/tessapi/engine/CopyKeeping.h"
+#include "platform/tessapi/engine/DatabaseHealth.h"
+#include "platform/tessapi/engine/KeptStore.h"
+#include "platform/tessapi/engine/LogKeeping.h"
 #include "platform/tessapi/engine/MemoryStores.h"
 #include "platform/tessapi/engine/Schema.h"
 #include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/engine/StoreFile.h"
 #include "platform/tessapi/engine/Transaction.h"
+#include "platform/tessapi/engine/WorkingFile.h"
 
 #include <utility>
 
@@ -34,20 +39,46 @@ SqliteEngine::~SqliteEngine() = default;
 
 std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create, const Options& options) {
     const auto path = StoreFile::locate(url.place(), url.text(), create);
-    auto words = std::make_unique<SharedPage>(path + "-lock", url.text());
+    auto use = std::make_unique<FileLock>(path + "-use", url.text());
+    const auto kept = KeptStore::settle(path, url, create, *use, options.longestWait);
+    const auto file = kept ? WorkingFile::place(kept->working, path, url.text()) : path;
+    auto words = std::make_unique<SharedPage>(file + "-lock", url.text());
     std::shared_ptr<SqliteEngine> engine{new SqliteEngine{url, std::move(words), options}};
-    {
-        InterprocessHold hold{*engine->writers};
-        engine->writer = std::make_unique<Connection>(path, engine->store, engine->catalogue, options);
-        MutexLock lock{engine->writer->mutex};
-        StoreFile::prepare(engine->writer->database, create);
+    engine->use = std::move(use);
+    if (kept && !WorkingFile::belongsTo(file, engine->store, *kept)) {
+        WorkingFile::prepare(file, path, engine->store, *engine->writers, options.longestWait);
     }
-    engine->secondConnection = std::make_unique<Connection>(path, engine->store, engine->catalogue, options);
-    engine->reader = engine->secondConnection.get();
+    engine->connect(file, create, kept.has_value(), options);
     engine->checkSound();
-    engine->keeper = std::make_unique<Keeper>(path, engine->store, *engine->writers, options);
+    std::unique_ptr<IKeeping> keeping;
+    if (kept) {
+        engine->copyFile = path;
+        engine->valuesEvery = kept->valuesEvery;
+        keeping =
+            std::make_unique<CopyKeeping>(CopyKeeping::Place{path, file, kept->valuesEvery}, engine->store,
+                                          *engine->writers, *engine->use, *options.clock);
+    } else {
+        keeping = std::make_unique<LogKeeping>(path, engine->store, *engine->writers);
+    }
+    engine->keeper = std::make_unique<Keeper>(std::move(keeping), options);
     engine->retypeChannels();
     return engine;
+}
+
+void SqliteEngine::connect(const std::string& path, bool create, bool working, const Options& options) {
+    file = path;
+    {
+        InterprocessHold hold{*writers};
+        writer = std::make_unique<Connection>(path, store, catalogue, options);
+        MutexLock lock{writer->mutex};
+        if (working) {
+            Schema::verify(writer->database, Schema::WORKING_ID);
+        } else {
+            StoreFile::prepare(writer->database, create);
+        }
+    }
+    secondConnection = std::make_unique<Connection>(path, store, catalogue, options);
+    reader = secondConnection.get();
 }
 
 std::shared_ptr<Engine> SqliteEngine::openMemory(const StoreUrl& url, bool create, const Options& options) {
@@ -215,6 +246,22 @@ StoreImage SqliteEngine::image() {
 
 void SqliteEngine::fill(const StoreImage& image) {
     write([&](Model& model) { model.fill(image); });
+}
+
+StoreHealth SqliteEngine::health() {
+    auto health = Engine::health();
+    if (!file.empty()) {
+        health.file = read([this](Model&) VELK_NO_THREAD_SAFETY_ANALYSIS { // `read` holds the reader's lock
+            return DatabaseHealth::file(reader->database, file);
+        });
+    }
+    if (!copyFile.empty()) {
+        health.copy = read([this](Model&) VELK_NO_THREAD_SAFETY_ANALYSIS {
+            return DatabaseHealth::copy(reader->database, copyFile);
+        });
+        health.copy->valuesEverySec = valuesEvery.count();
+    }
+    return health;
 }
 
 StoreSnapshot SqliteEngine::snapshot() {

@@ -2,6 +2,7 @@
 
 #include "platform/tessapi/engine/Connection.h"
 #include "platform/tessapi/engine/Engine.h"
+#include "platform/tessapi/engine/FileLock.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
 #include "platform/tessapi/engine/Keeper.h"
 #include "platform/tessapi/engine/SharedPage.h"
@@ -55,6 +56,7 @@ public:
     void recordWrite(const WriteRecord& record) override;
     StoreImage image() override;
     void fill(const StoreImage& image) override;
+    StoreHealth health() override;
 
     Start startOf(const std::vector<std::uint64_t>& channels) override;
     News newsAfter(std::int64_t seq) override;
@@ -65,6 +67,7 @@ private:
 
     static std::shared_ptr<Engine> openFile(const StoreUrl& url, bool create, const Options& options);
     static std::shared_ptr<Engine> openMemory(const StoreUrl& url, bool create, const Options& options);
+    void connect(const std::string& path, bool create, bool working, const Options& options);
     void checkSound();
     void retypeChannels();
 
@@ -81,6 +84,10 @@ private:
     auto read(Work work);
 
     const std::string store;
+    std::string file;                    ///< that programs work on; empty in memory
+    std::string copyFile;                ///< on disk, of a store that is worked on in memory; else empty
+    std::chrono::seconds valuesEvery{0}; ///< that measured values are copied there
+    std::unique_ptr<FileLock> use;       ///< shared by all programs with the store; null in memory
     std::unique_ptr<SharedPage> page;
     std::unique_ptr<InterprocessLock> writers;
     Wakeup bell;

@@ -32,6 +32,8 @@ public:
             return "a store cannot be used across a fork of the process";
         case StoreFault::occupied:
             return "the store has something in it already";
+        case StoreFault::inUse:
+            return "other programs work on the store";
         case StoreFault::unreachable:
             return "the server of the store cannot be reached";
         case StoreFault::refused:

@@ -17,6 +17,7 @@ enum class StoreFault {
     disappeared,  ///< the file was removed or replaced while it was open
     forked,       ///< the accessor was made before the process forked
     occupied,     ///< the store has something in it already
+    inUse,        ///< other programs work on the store
     unreachable,  ///< the server of the store does not answer
     refused,      ///< the server of the store does not do what it is asked
     lost,         ///< the server has another store of that name than it had before, or none

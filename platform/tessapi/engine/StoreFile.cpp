@@ -1,6 +1,5 @@
 #include "platform/tessapi/engine/StoreFile.h"
 
-#include "platform/common/GroupFile.h"
 #include "platform/tessapi/engine/Schema.h"
 #include "platform/tessapi/engine/Statement.h"
 #include "platform/tessapi/engine/StoreError.h"
@@ -19,6 +18,9 @@ constexpr std::size_t HEADER_SIZE = 100;
 constexpr std::size_t APPLICATION_ID_OFFSET = 68;
 
 std::uint32_t applicationIdOf(const std::string& header) {
+    if (header.size() < HEADER_SIZE) {
+        return 0;
+    }
     std::uint32_t id = 0;
     for (std::size_t i = 0; i < 4; ++i) {
         id = id << 8U | static_cast<unsigned char>(header[APPLICATION_ID_OFFSET + i]);
@@ -30,16 +32,8 @@ std::uint32_t applicationIdOf(const std::string& header) {
 /// file is, and the next copy of the log would overwrite it.
 void refuseForeignFile(const Database& database) {
     const auto header = database.headOfFile(HEADER_SIZE);
-    if (header.size() < HEADER_SIZE || applicationIdOf(header) != Schema::APPLICATION_ID) {
+    if (applicationIdOf(header) != Schema::APPLICATION_ID) {
         throwStoreFault(database.storeName(), StoreFault::foreign, "");
-    }
-}
-
-void useLog(Database& database) {
-    Statement statement{database, "PRAGMA journal_mode=WAL"};
-    auto run = statement.with();
-    if (!run.next() || run.text(0) != "wal") {
-        throwStoreFault(database.storeName(), StoreFault::corrupt, "the file system does not bear a log");
     }
 }
 
@@ -66,11 +60,24 @@ std::string StoreFile::locate(const std::string& path, const std::string& store,
         throwStoreFault(store, StoreFault::missing, "");
     }
     error.clear();
-    velk::common::GroupFile::makeFolder(absolute.parent_path(), error);
+    fs::create_directories(absolute.parent_path(), error);
     if (error) {
         throwSystemFailure(store, error.value(), "cannot make " + absolute.parent_path().string());
     }
     return absolute;
+}
+
+std::int64_t StoreFile::applicationId(const std::string& path, const std::string& store) {
+    std::error_code error;
+    return fs::exists(path, error) ? applicationIdOf(Database::headOfFile(path, store, HEADER_SIZE)) : 0;
+}
+
+void StoreFile::useLog(Database& database) {
+    Statement statement{database, "PRAGMA journal_mode=WAL"};
+    auto run = statement.with();
+    if (!run.next() || run.text(0) != "wal") {
+        throwStoreFault(database.storeName(), StoreFault::corrupt, "the file system does not bear a log");
+    }
 }
 
 void StoreFile::prepare(Database& database, bool create) {
@@ -82,6 +89,7 @@ void StoreFile::prepare(Database& database, bool create) {
         Schema::create(database);
     }
     refuseForeignFile(database);
+    Schema::upgrade(database);
     Schema::verify(database);
     useLog(database);
 }

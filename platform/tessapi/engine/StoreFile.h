@@ -2,6 +2,7 @@
 
 #include "platform/tessapi/engine/Database.h"
 
+#include <cstdint>
 #include <string>
 
 namespace tessapi {
@@ -12,6 +13,12 @@ namespace StoreFile {
 /// The absolute path of the file. Throws `StoreFault::missing` if it is not there and must not be made;
 /// otherwise makes the folders that lead to it.
 std::string locate(const std::string& path, const std::string& store, bool create);
+
+/// The application that the file at `path` says it is of; 0 when it is not there or has no content.
+std::int64_t applicationId(const std::string& path, const std::string& store);
+
+/// Lets programs read while one writes. Throws when the file system does not bear it.
+void useLog(Database& database);
 
 /// Makes the tables in a file without content, and refuses a file that is no store. The caller holds
 /// the lock between the processes.

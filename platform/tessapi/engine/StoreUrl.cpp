@@ -1,25 +1,61 @@
 #include "platform/tessapi/engine/StoreUrl.h"
 
+#include <charconv>
 #include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace tessapi {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 std::string environment(const char* name) {
     const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): read only
     return value == nullptr ? "" : value;
 }
 
-/// systemd gives several state directories separated by ':'; the first one is the program's own.
+/// systemd gives several directories separated by ':'; the first one is the program's own.
 std::string firstOf(const std::string& directories) {
     return directories.substr(0, directories.find(':'));
 }
 
+bool mayWriteIn(const std::string& folder) {
+    std::error_code error;
+    return fs::is_directory(folder, error) && ::access(folder.c_str(), W_OK | X_OK) == 0;
+}
+
+/// Where files lie in memory as long as the machine runs; empty for nowhere.
+std::string workingFolderOfEnvironment() {
+    if (const auto runtime = firstOf(environment("RUNTIME_DIRECTORY")); !runtime.empty()) {
+        return runtime;
+    }
+    if (const std::string machine{"/run/velk"}; mayWriteIn(machine)) {
+        return machine;
+    }
+    const auto user = environment("XDG_RUNTIME_DIR");
+    return !user.empty() && mayWriteIn(user) ? user + "/velk" : "";
+}
+
+std::string fileOfEnvironment() {
+    if (const auto state = firstOf(environment("STATE_DIRECTORY")); !state.empty()) {
+        return state + "/tess.db";
+    }
+    if (const auto state = environment("XDG_STATE_HOME"); !state.empty()) {
+        return state + "/velk/tess.db";
+    }
+    if (const auto home = environment("HOME"); !home.empty()) {
+        return home + "/.local/state/velk/tess.db";
+    }
+    throw std::invalid_argument{"no store is named: neither TESS_URL nor STATE_DIRECTORY, XDG_STATE_HOME or "
+                                "HOME is set"};
+}
+
 } // namespace
 
-StoreUrl::StoreUrl(const std::string& text) {
+StoreUrl::StoreUrl(const std::string& text) : whole{text} {
     const auto colon = text.find(':');
     const auto scheme = text.substr(0, colon);
     if (colon != std::string::npos && NetworkUrl::isScheme(scheme)) {
@@ -28,31 +64,52 @@ StoreUrl::StoreUrl(const std::string& text) {
         return;
     }
     if (colon == std::string::npos || (scheme != "sqlite" && scheme != "memory")) {
-        throw std::invalid_argument{"\"" + text + "\" names no store: expected sqlite:PATH, memory:NAME or redis://HOST/SITE"};
+        refuse("expected sqlite:PATH, memory:NAME or redis://HOST/SITE");
     }
     memory = scheme == "memory";
-    location = text.substr(colon + 1);
-    if (location.empty() || location.find('\0') != std::string::npos) {
-        throw std::invalid_argument{"\"" + text + "\" names no store: " + (memory ? "the name" : "the path") +
-                                    " is missing"};
+    const auto mark = memory ? std::string::npos : text.find('?', colon);
+    location = text.substr(colon + 1, mark == std::string::npos ? mark : mark - colon - 1);
+    if (location.empty() || text.find('\0') != std::string::npos) {
+        refuse(std::string{memory ? "the name" : "the path"} + " is missing");
     }
+    for (auto at = mark; at != std::string::npos;) {
+        const auto end = text.find('&', ++at);
+        readOption(text.substr(at, end == std::string::npos ? end : end - at));
+        at = end;
+    }
+}
+
+void StoreUrl::readOption(const std::string& option) {
+    const auto equals = option.find('=');
+    const auto name = option.substr(0, equals);
+    const auto value = equals == std::string::npos ? "" : option.substr(equals + 1);
+    if (name == "working" && !value.empty()) {
+        working = value;
+        return;
+    }
+    if (name != "keep") {
+        refuse("\"" + option + "\" is none of working=FOLDER and keep=SECONDS");
+    }
+    std::int64_t seconds = 0;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), seconds);
+    if (error != std::errc{} || end != value.data() + value.size() || seconds < SHORTEST_INTERVAL.count() ||
+        seconds > LONGEST_INTERVAL.count()) {
+        refuse("\"" + option + "\" is not a number of seconds from " +
+               std::to_string(SHORTEST_INTERVAL.count()) + " to " + std::to_string(LONGEST_INTERVAL.count()));
+    }
+    interval = std::chrono::seconds{seconds};
+}
+
+void StoreUrl::refuse(const std::string& reason) const {
+    throw std::invalid_argument{"\"" + whole + "\" names no store: " + reason};
 }
 
 std::string StoreUrl::ofEnvironment() {
     if (const auto url = environment("TESS_URL"); !url.empty()) {
         return url;
     }
-    if (const auto state = firstOf(environment("STATE_DIRECTORY")); !state.empty()) {
-        return "sqlite:" + state + "/tess.db";
-    }
-    if (const auto state = environment("XDG_STATE_HOME"); !state.empty()) {
-        return "sqlite:" + state + "/velk/tess.db";
-    }
-    if (const auto home = environment("HOME"); !home.empty()) {
-        return "sqlite:" + home + "/.local/state/velk/tess.db";
-    }
-    throw std::invalid_argument{"no store is named: neither TESS_URL nor STATE_DIRECTORY, XDG_STATE_HOME or "
-                                "HOME is set"};
+    const auto working = workingFolderOfEnvironment();
+    return "sqlite:" + fileOfEnvironment() + (working.empty() ? "" : "?working=" + working);
 }
 
 } // namespace tessapi

@@ -2,6 +2,7 @@
 
 #include "platform/tessapi/network/NetworkUrl.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -9,14 +10,23 @@ namespace tessapi {
 
 /// Which store: `sqlite:PATH`, `memory:NAME`, or one on servers of the network, see `NetworkUrl`. A plain
 /// value.
+///
+/// `sqlite:PATH?working=DIR` is a store that programs work on in the folder DIR, which lies in memory, and
+/// that is copied to the database PATH on disk; `keep=SECONDS` (`?working=DIR&keep=300`) says how often
+/// measured values are. A path with '?' in it cannot be named.
 class StoreUrl {
 public:
+    static constexpr std::chrono::seconds SHORTEST_INTERVAL{1};
+    static constexpr std::chrono::seconds LONGEST_INTERVAL{86'400};
+
     /// Throws std::invalid_argument that shows the text for anything else.
     explicit StoreUrl(const std::string& text);
 
     /// `TESS_URL`; without it the store of the machine: `$STATE_DIRECTORY/tess.db`, else
-    /// `$XDG_STATE_HOME/velk/tess.db`, else `$HOME/.local/state/velk/tess.db`. An empty variable counts as
-    /// not set. Throws std::invalid_argument when the environment has none of them.
+    /// `$XDG_STATE_HOME/velk/tess.db`, else `$HOME/.local/state/velk/tess.db`, worked on in
+    /// `$RUNTIME_DIRECTORY`, else in /run/velk if this program may write there, else in
+    /// `$XDG_RUNTIME_DIR/velk`, else on disk. An empty variable counts as not set. Throws
+    /// std::invalid_argument when the environment names no place on disk.
     static std::string ofEnvironment();
 
     bool inMemory() const { return memory; }
@@ -24,14 +34,22 @@ public:
     const std::optional<NetworkUrl>& network() const { return server; }
     /// The file's path, or the name of the store in memory or on the network.
     const std::string& place() const { return location; }
-    std::string text() const {
-        return server ? server->text() : (memory ? "memory:" : "sqlite:") + location;
-    }
+    /// The folder in memory that is asked for; empty for none.
+    const std::string& workingFolder() const { return working; }
+    /// How often measured values shall be copied, if that is said.
+    std::optional<std::chrono::seconds> valuesEvery() const { return interval; }
+    std::string text() const { return server ? server->text() : whole; }
 
 private:
+    void readOption(const std::string& option);
+    [[noreturn]] void refuse(const std::string& reason) const;
+
+    std::string whole;
     bool memory{false};
     std::optional<NetworkUrl> server;
     std::string location;
+    std::string working;
+    std::optional<std::chrono::seconds> interval;
 };
 
 } // namespace tessapi

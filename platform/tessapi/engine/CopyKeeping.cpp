@@ -1,0 +1,126 @@
+#include "platform/tessapi/engine/CopyKeeping.h"
+
+#include "platform/tessapi/engine/CopyRun.h"
+#include "platform/tessapi/engine/KeptSchema.h"
+
+#include <boost/system/system_error.hpp>
+
+#include <cstdint>
+#include <exception>
+#include <utility>
+
+namespace tessapi {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+/// Another program copies at this moment, maybe not yet what came last.
+constexpr milliseconds TRY_AGAIN{250};
+/// How long a program that ends waits for such a one.
+constexpr milliseconds LONGEST_WAIT_AT_THE_END{3000};
+
+constexpr const char* PENDING =
+    "SELECT EXISTS(SELECT 1 FROM mark)"
+    " OR event < coalesce((SELECT max(number) FROM alarm_event), 0)"
+    " OR record < coalesce((SELECT max(number) FROM write_record), 0)"
+    " OR EXISTS(SELECT 1 FROM channel INDEXED BY channel_soon WHERE " VELK_SOON_KEPT_NAMES
+    " AND seq > setting_seq),"
+    " value_seq < coalesce((SELECT max(seq) FROM change), 0), values_at FROM keeping";
+
+std::int64_t wallClockMs() {
+    return std::chrono::duration_cast<milliseconds>(std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
+} // namespace
+
+CopyKeeping::CopyKeeping(Place where, const std::string& name, InterprocessLock& lock, FileLock& programs,
+                         velk::common::Clock& time) :
+    place{std::move(where)},
+    store{name},
+    writers{lock},
+    use{programs},
+    clock{time},
+    keeper{place.kept + "-keeper", store},
+    database{place.working, store},
+    whatIsPending{database, PENDING} {}
+
+CopyKeeping::Duration CopyKeeping::keep(const Round& round) {
+    if (isGone()) {
+        return place.valuesEvery; // every call of the store says so
+    }
+    if (round.copyLog) {
+        InterprocessHold hold{writers};
+        database.checkpoint();
+    }
+    const auto now = pending();
+    const auto due = untilValuesAreDue(now.valuesCopied);
+    const bool values = now.values && (due <= Duration::zero() || (round.last && isAlone()));
+    if (!values && !now.changes) {
+        return due <= Duration::zero() ? place.valuesEvery : due;
+    }
+    if (round.last) {
+        keeper.awaitAlone(LONGEST_WAIT_AT_THE_END);
+    } else if (!keeper.tryAlone()) {
+        return TRY_AGAIN;
+    }
+    copy(round, values);
+    return values ? Duration{place.valuesEvery} : due;
+}
+
+bool CopyKeeping::isGone() {
+    try {
+        database.checkStillThere();
+        return false;
+    } catch (const boost::system::system_error&) {
+        return true;
+    }
+}
+
+bool CopyKeeping::isAlone() {
+    return use.tryAlone() && use.tryShared();
+}
+
+CopyKeeping::Pending CopyKeeping::pending() {
+    auto run = whatIsPending.with();
+    if (!run.next()) {
+        return {};
+    }
+    return {run.integer(0) != 0, run.integer(1) != 0, milliseconds{run.integer(2)}};
+}
+
+CopyKeeping::Duration CopyKeeping::untilValuesAreDue(Duration copied) const {
+    const auto now = clock.now();
+    // A time to come is of another clock.
+    return copied > now ? Duration::zero() : copied + place.valuesEvery - now;
+}
+
+void CopyKeeping::copy(const Round& round, bool values) {
+    try {
+        CopyRun run{place.kept, place.working, store};
+        run.copy(writers, values, clock.now());
+        if (round.last && values) {
+            run.copyLog(); // whoever takes the file away then has all of it
+        }
+        keeper.release();
+    } catch (const std::exception& failure) {
+        keeper.release();
+        noteFailure(failure.what());
+        throw;
+    }
+}
+
+void CopyKeeping::noteFailure(const std::string& text) {
+    try {
+        InterprocessHold hold{writers};
+        Statement{database, "UPDATE keeping SET failure = ?1, failing_since_ms ="
+                            " CASE failing_since_ms WHEN 0 THEN ?2 ELSE failing_since_ms END"
+                            " WHERE failure <> ?1"}
+            .execute(text, wallClockMs());
+    } catch (const std::exception&) {
+        // What failed first is told.
+    }
+}
+
+} // namespace tessapi

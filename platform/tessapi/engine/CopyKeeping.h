@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/tessapi/engine/Database.h"
+#include "platform/tessapi/engine/FileLock.h"
+#include "platform/tessapi/engine/IKeeping.h"
+#include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/Statement.h"
+
+#include <chrono>
+#include <string>
+
+namespace tessapi {
+
+/// Of a store that programs work on in memory: copies what has changed to the disk. Every program that has
+/// the store open does so in its turn, whoever made the change, so that nothing waits for one that was killed
+/// or that sleeps.
+class CopyKeeping final : public IKeeping {
+public:
+    struct Place {
+        std::string kept;    ///< file on disk
+        std::string working; ///< file in memory
+        std::chrono::seconds valuesEvery;
+    };
+
+    /// `lock` and `programs` outlive the object. `programs` is the lock that every program shares that has
+    /// the store open.
+    CopyKeeping(Place where, const std::string& store, InterprocessLock& lock, FileLock& programs,
+                velk::common::Clock& time);
+
+    velk::common::Clock::Duration keep(const Round& round) override;
+
+private:
+    using Duration = velk::common::Clock::Duration;
+
+    struct Pending {
+        bool changes{false};     ///< what is to be copied at once
+        bool values{false};      ///< what is to be copied when its time has come
+        Duration valuesCopied{}; ///< when that was done last
+    };
+
+    bool isGone();
+    /// Whether no other program has the store open.
+    bool isAlone();
+    Pending pending();
+    Duration untilValuesAreDue(Duration copied) const;
+    void copy(const Round& round, bool values);
+    /// For those who look at the store: why the disk is behind.
+    void noteFailure(const std::string& text);
+
+    const Place place;
+    const std::string store;
+    InterprocessLock& writers;
+    FileLock& use;
+    velk::common::Clock& clock;
+    FileLock keeper;
+    Database database; // of the working file
+    Statement whatIsPending;
+};
+
+} // namespace tessapi

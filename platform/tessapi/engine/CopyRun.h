@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/common/Clock.h"
+#include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/KeptStore.h"
+
+#include <cstdint>
+#include <string>
+
+namespace tessapi {
+
+/// One copy of what has changed in a working database to the kept one. It takes what it copies at one moment,
+/// commits it in one transaction that is synced, and then notes in the working database what needs no copy
+/// any more: a copy that is killed before that is made again.
+///
+/// While it waits for the disk it holds up nobody who works on the store.
+/// Threads: one at a time.
+class CopyRun {
+public:
+    /// The caller holds the keeper's lock as long as the object is there.
+    CopyRun(const std::string& keptFile, const std::string& workingFile, const std::string& store);
+
+    /// `values`: measured values too. `now` is the time of the clock that nobody sets.
+    void copy(InterprocessLock& writers, bool values, velk::common::Clock::Duration now);
+
+    /// Brings the log of the kept copy into its file.
+    void copyLog();
+
+private:
+    void checkBelongTogether(InterprocessLock& writers);
+    void collect(bool values);
+    bool isNothingCollected();
+    void apply();
+    void note(InterprocessLock& writers, bool values, velk::common::Clock::Duration now, std::uint64_t bytes);
+
+    KeptStore kept;
+    Database& database;
+    std::int64_t copies{0};
+};
+
+} // namespace tessapi

@@ -1,0 +1,77 @@
+#include "platform/tessapi/engine/FileLock.h"
+
+#include "platform/common/Clock.h"
+#include "platform/common/GroupFile.h"
+#include "platform/tessapi/engine/StoreError.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+#include <utility>
+
+namespace tessapi {
+
+namespace {
+
+constexpr std::chrono::milliseconds BETWEEN_TRIES{5};
+
+} // namespace
+
+FileLock::FileLock(std::string file, std::string storeName) :
+    path{std::move(file)},
+    store{std::move(storeName)},
+    descriptor{velk::common::GroupFile::open(path, O_RDWR)} {
+    if (descriptor < 0) {
+        throwSystemFailure(store, errno, "cannot open " + path);
+    }
+}
+
+FileLock::~FileLock() {
+    ::close(descriptor);
+}
+
+bool FileLock::tryShared() {
+    return attempt(LOCK_SH);
+}
+
+bool FileLock::tryAlone() {
+    return attempt(LOCK_EX);
+}
+
+void FileLock::awaitShared(std::chrono::milliseconds longest) {
+    await(LOCK_SH, longest);
+}
+
+void FileLock::awaitAlone(std::chrono::milliseconds longest) {
+    await(LOCK_EX, longest);
+}
+
+void FileLock::release() {
+    ::flock(descriptor, LOCK_UN);
+}
+
+bool FileLock::attempt(int operation) {
+    while (::flock(descriptor, operation | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK) {
+            return false;
+        }
+        if (errno != EINTR) {
+            throwSystemFailure(store, errno, "cannot lock " + path);
+        }
+    }
+    return true;
+}
+
+void FileLock::await(int operation, std::chrono::milliseconds longest) {
+    auto& clock = velk::common::Clock::system();
+    const auto end = clock.now() + longest;
+    while (!attempt(operation)) {
+        if (clock.now() >= end) {
+            throwStoreFault(store, StoreFault::locked, path);
+        }
+        clock.sleepFor(BETWEEN_TRIES);
+    }
+}
+
+} // namespace tessapi

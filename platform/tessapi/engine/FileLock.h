@@ -1,0 +1,37 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace tessapi {
+
+/// The lock on a file of its own, which several holders share or one has alone, among all objects of all
+/// programs. The kernel frees it when its holder dies; a process that was forked off while it was held holds
+/// it too.
+/// Threads: one at a time.
+class FileLock {
+public:
+    /// Makes the file when it is missing; throws boost::system::system_error that names `store`.
+    FileLock(std::string file, std::string storeName);
+    ~FileLock();
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+    /// Changing the kind loses the lock when it cannot be had at once.
+    bool tryShared();
+    bool tryAlone();
+    /// Throws `StoreFault::locked` when it cannot be had within `longest`.
+    void awaitShared(std::chrono::milliseconds longest);
+    void awaitAlone(std::chrono::milliseconds longest);
+    void release();
+
+private:
+    bool attempt(int operation);
+    void await(int operation, std::chrono::milliseconds longest);
+
+    const std::string path;
+    const std::string store;
+    int descriptor;
+};
+
+} // namespace tessapi

@@ -1,0 +1,24 @@
+#include "platform/tessapi/engine/LogKeeping.h"
+
+#include <chrono>
+
+namespace tessapi {
+
+LogKeeping::LogKeeping(const std::string& path, const std::string& store, InterprocessLock& lock) :
+    writers{lock}, database{path, store} {
+    database.execute("SELECT count(*) FROM sqlite_master"); // the log is open from the first read on
+}
+
+velk::common::Clock::Duration LogKeeping::keep(const Round& round) {
+    if (round.committed) {
+        // First, because a checkpoint that a reader holds up syncs nothing.
+        database.syncLog();
+    }
+    if (round.copyLog) {
+        InterprocessHold hold{writers};
+        database.checkpoint();
+    }
+    return std::chrono::hours{1};
+}
+
+} // namespace tessapi

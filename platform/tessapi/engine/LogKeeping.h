@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/tessapi/engine/Database.h"
+#include "platform/tessapi/engine/IKeeping.h"
+#include "platform/tessapi/engine/InterprocessLock.h"
+
+#include <string>
+
+namespace tessapi {
+
+/// Of a store that programs work on where it is kept: syncs the log, and copies it into the file when it has
+/// grown, so that it stays bounded.
+class LogKeeping final : public IKeeping {
+public:
+    /// `lock` outlives the object.
+    LogKeeping(const std::string& path, const std::string& store, InterprocessLock& lock);
+
+    velk::common::Clock::Duration keep(const Round& round) override;
+
+private:
+    InterprocessLock& writers;
+    Database database;
+};
+
+} // namespace tessapi

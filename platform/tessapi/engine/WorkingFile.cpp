@@ -1,0 +1,116 @@
+#include "platform/tessapi/engine/WorkingFile.h"
+
+#include "platform/common/Clock.h"
+#include "platform/common/GroupFile.h"
+#include "platform/tessapi/engine/KeptSchema.h"
+#include "platform/tessapi/engine/Schema.h"
+#include "platform/tessapi/engine/Statement.h"
+#include "platform/tessapi/engine/StoreError.h"
+#include "platform/tessapi/engine/StoreFile.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <iostream>
+#include <system_error>
+
+namespace tessapi {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// 16 digits that tell one path from another, by the hash of Fowler, Noll and Vo.
+std::string digitsOf(const std::string& path) {
+    std::uint64_t hash = 0xcbf29ce484222325U;
+    for (const char letter : path) {
+        hash = (hash ^ static_cast<unsigned char>(letter)) * 0x100000001b3U;
+    }
+    std::string digits(16, '0');
+    for (auto digit = digits.rbegin(); digit != digits.rend(); ++digit, hash /= 16) {
+        *digit = "0123456789abcdef"[hash % 16];
+    }
+    return digits;
+}
+
+std::int64_t monotonicMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(velk::common::Clock::system().now()).count();
+}
+
+void fill(const std::string& file, KeptStore& kept) {
+    const auto& store = kept.connection().storeName();
+    WorkingFile::remove(file); // what a killed program has begun
+    {
+        Database working{file, store};
+        Schema::create(working, Schema::WORKING_ID, [&] { working.execute(KeptSchema::WORKING_TABLES); });
+    }
+    kept.fill(file, monotonicMs());
+    Database working{file, store};
+    StoreFile::useLog(working);
+}
+
+bool isFilled(const std::string& file, const std::string& store) {
+    Database working{file, store};
+    Statement statement{working, "SELECT 1 FROM keeping"};
+    auto run = statement.with();
+    return run.next();
+}
+
+} // namespace
+
+std::string WorkingFile::pathIn(const std::string& folder, const std::string& kept) {
+    return folder + "/tess-" + digitsOf(kept) + ".db";
+}
+
+std::string WorkingFile::place(const std::string& folder, const std::string& kept, const std::string& store) {
+    std::error_code error;
+    if (!fs::is_directory(folder, error)) {
+        if (fs::is_directory(fs::path{folder}.parent_path(), error)) {
+            velk::common::GroupFile::makeFolder(folder, error);
+        } else {
+            error = std::make_error_code(std::errc::no_such_file_or_directory);
+        }
+    }
+    if (error) {
+        throwSystemFailure(store, error.value(), "cannot make " + folder + ", where programs work on it");
+    }
+    return pathIn(folder, kept);
+}
+
+bool WorkingFile::belongsTo(const std::string& file, const std::string& store,
+                            const KeptStore::Record& record) {
+    if (StoreFile::applicationId(file, store) != Schema::WORKING_ID) {
+        return false;
+    }
+    Database working{file, store};
+    Statement statement{working, "SELECT 1 FROM keeping WHERE identity = ?1 AND copies IN (?2, ?2 - 1)"};
+    auto run = statement.with(record.identity, record.copies);
+    return run.next();
+}
+
+void WorkingFile::prepare(const std::string& file, const std::string& kept, const std::string& store,
+                          InterprocessLock& writers, std::chrono::milliseconds longestWait) {
+    FileLock keeper{kept + "-keeper", store};
+    keeper.awaitAlone(longestWait); // while it is filled nothing may be copied
+    KeptStore copy{kept, store};
+    InterprocessHold hold{writers};
+    if (belongsTo(file, store, copy.record())) {
+        return;
+    }
+    if (StoreFile::applicationId(file, store) == Schema::WORKING_ID && isFilled(file, store)) {
+        std::cerr << "WARNING - store " + store + ": " + kept + " was replaced by another one; what was in " +
+                         file + " is dropped\n"
+                  << std::flush;
+    }
+    Schema::checkSound(copy.connection());
+    fill(file, copy);
+}
+
+void WorkingFile::remove(const std::string& file) {
+    for (const char* part : {"", "-wal", "-shm", "-journal"}) {
+        std::error_code error;
+        fs::remove(file + part, error);
+    }
+}
+
+} // namespace tessapi
