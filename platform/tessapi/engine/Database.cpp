@@ -1,5 +1,7 @@
 #include "platform/tessapi/engine/Database.h"
 
+#include "platform/common/GroupFile.h"
+#include "platform/common/Mutex.h"
 #include "platform/tessapi/engine/StoreError.h"
 
 #include <algorithm>
@@ -30,6 +32,16 @@ std::string readHead(sqlite3* connection, const std::string& store, std::size_t 
     return head;
 }
 
+/// What goes wrong here goes wrong again, and is told, when the file is opened.
+void makeForGroup(const std::string& path) {
+    // One at a time: closing the new file would free the locks of another connection that has it already.
+    static velk::common::Mutex making;
+    const velk::common::MutexLock lock{making};
+    if (path != ":memory:") {
+        velk::common::GroupFile::make(path);
+    }
+}
+
 int noteFrames(void* frames, sqlite3*, const char*, int count) {
     *static_cast<int*>(frames) = count;
     return SQLITE_OK;
@@ -47,6 +59,7 @@ void Database::Finalizer::operator()(sqlite3_stmt* statement) const {
 
 Database::Database(const std::string& path, std::string storeName, Sharing sharing) :
     store{std::move(storeName)} {
+    makeForGroup(path);
     connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     configure(sharing);
     seat = FileSeat{path == ":memory:" ? std::string{} : path};

@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/StoreFile.h"
 
+#include "platform/common/GroupFile.h"
 #include "platform/tessapi/engine/Schema.h"
 #include "platform/tessapi/engine/Statement.h"
 #include "platform/tessapi/engine/StoreError.h"
@@ -60,7 +61,7 @@ std::string StoreFile::locate(const std::string& path, const std::string& store,
         throwStoreFault(store, StoreFault::missing, "");
     }
     error.clear();
-    fs::create_directories(absolute.parent_path(), error);
+    velk::common::GroupFile::makeFolder(absolute.parent_path(), error);
     if (error) {
         throwSystemFailure(store, error.value(), "cannot make " + absolute.parent_path().string());
     }
