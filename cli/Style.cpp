@@ -1,5 +1,7 @@
 #include "cli/Style.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <string_view>
 #include <unistd.h>
@@ -13,7 +15,20 @@ std::string_view environment(const char* name) {
     return text == nullptr ? std::string_view{} : std::string_view{text};
 }
 
+/// All that `paint` is asked for, and the end of each.
+constexpr auto sequences = std::to_array<std::string_view>(
+    {"\033[0m", "\033[1m", "\033[2m", "\033[31m", "\033[32m", "\033[33m", "\033[36m", "\033[1;31m"});
+
 } // namespace
+
+bool Style::isSequence(std::string_view text) {
+    return std::find(sequences.begin(), sequences.end(), text) != sequences.end();
+}
+
+bool Style::beginsSequence(std::string_view text) {
+    return std::any_of(sequences.begin(), sequences.end(),
+                       [text](std::string_view sequence) { return sequence.starts_with(text); });
+}
 
 Style Style::forFile(int descriptor) {
     return Style{isatty(descriptor) == 1 && environment("NO_COLOR").empty() && environment("TERM") != "dumb"};

@@ -3,6 +3,7 @@
 #include "platform/tessapi/LevelAlarm.h"
 
 #include <string>
+#include <string_view>
 
 namespace velk::cli {
 
@@ -14,6 +15,12 @@ public:
     /// With colours when the file is a terminal and the environment has no NO_COLOR (not empty) and no dumb
     /// TERM.
     static Style forFile(int descriptor);
+
+    bool isColoured() const { return colour; }
+
+    /// Whether `text` is, or begins as, one of the sequences that colours are made of here.
+    static bool isSequence(std::string_view text);
+    static bool beginsSequence(std::string_view text);
 
     std::string title(const std::string& text) const;
     std::string faint(const std::string& text) const;

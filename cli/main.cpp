@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Failure.h"
 #include "cli/OpenStore.h"
+#include "cli/SafeOutput.h"
 #include "platform/tessapi/StoreAdvice.h"
 #include "platform/tessapi/TessAccessor.h"
 
@@ -67,6 +68,9 @@ ExitCode runReporting(const CommandLine& line) {
 } // namespace
 
 int main(int argc, char** argv) {
+    // A device may say anything, and an attacker anything as a device.
+    const velk::cli::SafeOutput out{std::cout, Style::forFile(STDOUT_FILENO).isColoured()};
+    const velk::cli::SafeOutput err{std::cerr, false};
     CommandLine line;
     if (const auto ended = line.parse(argc, argv)) {
         return static_cast<int>(*ended);
