@@ -5,6 +5,7 @@
 #include "cli/CommandTable.h"
 #include "cli/CompletionCommand.h"
 #include "cli/DevicesCommand.h"
+#include "cli/DoctorCommand.h"
 #include "cli/EditDistance.h"
 #include "cli/ExplainCommand.h"
 #include "cli/ExportCommand.h"
@@ -121,6 +122,9 @@ void CommandLine::addDo() {
 }
 
 void CommandLine::addWholeStoreCommands() {
+    auto doctor = parser->command("doctor");
+    doctor.option("--config", file);
+    doctor.chosen([this] { aloneCommand = [this](Surroundings& s) { return runDoctor(s, file); }; });
     auto exporting = parser->command("export");
     exporting.argument("FILE", file);
     exporting.chosen([this] { command = [this](Session& session) { return runExport(session, file); }; });

@@ -68,6 +68,10 @@ const std::vector<program::CommandRow>& commands() {
           {"--timeout", "SECONDS", "Seconds to wait for the outcome (10)"},
           {"--force", "", "Also while the device is not connected"}},
          {{"tess do BackupSystem.PowerBank StartTest", "Tests the battery"}}},
+        {"doctor", "What keeps the store from being right and fresh, and what to do about it",
+         {},
+         {{"--config", "FILE", "The daemon's configuration file; the one that it uses without", Offer::file}},
+         {{"tess doctor", "Exit code 0 when there is no problem"}}},
         {"export", "Writes the whole store as one JSON document",
          {{"[FILE]", "Where to; the standard output without", Offer::file}},
          {},
@@ -99,11 +103,13 @@ program::ProgramTable makeTable() {
     table.name = "tess";
     table.text = "Shows what the store of this machine knows of its power device, and asks the device for "
                  "settings and actions.";
+    table.version = VELK_VERSION;
     table.options = {
         {"--json", "",
          "Answer for programs: one JSON document, or one object a line for watch and logs --follow"},
         {"--store", "URL", "URL of the store, such as sqlite:/var/lib/velk/tess.db"},
         {"--help,-h", "", "Print this help message and exit"},
+        {"--version", "", "Print the version and exit"},
     };
     table.commands = commands();
     table.notes = {

@@ -14,7 +14,7 @@ ExitCode runCompletion(Surroundings& surroundings, const std::string& shell) {
 }
 
 ExitCode runManual(Surroundings& surroundings) {
-    surroundings.out << program::manualPage(commandTable(), "VelkPowerDistribution " VELK_VERSION);
+    surroundings.out << program::manualPage(commandTable());
     return ExitCode::Done;
 }
 

@@ -22,6 +22,8 @@ using velk::common::lwjson::Node;
 using velk::common::lwjson::ValueType;
 using CheckFunction = int(const char* configurationPath, char* message, unsigned long size);
 
+using EntryFunction = void*(const char* configurationPath);
+
 constexpr std::size_t MESSAGE_SIZE = 1024;
 
 struct CloseHandle {
@@ -123,7 +125,38 @@ bool checkPlugin(const ConfigurationFile& file, const Candidate& candidate, Find
     return true;
 }
 
+PluginTrial tryPlugin(const std::string& path, const std::string& configuration) {
+    const std::unique_ptr<void, CloseHandle> handle{dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)};
+    if (!handle) {
+        const char* why = dlerror(); // NOLINT(concurrency-mt-unsafe): of this thread
+        return {path, "not loaded", why == nullptr ? "" : why};
+    }
+    auto* const entry =
+        reinterpret_cast<EntryFunction*>(dlsym(handle.get(), velk::common::DynamicLibrary::ENTRY_SYMBOL));
+    if (entry == nullptr) {
+        return {path, "no plug-in", std::string{"it has no "} + velk::common::DynamicLibrary::ENTRY_SYMBOL};
+    }
+    try {
+        return entry(configuration.c_str()) != nullptr
+                   ? PluginTrial{path, "loaded", ""}
+                   : PluginTrial{path, "declined", "its entry gives nothing with this configuration"};
+    } catch (const std::exception& failure) {
+        return {path, "not loaded", failure.what()};
+    } catch (...) {
+        return {path, "not loaded", "an exception that is none of the standard library"};
+    }
+}
+
 } // namespace
+
+std::vector<PluginTrial> tryPlugins(const ConfigurationFile& file) {
+    Findings ignored; // names that lead to nothing are told by `checkPlugins`
+    std::vector<PluginTrial> trials;
+    for (const Candidate& candidate : candidatesOf(file, ignored)) {
+        trials.push_back(tryPlugin(candidate.path.string(), file.path()));
+    }
+    return trials;
+}
 
 Findings checkPlugins(const ConfigurationFile& file) {
     Findings findings;

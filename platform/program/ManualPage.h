@@ -7,7 +7,7 @@
 namespace velk::program {
 
 /// The manual page of a program in the man macros of roff, with every command, argument and option that its
-/// table shows. `version` stands in the foot of the page.
-std::string manualPage(const ProgramTable& table, const std::string& version);
+/// table shows.
+std::string manualPage(const ProgramTable& table);
 
 } // namespace velk::program

@@ -6,6 +6,7 @@ namespace {
 
 constexpr std::size_t WIDTH = 100;
 constexpr const char* HELP = "--help";
+constexpr const char* VERSION = "--version";
 
 std::string footerOf(const ProgramTable& table) {
     std::string footer;
@@ -40,6 +41,10 @@ ProgramParser::ProgramParser(const ProgramTable& described) :
     if (const OptionRow* help = table.findOption(HELP)) {
         root.set_help_flag(help->names, help->text);
         used.insert(help);
+    }
+    if (const OptionRow* version = table.findOption(VERSION)) {
+        root.set_version_flag(version->names, table.name + " " + table.version, version->text);
+        used.insert(version);
     }
 }
 

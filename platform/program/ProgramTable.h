@@ -59,7 +59,8 @@ struct TermRow {
 /// A plain value.
 struct ProgramTable {
     std::string name;
-    std::string text;                   ///< one sentence
+    std::string text; ///< one sentence
+    std::string version{};
     int section{1};                     ///< of the manual
     std::vector<OptionRow> options{};   ///< understood with every command
     std::vector<CommandRow> commands{}; ///< none for a program that does one thing

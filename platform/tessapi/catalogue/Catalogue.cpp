@@ -28,7 +28,8 @@ bool isCatalogueFile(const fs::path& file) {
     return file.extension() == ".json" && name.front() != '.';
 }
 
-std::vector<fs::path> catalogueFiles(const fs::path& folder) {
+std::vector<fs::path> catalogueFiles(const fs::path& folder,
+                                     const std::function<void(const std::string&)>& tell) {
     std::vector<fs::path> files;
     std::error_code error;
     fs::directory_iterator entry{folder, error};
@@ -41,7 +42,7 @@ std::vector<fs::path> catalogueFiles(const fs::path& folder) {
         }
     }
     if (error) {
-        report(folder.string() + ": " + error.message());
+        tell(folder.string() + ": " + error.message());
     }
     std::sort(files.begin(), files.end(), [](const fs::path& a, const fs::path& b) {
         return a.filename().native() < b.filename().native();
@@ -73,24 +74,35 @@ const Catalogue& Catalogue::builtin() {
     return catalogue;
 }
 
-Catalogue Catalogue::forStore(const std::filesystem::path& storeFile) {
-    Catalogue catalogue{builtin()};
-    for (const fs::path& file : catalogueFiles(storeFile.parent_path() / "catalogue.d")) {
-        Entries merged{catalogue.known};
+void Catalogue::mergeFiles(const std::filesystem::path& storeFile,
+                           const std::function<void(const std::string&)>& tell) {
+    for (const fs::path& file : catalogueFiles(storeFile.parent_path() / "catalogue.d", tell)) {
+        Entries merged{known};
         try {
             mergeCatalogue(contentOf(file), merged);
         } catch (const std::system_error& failure) {
-            report(file.string() + ": " + failure.code().message());
+            tell(file.string() + ": " + failure.code().message());
             continue;
         } catch (const velk::common::lwjson::JsonError& failure) {
             const auto [line, column] = failure.position();
-            report(file.string() + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " +
-                   failure.reason());
+            tell(file.string() + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " +
+                 failure.reason());
             continue;
         }
-        catalogue.known = std::move(merged);
+        known = std::move(merged);
     }
+}
+
+Catalogue Catalogue::forStore(const std::filesystem::path& storeFile) {
+    Catalogue catalogue{builtin()};
+    catalogue.mergeFiles(storeFile, report);
     return catalogue;
+}
+
+std::vector<std::string> Catalogue::faultsFor(const std::filesystem::path& storeFile) {
+    std::vector<std::string> faults;
+    Catalogue{builtin()}.mergeFiles(storeFile, [&](const std::string& line) { faults.push_back(line); });
+    return faults;
 }
 
 const CatalogueEntry* Catalogue::find(std::string_view name) const {

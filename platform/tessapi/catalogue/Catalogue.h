@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tessapi {
 
@@ -38,6 +39,9 @@ public:
     /// is skipped as a whole; one that cannot be read gives "FILE: reason".
     static Catalogue forStore(const std::filesystem::path& storeFile);
 
+    /// The lines that `forStore` would give.
+    static std::vector<std::string> faultsFor(const std::filesystem::path& storeFile);
+
     /// What is known of channels of this name, or null. A channel without entry is a string.
     /// Lives as long as the catalogue.
     const CatalogueEntry* find(std::string_view name) const;
@@ -46,6 +50,8 @@ public:
 
 private:
     Catalogue() = default;
+    void mergeFiles(const std::filesystem::path& storeFile,
+                    const std::function<void(const std::string&)>& tell);
 
     Entries known;
 };

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "cli/doctor/Diagnosis.h"
+#include "platform/tessapi/StoreHealth.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace velk::cli {
+
+/// What the clocks say. Points in time are milliseconds since 1970 UTC by the wall clock.
+struct ClockFacts {
+    std::int64_t nowMs{0};
+    std::int64_t newestStampMs{0};        ///< of the store; 0 for none
+    std::optional<bool> isSynchronised{}; ///< by the kernel; empty when it does not say
+    /// When the daemon was started, by the clock that runs since the boot and does not jump; 0 when there is
+    /// none.
+    std::int64_t daemonStartedMs{0};
+    std::int64_t daemonSaidMs{0}; ///< when it said so in the store, by the wall clock of then
+};
+
+Diagnoses diagnoseClock(const ClockFacts& facts);
+
+/// `isSynchronised` of the kernel's clock.
+std::optional<bool> isClockSynchronised();
+/// When the process of a mark was started; 0 when that cannot be told.
+std::int64_t startOfProcessMs(const std::string& mark, std::int64_t nowMs);
+/// Since the boot, without what the machine slept; 0 when nobody knows.
+double uptimeSeconds();
+
+/// How full a file system is.
+struct DiskFacts {
+    std::string what; ///< "store", "copy", "history"
+    std::string path;
+    double bytes{0.0};
+    double freeBytes{0.0}; ///< for this user
+    double files{0.0};     ///< 0 where they are not counted
+    double freeFiles{0.0};
+};
+
+std::optional<DiskFacts> diskOf(const std::string& what, const std::string& path);
+Diagnosis diagnoseDisk(const DiskFacts& disk);
+
+/// What the copies to the disk cost it.
+Diagnosis diagnoseWear(const tessapi::StoreHealth& health, double uptimeSeconds);
+
+/// Whether what has to go somewhere gets there: the copy to the disk, the write-ahead log into the file.
+Diagnoses diagnoseQueues(const tessapi::StoreHealth& health, std::int64_t nowMs);
+
+} // namespace velk::cli
