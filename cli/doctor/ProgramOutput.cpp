@@ -14,7 +14,7 @@ namespace velk::cli {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using ReadingClock = std::chrono::steady_clock;
 
 /// A program with its standard output at the end of a pipe; gone at the latest with this object.
 class StartedProgram {
@@ -55,10 +55,11 @@ public:
     int startError() const { return error; }
 
     /// False when it has not ended by then.
-    bool readUntil(Clock::time_point end, std::string& text) const {
+    bool readUntil(ReadingClock::time_point end, std::string& text) const {
         std::array<char, 4096> part{};
         while (true) {
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+            const auto left =
+                std::chrono::duration_cast<std::chrono::milliseconds>(end - ReadingClock::now());
             pollfd waiting{output, POLLIN, 0};
             if (left.count() <= 0 || poll(&waiting, 1, static_cast<int>(left.count())) == 0) {
                 return false;
@@ -88,7 +89,7 @@ std::string outputOf(const std::vector<std::string>& command, std::chrono::milli
         return "";
     }
     std::string text;
-    if (!program.readUntil(Clock::now() + longest, text)) {
+    if (!program.readUntil(ReadingClock::now() + longest, text)) {
         failure = command.front() + " has not ended in time";
         return "";
     }
