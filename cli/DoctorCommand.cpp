@@ -63,7 +63,8 @@ private:
         } catch (const std::exception& failure) {
             add(diagnoseOpening(place, failure));
         }
-        if (const std::string file = workingFile(); !file.empty()) {
+        std::error_code ignored;
+        if (const std::string file = workingFile(); fs::exists(file, ignored)) {
             add(diagnoseUsers(usersOfStore(file)));
         }
     }

@@ -4,7 +4,7 @@ velk_packages=(
     g++ cmake ninja-build ccache pkg-config
     libboost1.81-dev libsqlite3-dev nlohmann-json3-dev libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    nut-server nut-client sqlite3 redis-server libhiredis-dev libssl-dev openssl systemd
+    nut-server nut-client sqlite3 groff-base redis-server libhiredis-dev libssl-dev openssl systemd
 )
 # For ./test --all: the second compiler, its analysis and the formatter.
 velk_check_packages=(clang-14 clang-format-14 clang-tidy-14 abigail-tools)

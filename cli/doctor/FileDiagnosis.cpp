@@ -38,6 +38,17 @@ std::string described(const FileFacts& file) {
     return file.path + " (" + file.owner + ":" + file.group + ", " + file.rights() + ")";
 }
 
+/// Several files in one line.
+struct FileList {
+    std::string descriptions;
+    std::string names; ///< each behind a blank
+
+    void add(const FileFacts& file) {
+        descriptions += (descriptions.empty() ? "" : ", ") + described(file);
+        names += " " + file.path;
+    }
+};
+
 Diagnosis diagnoseSecret(const std::string& path) {
     const auto facts = factsOf(path);
     if (!facts) {
@@ -98,23 +109,29 @@ std::vector<FileFacts> filesOfStore(const std::string& file) {
 }
 
 Diagnoses diagnoseFiles(const std::vector<FileFacts>& files) {
-    Diagnoses found;
+    FileList open;
+    FileList closed;
     for (const FileFacts& file : files) {
         // A folder that others may pass does no harm; one that they may write to does.
         const mode_t tooMuch = file.isFolder() ? S_IWOTH : OTHERS;
         if ((file.mode & tooMuch) != 0 && (file.mode & S_ISVTX) == 0) {
-            found.push_back(Diagnosis::problem("permissions", described(file) + " is open to others",
-                                               "chmod o-rwx " + file.path));
+            open.add(file);
         } else if (!file.isFolder() && (file.mode & GROUP_WORKS) != GROUP_WORKS) {
-            found.push_back(Diagnosis::note("permissions",
-                                            described(file) + " is for its owner alone: the group " +
-                                                file.group + " can neither look nor ask",
-                                            "chmod g+rw " + file.path));
+            closed.add(file);
         }
     }
+    Diagnoses found;
+    if (!open.names.empty()) {
+        found.push_back(Diagnosis::problem("permissions", "open to others: " + open.descriptions,
+                                           "chmod o-rwx" + open.names));
+    }
+    if (!closed.names.empty()) {
+        found.push_back(Diagnosis::note(
+            "permissions", "for the owner alone, the group can neither look nor ask: " + closed.descriptions,
+            "chmod g+rw" + closed.names));
+    }
     if (found.empty() && !files.empty()) {
-        const FileFacts& last = files.size() > 1 ? files[1] : files.front();
-        found.push_back(Diagnosis::ok("permissions", described(last)));
+        found.push_back(Diagnosis::ok("permissions", described(files.size() > 1 ? files[1] : files.front())));
     }
     return found;
 }
