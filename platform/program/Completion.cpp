@@ -219,15 +219,17 @@ std::string zshText(const std::string& text) {
 }
 
 std::string zshAction(const ProgramTable& table, Offer offer) {
+    // Behind a blank an action is called with its own words alone.
+    const std::string ask = " _" + table.name + "_ask ";
     switch (offer) {
     case Offer::nothing:
         return " ";
     case Offer::file:
         return "_files";
     case Offer::action:
-        return "_" + table.name + "_ask action $line[1]";
+        return ask + "action $line[1]";
     default:
-        return "_" + table.name + "_ask " + kindOf(offer);
+        return ask + kindOf(offer);
     }
 }
 
