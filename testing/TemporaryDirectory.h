@@ -10,8 +10,10 @@ namespace velk::testing {
 /// A fresh, empty folder that goes with everything in it when this object does.
 class TemporaryDirectory {
 public:
-    TemporaryDirectory() {
-        std::string name{(std::filesystem::temp_directory_path() / "velk-test-XXXXXX").string()};
+    TemporaryDirectory() : TemporaryDirectory(std::filesystem::temp_directory_path()) {}
+    /// In `parent`, which exists.
+    explicit TemporaryDirectory(const std::filesystem::path& parent) {
+        std::string name{(parent / "velk-test-XXXXXX").string()};
         if (mkdtemp(name.data()) == nullptr) {
             throw std::system_error{errno, std::generic_category(), name};
         }

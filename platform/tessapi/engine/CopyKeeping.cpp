@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/CopyKeeping.h"
 
+#include "platform/tessapi/engine/BreakableReads.h"
 #include "platform/tessapi/engine/CopyRun.h"
 #include "platform/tessapi/engine/KeptSchema.h"
 
@@ -44,6 +45,7 @@ CopyKeeping::CopyKeeping(Place where, const std::string& name, InterprocessLock&
     clock{time},
     keeper{place.kept + "-keeper", store},
     database{place.working, store},
+    log{database, lock, place.framesToCopy},
     whatIsPending{database, PENDING} {}
 
 CopyKeeping::Duration CopyKeeping::keep(const Round& round) {
@@ -52,7 +54,7 @@ CopyKeeping::Duration CopyKeeping::keep(const Round& round) {
     }
     if (round.copyLog) {
         InterprocessHold hold{writers};
-        database.checkpoint();
+        log.copy();
     }
     const auto now = pending();
     const auto due = untilValuesAreDue(now.valuesCopied);
@@ -83,11 +85,13 @@ bool CopyKeeping::isAlone() {
 }
 
 CopyKeeping::Pending CopyKeeping::pending() {
-    auto run = whatIsPending.with();
-    if (!run.next()) {
-        return {};
-    }
-    return {run.integer(0) != 0, run.integer(1) != 0, milliseconds{run.integer(2)}};
+    return BreakableReads{writers}.run([this]() -> Pending {
+        auto run = whatIsPending.with();
+        if (!run.next()) {
+            return {};
+        }
+        return {run.integer(0) != 0, run.integer(1) != 0, milliseconds{run.integer(2)}};
+    });
 }
 
 CopyKeeping::Duration CopyKeeping::untilValuesAreDue(Duration copied) const {

@@ -4,6 +4,7 @@
 #include "platform/tessapi/engine/FileLock.h"
 #include "platform/tessapi/engine/IKeeping.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/LogBound.h"
 #include "platform/tessapi/engine/Statement.h"
 
 #include <chrono>
@@ -20,6 +21,7 @@ public:
         std::string kept;    ///< file on disk
         std::string working; ///< file in memory
         std::chrono::seconds valuesEvery;
+        int framesToCopy; ///< of the log of the file in memory
     };
 
     /// `lock` and `programs` outlive the object. `programs` is the lock that every program shares that has
@@ -54,6 +56,7 @@ private:
     velk::common::Clock& clock;
     FileLock keeper;
     Database database; // of the working file
+    LogBound log;
     Statement whatIsPending;
 };
 

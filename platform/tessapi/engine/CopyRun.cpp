@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/CopyRun.h"
 
+#include "platform/tessapi/engine/BreakableReads.h"
 #include "platform/tessapi/engine/KeptSchema.h"
 #include "platform/tessapi/engine/Statement.h"
 #include "platform/tessapi/engine/StoreError.h"
@@ -125,7 +126,7 @@ CopyRun::CopyRun(const std::string& keptFile, const std::string& workingFile, co
 
 void CopyRun::copy(InterprocessLock& writers, bool values, velk::common::Clock::Duration now) {
     checkBelongTogether(writers);
-    collect(values);
+    BreakableReads{writers}.run([&] { return collect(values); })->commit();
     std::uint64_t bytes = 0;
     if (!isNothingCollected()) {
         const auto before = bytesWritten();
@@ -162,14 +163,14 @@ void CopyRun::checkBelongTogether(InterprocessLock& writers) {
     }
 }
 
-void CopyRun::collect(bool values) {
-    Transaction moment{database, Transaction::Kind::read};
+std::unique_ptr<Transaction> CopyRun::collect(bool values) {
+    auto moment = std::make_unique<Transaction>(database, Transaction::Kind::read);
     database.execute(COLLECT);
     database.execute(COLLECT_SETTINGS);
     if (values) {
         database.execute(COLLECT_VALUES);
     }
-    moment.commit();
+    return moment;
 }
 
 bool CopyRun::isNothingCollected() {

@@ -3,8 +3,10 @@
 #include "platform/common/Clock.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
 #include "platform/tessapi/engine/KeptStore.h"
+#include "platform/tessapi/engine/Transaction.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace tessapi {
@@ -28,7 +30,8 @@ public:
 
 private:
     void checkBelongTogether(InterprocessLock& writers);
-    void collect(bool values);
+    /// Of one moment, which is over with what it gives.
+    std::unique_ptr<Transaction> collect(bool values);
     bool isNothingCollected();
     void apply();
     void note(InterprocessLock& writers, bool values, velk::common::Clock::Duration now, std::uint64_t bytes);

@@ -152,12 +152,25 @@ void Database::checkStillThere() {
     }
 }
 
-void Database::checkpoint() {
+int Database::checkpoint() {
+    int inLog = 0;
     const int result =
-        sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+        sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_PASSIVE, &inLog, nullptr);
     if (result != SQLITE_OK && result != SQLITE_BUSY) {
         fail(result);
     }
+    return std::max(inLog, 0);
+}
+
+bool Database::startLogAnew() {
+    sqlite3_busy_timeout(handle(), 0);
+    const int result =
+        sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+    sqlite3_busy_timeout(handle(), BUSY_TIMEOUT_MS);
+    if (result != SQLITE_OK && result != SQLITE_BUSY) {
+        fail(result);
+    }
+    return result == SQLITE_OK;
 }
 
 void Database::syncLog() {

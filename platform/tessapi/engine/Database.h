@@ -45,8 +45,12 @@ public:
     /// Frames in the log after the last commit of this connection.
     int logFrames() const { return frames; }
 
-    /// Copies the log into the file and syncs both. The caller holds the lock between the processes.
-    void checkpoint();
+    /// Copies the log into the file and syncs both; gives the frames in the log, which the next writer starts
+    /// anew unless somebody reads from it. The caller holds the lock between the processes.
+    int checkpoint();
+
+    /// The same, and empties the log; false when that cannot be because somebody reads from it.
+    bool startLogAnew();
 
     /// Syncs the log, so that a power cut loses nothing that was committed before the call.
     void syncLog();

@@ -20,8 +20,17 @@ public:
     void lock() VELK_ACQUIRE();
     void unlock() VELK_RELEASE();
 
+    /// What the programs share besides the lock.
+    SharedPage::Words& words() const { return page.words(); }
+    /// Whether the process has this lock in use.
+    bool isUsedBy(pid_t process) const { return page.isOpenIn(process); }
+
 private:
+    /// False, and nothing is held, when the other programs have another page by now.
+    bool lockPresentPage(std::chrono::steady_clock::time_point end);
+
     SharedPage& page;
+    SharedPage::Words* held{nullptr}; ///< of who holds the lock
     std::string store;
     std::chrono::milliseconds patience;
 };

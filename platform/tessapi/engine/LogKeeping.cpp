@@ -4,8 +4,9 @@
 
 namespace tessapi {
 
-LogKeeping::LogKeeping(const std::string& path, const std::string& store, InterprocessLock& lock) :
-    writers{lock}, database{path, store} {
+LogKeeping::LogKeeping(const std::string& path, const std::string& store, InterprocessLock& lock,
+                       int framesToCopy) :
+    writers{lock}, database{path, store}, log{database, lock, framesToCopy} {
     database.execute("SELECT count(*) FROM sqlite_master"); // the log is open from the first read on
 }
 
@@ -16,7 +17,7 @@ velk::common::Clock::Duration LogKeeping::keep(const Round& round) {
     }
     if (round.copyLog) {
         InterprocessHold hold{writers};
-        database.checkpoint();
+        log.copy();
     }
     return std::chrono::hours{1};
 }

@@ -3,6 +3,7 @@
 #include "platform/tessapi/engine/Database.h"
 #include "platform/tessapi/engine/IKeeping.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/LogBound.h"
 
 #include <string>
 
@@ -13,13 +14,14 @@ namespace tessapi {
 class LogKeeping final : public IKeeping {
 public:
     /// `lock` outlives the object.
-    LogKeeping(const std::string& path, const std::string& store, InterprocessLock& lock);
+    LogKeeping(const std::string& path, const std::string& store, InterprocessLock& lock, int framesToCopy);
 
     velk::common::Clock::Duration keep(const Round& round) override;
 
 private:
     InterprocessLock& writers;
     Database database;
+    LogBound log;
 };
 
 } // namespace tessapi

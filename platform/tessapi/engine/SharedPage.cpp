@@ -12,10 +12,13 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace tessapi {
 
 namespace {
+
+using velk::common::MutexLock;
 
 /// Differs between builds that lay the words out differently.
 const std::string MAGIC = "tess-lock-" + std::to_string(sizeof(SharedPage::Words));
@@ -38,6 +41,7 @@ void initialise(SharedPage::Words& words, const std::string& boot) {
     pthread_mutexattr_destroy(&attributes);
     new (&words.news) std::atomic<std::uint32_t>{0};
     new (&words.waiting) std::atomic<std::uint32_t>{0};
+    new (&words.breaks) std::atomic<std::uint32_t>{0};
     boot.copy(words.bootId, sizeof words.bootId - 1);
     // Last: a program that was killed before this line leaves a page that the next one makes anew.
     std::atomic_thread_fence(std::memory_order_release);
@@ -49,70 +53,131 @@ bool usable(const SharedPage::Words& words, const std::string& boot) {
            std::string(words.bootId, strnlen(words.bootId, sizeof words.bootId)) == boot;
 }
 
-/// Releases the `flock` and closes the descriptor at the end of a scope. The mapping keeps the file open, so
-/// the close alone would not release it.
-class Descriptor {
-public:
-    explicit Descriptor(int opened) : number{opened} {}
-    ~Descriptor() {
-        if (number >= 0) {
-            ::flock(number, LOCK_UN);
-            ::close(number);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
+/// The byte of the file that a process keeps locked, shared with itself, to be recognised. Such a lock
+/// belongs to the descriptor: it goes when the process ends and when this object closes the file, and not
+/// before.
+struct flock markOf(pid_t process, short kind) {
+    constexpr off_t MARKS = off_t{1} << 30;
+    struct flock mark {};
+    mark.l_type = kind;
+    mark.l_whence = SEEK_SET;
+    mark.l_start = MARKS + process;
+    mark.l_len = 1;
+    return mark;
+}
 
-    const int number;
+bool isDeleted(int file) {
+    struct stat status {};
+    return ::fstat(file, &status) == 0 && status.st_nlink == 0;
+}
+
+/// Releases the `flock` at the end of a scope: the file stays open.
+class FileHold {
+public:
+    explicit FileHold(int opened) : file{opened} {}
+    ~FileHold() { ::flock(file, LOCK_UN); }
+    FileHold(const FileHold&) = delete;
+    FileHold& operator=(const FileHold&) = delete;
+
+private:
+    const int file;
 };
 
 } // namespace
 
-SharedPage::SharedPage() {
-    map(-1, "memory");
-    initialise(*shared, "");
+SharedPage::SharedPage() : store{"memory"} {
+    auto made = std::make_unique<Opened>();
+    made->words = map(-1);
+    initialise(*made->words, "");
+    shared = made->words;
+    MutexLock lock{mutex};
+    opened.push_back(std::move(made));
 }
 
-SharedPage::SharedPage(const std::string& path, const std::string& store) {
-    const Descriptor file{velk::common::GroupFile::open(path, O_RDWR)};
-    if (file.number < 0) {
-        throwSystemFailure(store, errno, "cannot open " + path);
+SharedPage::SharedPage(const std::string& file, const std::string& storeName) : path{file}, store{storeName} {
+    MutexLock lock{mutex};
+    open();
+}
+
+SharedPage::Opened::~Opened() {
+    if (words != nullptr) {
+        ::munmap(words, sizeof(Words));
     }
-    if (::flock(file.number, LOCK_EX) != 0) {
-        throwSystemFailure(store, errno, "cannot lock " + path);
+    if (file >= 0) {
+        ::close(file);
     }
+}
+
+bool SharedPage::follow() {
+    if (path.empty() || !isDeleted(current)) {
+        return false;
+    }
+    MutexLock lock{mutex};
+    if (isDeleted(current)) {
+        open();
+    }
+    return true;
+}
+
+bool SharedPage::isOpenIn(pid_t process) {
+    auto mark = markOf(process, F_WRLCK);
+    return process > 0 && ::fcntl(current, F_OFD_GETLK, &mark) == 0 && mark.l_type != F_UNLCK;
+}
+
+int SharedPage::openLocked() const {
+    while (true) {
+        const int file = velk::common::GroupFile::open(path, O_RDWR);
+        if (file < 0) {
+            throwSystemFailure(store, errno, "cannot open " + path);
+        }
+        if (::flock(file, LOCK_EX) == 0 && !isDeleted(file)) {
+            return file;
+        }
+        const int error = isDeleted(file) ? 0 : errno;
+        ::close(file);
+        if (error != 0 && error != EINTR) {
+            throwSystemFailure(store, error, "cannot lock " + path);
+        }
+    }
+}
+
+void SharedPage::open() {
+    auto made = std::make_unique<Opened>();
+    const int file = made->file = openLocked();
+    const FileHold hold{file};
     struct stat status {};
-    if (::fstat(file.number, &status) != 0) {
+    if (::fstat(file, &status) != 0) {
         throwSystemFailure(store, errno, "cannot read " + path);
     }
     const auto size = static_cast<off_t>(sizeof(Words));
     if (status.st_size < size) {
-        if (const int error = ::posix_fallocate(file.number, 0, size); error != 0) {
+        if (const int error = ::posix_fallocate(file, 0, size); error != 0) {
             throwSystemFailure(store, error, "cannot write " + path);
         }
     }
-    map(file.number, store);
     const auto boot = presentBoot();
     if (boot.empty()) {
         // Without it a lock that a boot has left behind could not be told from one that is held.
         throwSystemFailure(store, ENOENT, "cannot read /proc/sys/kernel/random/boot_id");
     }
-    if (!usable(*shared, boot)) {
-        initialise(*shared, boot);
+    made->words = map(file);
+    if (!usable(*made->words, boot)) {
+        initialise(*made->words, boot);
     }
+    auto mark = markOf(::getpid(), F_RDLCK);
+    ::fcntl(file, F_OFD_SETLK, &mark); // without it a read of this process is not broken, no more
+    shared = made->words;
+    current = file;
+    opened.push_back(std::move(made));
 }
 
-SharedPage::~SharedPage() {
-    ::munmap(shared, sizeof(Words));
-}
-
-void SharedPage::map(int file, const std::string& store) {
+SharedPage::Words* SharedPage::map(int file) const {
     const int flags = MAP_SHARED | (file < 0 ? MAP_ANONYMOUS : 0);
     void* address = ::mmap(nullptr, sizeof(Words), PROT_READ | PROT_WRITE, flags, file, 0);
     if (address == MAP_FAILED) {
         throwSystemFailure(store, errno, "cannot map the lock");
     }
-    shared = static_cast<Words*>(address);
+    return static_cast<Words*>(address);
 }
 
 } // namespace tessapi

@@ -1,9 +1,14 @@
 #pragma once
 
+#include "platform/common/Mutex.h"
+
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <pthread.h>
 #include <string>
+#include <sys/types.h>
+#include <vector>
 
 namespace tessapi {
 
@@ -12,7 +17,9 @@ namespace tessapi {
 /// store in memory.
 ///
 /// The file is made anew after a restart of the machine: a lock that was held when the power went has no
-/// owner that could ever free it.
+/// owner that could ever free it. When somebody deletes it, the next program makes another one, and those
+/// that run must `follow` it there.
+/// Threads: any.
 class SharedPage {
 public:
     struct Words {
@@ -22,6 +29,7 @@ public:
         pthread_mutex_t lock;
         std::atomic<std::uint32_t> news;    ///< rises with every commit
         std::atomic<std::uint32_t> waiting; ///< 1 while some listener may sleep on `news`
+        std::atomic<std::uint32_t> breaks;  ///< see `LogBound`
     };
     static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
 
@@ -29,16 +37,39 @@ public:
     SharedPage();
     /// On `file`, made when it is missing; throws boost::system::system_error that names `store`.
     SharedPage(const std::string& file, const std::string& store);
-    ~SharedPage();
+    ~SharedPage() = default;
     SharedPage(const SharedPage&) = delete;
     SharedPage& operator=(const SharedPage&) = delete;
 
-    Words& words() const { return *shared; }
+    /// Those of the file that is open; they stay where they are as long as the object lives.
+    Words& words() const { return *shared.load(); }
+
+    /// Goes on with the file that other programs open now, if somebody has deleted the one that is open.
+    /// True when that was so. Called by who holds the lock of the page.
+    bool follow() VELK_EXCLUDES(mutex);
+
+    /// Whether the process has this file open by an object of this class.
+    bool isOpenIn(pid_t process) VELK_EXCLUDES(mutex);
 
 private:
-    void map(int file, const std::string& store);
+    struct Opened {
+        ~Opened();
 
-    Words* shared{nullptr};
+        int file{-1};
+        Words* words{nullptr};
+    };
+
+    void open() VELK_REQUIRES(mutex);
+    /// Opens and locks the file that the path leads to.
+    int openLocked() const;
+    Words* map(int file) const;
+
+    const std::string path;
+    const std::string store;
+    std::atomic<Words*> shared{nullptr};
+    std::atomic<int> current{-1}; ///< descriptor of the file that is open
+    velk::common::Mutex mutex;
+    std::vector<std::unique_ptr<Opened>> opened VELK_GUARDED_BY(mutex); ///< the last one is in use
 };
 
 } // namespace tessapi

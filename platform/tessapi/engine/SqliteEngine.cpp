@@ -32,6 +32,7 @@ SqliteEngine::SqliteEngine(const StoreUrl& url, std::unique_ptr<SharedPage> word
     store{url.text()},
     page{std::move(words)},
     writers{std::make_unique<InterprocessLock>(*page, store, options.longestWait)},
+    reads{*writers},
     bell{*page},
     catalogue{url.inMemory() ? Catalogue::builtin() : Catalogue::forStore(url.place())} {}
 
@@ -55,10 +56,10 @@ std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create,
         engine->copyFile = path;
         engine->valuesEvery = kept->valuesEvery;
         keeping =
-            std::make_unique<CopyKeeping>(CopyKeeping::Place{path, file, kept->valuesEvery}, engine->store,
+            std::make_unique<CopyKeeping>(CopyKeeping::Place{path, file, kept->valuesEvery, options.framesToCopy}, engine->store,
                                           *engine->writers, *engine->use, *options.clock);
     } else {
-        keeping = std::make_unique<LogKeeping>(path, engine->store, *engine->writers);
+        keeping = std::make_unique<LogKeeping>(path, engine->store, *engine->writers, options.framesToCopy);
     }
     engine->keeper = std::make_unique<Keeper>(std::move(keeping), options);
     engine->retypeChannels();
@@ -122,7 +123,7 @@ auto SqliteEngine::ask(Work work) {
     checkNotForked();
     MutexLock lock{reader->mutex};
     reader->database.checkStillThere();
-    return work(reader->model);
+    return reads.run([&]() VELK_NO_THREAD_SAFETY_ANALYSIS { return work(reader->model); });
 }
 
 template <class Work>
@@ -130,13 +131,18 @@ auto SqliteEngine::read(Work work) {
     checkNotForked();
     MutexLock lock{reader->mutex};
     reader->database.checkStillThere();
-    Transaction transaction{reader->database, Transaction::Kind::read};
-    return work(reader->model);
+    return reads.run([&]() VELK_NO_THREAD_SAFETY_ANALYSIS { // the lock is held here
+        Transaction transaction{reader->database, Transaction::Kind::read};
+        return work(reader->model);
+    });
 }
 
 void SqliteEngine::checkSound() {
     MutexLock lock{reader->mutex};
-    Schema::checkSound(reader->database);
+    reads.run([&]() VELK_NO_THREAD_SAFETY_ANALYSIS {
+        Schema::checkSound(reader->database);
+        return true;
+    });
 }
 
 void SqliteEngine::retypeChannels() {

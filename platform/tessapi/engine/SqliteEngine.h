@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/tessapi/engine/BreakableReads.h"
 #include "platform/tessapi/engine/Connection.h"
 #include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/engine/FileLock.h"
@@ -90,6 +91,7 @@ private:
     std::unique_ptr<FileLock> use;       ///< shared by all programs with the store; null in memory
     std::unique_ptr<SharedPage> page;
     std::unique_ptr<InterprocessLock> writers;
+    BreakableReads reads;
     Wakeup bell;
     Catalogue catalogue;
     std::unique_ptr<Connection> writer;

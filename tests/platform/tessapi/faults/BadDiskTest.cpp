@@ -75,7 +75,7 @@ protected:
     }
 
     bool survives(int nth, Failure failure, bool forGood, bool& reached) const {
-        const velk::testing::TemporaryDirectory folder;
+        const velk::testing::TemporaryDirectory folder{scratch()};
         for (const std::string name : {"tess.db", "tess.db-wal"}) {
             std::filesystem::copy_file(made / name, folder / name);
         }
@@ -118,7 +118,7 @@ protected:
         EXPECT_EQ(tally.survived, tally.tried);
     }
 
-    const velk::testing::TemporaryDirectory made;
+    const velk::testing::TemporaryDirectory made{scratch()};
 };
 
 TEST_F(BadDiskTest, AnIoErrorAtAnyCallOfTheDiskRefusesOneCallAndLosesNothing) {

@@ -1,6 +1,7 @@
 #include "tests/platform/tessapi/faults/FaultDisk.h"
 
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <filesystem>
 #include <mutex>
@@ -59,6 +60,7 @@ namespace {
 
 FaultDisk::State* state = nullptr;
 sqlite3_vfs* machine = nullptr;
+thread_local bool stopInRead = false;
 
 struct File {
     sqlite3_file shown;
@@ -84,6 +86,9 @@ int close(sqlite3_file* file) {
 }
 
 int read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset) {
+    if (std::exchange(stopInRead, false)) {
+        ::raise(SIGSTOP);
+    }
     const Lock lock{state->mutex};
     if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_READ); result != SQLITE_OK) {
         return result;
@@ -269,6 +274,10 @@ void FaultDisk::heal() {
 bool FaultDisk::hasFailed() const {
     const Lock lock{state->mutex};
     return state->failed;
+}
+
+void FaultDisk::stopInNextRead() {
+    stopInRead = true;
 }
 
 } // namespace tessapi::faults

@@ -47,6 +47,9 @@ public:
     /// Whether a call has failed since `failAt`.
     bool hasFailed() const;
 
+    /// Stops the process, as SIGSTOP does, in the next read of the calling thread.
+    void stopInNextRead();
+
     struct State;
 
 private:

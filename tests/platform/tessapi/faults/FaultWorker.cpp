@@ -4,6 +4,13 @@
 //     fault_worker URL read                                looks at everything, and listens
 //     fault_worker PATH copy                               copies the log of the store into its file
 //     fault_worker FOLDER fill SEED FIRST ACKNOWLEDGED     fills one new store after the other
+//     fault_worker URL pace WHO MICROSECONDS               writes with this pause until its input ends, and
+//     says
+//                                                          how long a call took at most
+//     fault_worker URL look MICROSECONDS                   reads and listens likewise
+//     fault_worker URL stop                                stops itself in the middle of a read, and then
+//     hears
+//                                                          of the end: the first value of the root's channel
 //
 // ACKNOWLEDGED is a file that holds the number of the last call that has returned.
 
@@ -12,17 +19,23 @@
 #include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
 #include "platform/tessapi/engine/SharedPage.h"
+#include "tests/platform/tessapi/faults/FaultDisk.h"
+#include "tests/platform/tessapi/faults/Faults.h"
 #include "tests/platform/tessapi/faults/RandomWork.h"
 #include "tests/platform/tessapi/stress/Acknowledged.h"
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <exception>
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <poll.h>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -119,6 +132,97 @@ void fill(const Words& words) {
     }
 }
 
+using Clock = std::chrono::steady_clock;
+
+bool inputHasEnded() {
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    return ::poll(&input, 1, 0) > 0;
+}
+
+/// With the usual options, or with less history, so that a short run comes to its end.
+std::shared_ptr<Engine> openAsUsual(const std::string& url) {
+    Engine::Options options;
+    if (!tessapi::faults::all()) {
+        options.framesToCopy = 512;
+        options.changesKept = 1000;
+    }
+    return Engine::open(tessapi::StoreUrl{url}, true, options);
+}
+
+void pace(const Words& words) {
+    const auto store = openAsUsual(words.at(1));
+    const auto device =
+        store->emplaceDevice(velk::common::Uuid{velk::common::Uuid::VELK_NAMESPACE, words.at(3)}, 1, 0);
+    std::vector<std::uint64_t> channels;
+    for (int i = 0; i < 20; ++i) {
+        channels.push_back(store->emplaceChannel(device, "Test.Text" + std::to_string(i)));
+    }
+    const std::chrono::microseconds pause{number(words.at(4))};
+    Clock::duration longest{};
+    std::uint64_t calls = 0;
+    for (; calls % 16 != 0 || !inputHasEnded(); ++calls) {
+        const auto began = Clock::now();
+        store->setValue(channels[calls % channels.size()], qz::CValue{std::to_string(calls)});
+        longest = std::max(longest, Clock::now() - began);
+        if (pause.count() != 0) {
+            std::this_thread::sleep_for(pause);
+        }
+    }
+    std::cout << calls << ' ' << std::chrono::duration_cast<std::chrono::milliseconds>(longest).count()
+              << std::endl;
+}
+
+void look(const Words& words) {
+    const auto store = openAsUsual(words.at(1));
+    tessapi::Dispatcher dispatcher{"fault_worker", store};
+    std::atomic<std::uint64_t> heard{0};
+    const auto listen = [&](const Engine::Start& start) {
+        return std::make_unique<tessapi::StoreSubscription>(start.seq,
+                                                            [&](const tessapi::ChannelWrite&) { ++heard; });
+    };
+    dispatcher.subscribe({}, listen, nullptr);
+    const std::chrono::microseconds pause{number(words.at(3))};
+    std::uint64_t reads = 0;
+    for (; !inputHasEnded(); ++reads) {
+        if (store->snapshot().devices.empty()) {
+            throw std::runtime_error{"the root is missing"};
+        }
+        std::this_thread::sleep_for(pause);
+    }
+    std::cout << reads << ' ' << heard << std::endl;
+}
+
+void stop(const Words& words) {
+    auto& disk = tessapi::faults::FaultDisk::instance();
+    const auto store = openAsUsual(words.at(1));
+    const auto end = store->emplaceChannel(1, "Test.End");
+    tessapi::Dispatcher dispatcher{"fault_worker", store};
+    std::atomic<bool> ended{false};
+    const auto listen = [&](const Engine::Start& start) {
+        return std::make_unique<tessapi::StoreSubscription>(start.seq,
+                                                            [&](const tessapi::ChannelWrite& write) {
+                                                                if (write.channel == end) {
+                                                                    ended = true;
+                                                                    ended.notify_all();
+                                                                }
+                                                            });
+    };
+    dispatcher.subscribe({}, listen, nullptr);
+    std::cout << "ready" << std::endl;
+    std::string line;
+    std::getline(std::cin, line);
+    disk.stopInNextRead();
+    std::uint64_t texts = 0;
+    for (const auto& channel : store->image().content.channels) {
+        // All of one moment, however long the read has taken: the numbers that one writer has written one
+        // after the other.
+        texts += channel.value.isValid() ? 1 : 0;
+    }
+    std::cout << "read " << texts << std::endl;
+    ended.wait(false);
+    std::cout << "caught up" << std::endl;
+}
+
 int run(const Words& words) {
     const auto& task = words.at(2);
     if (task == "write") {
@@ -129,8 +233,16 @@ int run(const Words& words) {
         copy(words.at(1));
     } else if (task == "fill") {
         fill(words);
+    } else if (task == "pace") {
+        pace(words);
+    } else if (task == "look") {
+        look(words);
+    } else if (task == "stop") {
+        stop(words);
+    } else {
+        return 2;
     }
-    return 2;
+    return 0;
 }
 
 } // namespace

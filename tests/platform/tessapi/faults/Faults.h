@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <utility>
@@ -23,6 +24,13 @@ inline bool all() {
 inline std::uint32_t seed() {
     const auto text = setting("VELK_SEED");
     return text.empty() ? 20261121 : static_cast<std::uint32_t>(std::stoul(text));
+}
+
+/// Where folders of tests are made: where syncs cost nothing, if there is such a place. What a disk does is
+/// simulated.
+inline std::filesystem::path scratch() {
+    const std::filesystem::path memory{"/dev/shm"};
+    return std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
 }
 
 /// How many of `full` are tried in this run.

@@ -125,7 +125,7 @@ protected:
         image = work.description();
     }
 
-    const velk::testing::TemporaryDirectory folder;
+    const velk::testing::TemporaryDirectory folder{scratch()};
     std::array<Shadow, WRITERS> shadows{Shadow{0}, Shadow{1}, Shadow{2}};
     std::uint32_t filled{0};
     std::string image;

@@ -53,7 +53,7 @@ protected:
     /// Two programs take turns; one of them starts anew every now and then.
     static Run recordRun(std::uint32_t seed, const Engine::Options& options,
                          std::chrono::microseconds pause) {
-        const velk::testing::TemporaryDirectory folder;
+        const velk::testing::TemporaryDirectory folder{scratch()};
         Run run;
         std::minstd_rand random{seed};
         FaultDisk::instance().record();
@@ -96,7 +96,7 @@ protected:
     /// Opens what a cut has left. Nothing before the store's first sync is promised but that it opens.
     static bool survives(const CutDisk& disk, const Durable& durable, const Run& run,
                          std::minstd_rand& random, Tally& tally) {
-        const velk::testing::TemporaryDirectory folder;
+        const velk::testing::TemporaryDirectory folder{scratch()};
         disk.leave(folder.path(), random);
         std::ofstream{folder / "tess.db-lock", std::ios::binary} << std::string(random() % 200, '\x5a');
         std::string found;
