@@ -165,7 +165,8 @@ private:
              << "unixsocketperm 700\n"
              << (options.tls ? "port 0\ntls-port " : "port ") << portNumber << "\n";
         if (!options.sentinel) {
-            file << "save \"\"\nappendonly " << (options.appendOnly ? "yes" : "no") << "\n"
+            // With the default of appendfsync an answer may go out before the write.
+            file << "save \"\"\nappendonly " << (options.appendOnly ? "yes" : "no") << "\nappendfsync no\n"
                  << "repl-diskless-sync yes\nrepl-diskless-sync-delay 0\n";
         }
         if (options.tls) {
@@ -188,8 +189,8 @@ private:
         if (!options.user.empty()) {
             file << "user default off\n";
         }
-        file << "user " << (options.user.empty() ? "default" : options.user) << " on >" << options.password
-             << " ~* &* +@all\n";
+        file << "user " << (options.user.empty() ? "default" : options.user) << " on \">" << options.password
+             << "\" ~* &* +@all\n";
     }
 
     Options options;

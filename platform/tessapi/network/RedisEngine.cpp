@@ -413,7 +413,7 @@ Engine::News RedisEngine::newsAfter(std::int64_t seq) {
     if (news.changes.empty()) {
         return news;
     }
-    if (news.changes.front().seq > seq + 1) {
+    if (news.changes.front().seq > seq + 1 && isForgotten(seq + 1)) {
         return summaryAfter(seq);
     }
     const auto isOld = [seq](const Change& change) { return change.seq <= seq; };
@@ -422,6 +422,14 @@ Engine::News RedisEngine::newsAfter(std::int64_t seq) {
     news.upTo = news.changes.back().seq;
     link.note(news.upTo);
     return news;
+}
+
+bool RedisEngine::isForgotten(std::int64_t seq) {
+    const auto answer = ask({"XRANGE", link.keys.news, "-", "+", "COUNT", "1"});
+    return guarded([&] {
+        const auto oldest = NewsFeed::changesOf(answer.view());
+        return oldest.empty() || oldest.front().seq > seq;
+    });
 }
 
 Engine::News RedisEngine::summaryAfter(std::int64_t seq) {

@@ -77,6 +77,9 @@ private:
     Reply write(const char* function, Fill fill);
     void send(const std::vector<ChannelValue>& values, const Outbox::Batch& batch);
     void forget(ReplyView channels);
+    /// Whether the site keeps this change no more. A number that is not among those that it keeps was left
+    /// out when the server came back with older data: then nothing is missing behind it.
+    bool isForgotten(std::int64_t seq);
     News summaryAfter(std::int64_t seq);
     template <class Entry, class Unpack>
     std::vector<Entry> entriesOf(const std::string& key, std::int64_t sinceMs, std::size_t limit,

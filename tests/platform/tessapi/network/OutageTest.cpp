@@ -1,0 +1,214 @@
+#include "platform/tessapi/engine/StoreError.h"
+#include "testing/RedisServer.h"
+#include "tests/platform/tessapi/network/NetworkClient.h"
+
+#include <boost/system/system_error.hpp>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <thread>
+
+namespace tessapi::network {
+namespace {
+
+using std::chrono::steady_clock;
+using velk::testing::RedisServer;
+
+/// A store on a real server that crashes, hangs, refuses and comes back, with one program that writes and one
+/// that listens.
+class OutageTest : public ::testing::Test {
+protected:
+    OutageTest() { ::testing::internal::CaptureStderr(); }
+    ~OutageTest() override {
+        if (!isSaid) {
+            said();
+        }
+    }
+
+    /// What both programs have said on the standard error; to be asked once.
+    std::string said() {
+        isSaid = true;
+        return ::testing::internal::GetCapturedStderr();
+    }
+
+    /// Writes both channels, `count` times.
+    void writeBoth(int count) {
+        for (int i = 1; i <= count; ++i) {
+            writer.set(measure, static_cast<float>(i));
+            writer.set(result, std::to_string(i));
+        }
+    }
+
+    static void await(const Recorder<qz::CValue>& recorder, qz::CValue value) {
+        const auto all = recorder.waitForItem(value);
+        ASSERT_TRUE(!all.empty() && all.back() == value) << all.size() << " values came";
+    }
+
+    RedisServer server{{.appendOnly = true}};
+    const std::string url{"redis://" + server.address() + "/berlin"};
+    NetworkClient writer{url};
+    NetworkClient listener{url};
+    const std::uint64_t measure{writer.channel(MEASURE)};
+    const std::uint64_t result{writer.channel(RESULT)};
+
+private:
+    bool isSaid{false};
+};
+
+TEST_F(OutageTest, ServerThatWasStartedAnewWithItsDataIsUsedOnWithoutAWord) {
+    const auto results = listener.watch(result);
+    writer.set(result, std::string{"1"});
+    await(results, qz::CValue{std::string{"1"}});
+    server.stop();
+    server.start();
+    writer.set(result, std::string{"2"});
+    writer.set(result, std::string{"3"});
+    await(results, qz::CValue{std::string{"3"}});
+    EXPECT_TRUE(areNumbersUpTo(3, results.all()));
+    EXPECT_EQ(said().find("values are kept"), std::string::npos);
+}
+
+TEST_F(OutageTest, AfterAnOutageTheNewestMeasureAndEveryResultArriveInOrderAndItIsSaidOnce) {
+    const auto measures = listener.watch(measure);
+    const auto results = listener.watch(result);
+    server.stop();
+    writeBoth(50);
+    std::this_thread::sleep_for(2 * NetworkClient::PATIENCE);
+    server.start();
+    await(results, qz::CValue{std::string{"50"}});
+    EXPECT_TRUE(areNumbersUpTo(50, results.all()));
+    await(measures, qz::CValue{50.0F});
+    // The first may have been on its way when the server went.
+    EXPECT_LE(measures.all().size(), 2U);
+    writer.set(result, std::string{"51"});
+    await(results, qz::CValue{std::string{"51"}});
+    const std::string text = said();
+    EXPECT_EQ(countOf("values are kept", text), 1U) << text;
+    EXPECT_EQ(countOf("is back;", text), 1U) << text;
+    EXPECT_NE(text.find(url), std::string::npos) << text;
+}
+
+TEST_F(OutageTest, HangingServerHoldsAWriterForOneWaitOnly) {
+    const auto results = listener.watch(result);
+    server.pause();
+    const auto begin = steady_clock::now();
+    writeBoth(200);
+    EXPECT_LT(steady_clock::now() - begin, 20 * NetworkClient::PATIENCE);
+    server.resume();
+    await(results, qz::CValue{std::string{"200"}});
+    EXPECT_TRUE(areNumbersUpTo(200, results.all()));
+    EXPECT_EQ(countOf("values are kept", said()), 1U);
+}
+
+TEST_F(OutageTest, ReadingWhileTheServerIsAwayFailsWithItsName) {
+    server.stop();
+    try {
+        listener.channels().getChannelCValue(measure);
+        ADD_FAILURE() << "it gave a value";
+    } catch (const boost::system::system_error& failure) {
+        EXPECT_NE(std::string{failure.what()}.find(url), std::string::npos) << failure.what();
+        EXPECT_NE(std::string{failure.what()}.find("onnection refused"), std::string::npos) << failure.what();
+    }
+    server.start();
+    RedisServer::await("the store",
+                       [this] { return !listener.channels().isChannelValueInitialized(measure); });
+}
+
+TEST_F(OutageTest, ValuesThatTheServerHasNoMemoryForArriveOnceItHas) {
+    const auto results = listener.watch(result);
+    server.refuseMemory();
+    writeBoth(20);
+    EXPECT_TRUE(results.all().empty());
+    server.grantMemory();
+    await(results, qz::CValue{std::string{"20"}});
+    EXPECT_TRUE(areNumbersUpTo(20, results.all()));
+    EXPECT_EQ(listener.channels().getChannelCValue(measure), qz::CValue{20.0F});
+    const std::string text = said();
+    EXPECT_NE(text.find("OOM command not allowed"), std::string::npos) << text;
+    EXPECT_EQ(countOf("values are kept", text), 1U) << text;
+}
+
+TEST_F(OutageTest, EveryWriteArrivesOnceAndInOrderAcrossCrashesUnderWay) {
+    constexpr int COUNT = 1500;
+    const auto results = listener.watch(result);
+    std::thread working{[this] {
+        for (int i = 1; i <= COUNT; ++i) {
+            writer.set(result, std::to_string(i));
+        }
+    }};
+    for (const char* moment : {"200", "600"}) {
+        results.waitForItem(qz::CValue{std::string{moment}});
+        server.stop();
+        server.start();
+    }
+    working.join();
+    await(results, qz::CValue{std::to_string(COUNT)});
+    EXPECT_TRUE(areNumbersUpTo(COUNT, results.all()));
+}
+
+TEST_F(OutageTest, ListenerMissesNothingThatIsWrittenToAServerThatCameBackWithOlderData) {
+    const auto results = listener.watch(result);
+    writer.set(result, std::string{"1"});
+    await(results, qz::CValue{std::string{"1"}});
+    server.stop();
+    const auto saved = server.folder() / "saved";
+    std::filesystem::copy(server.folder() / "appendonlydir", saved);
+    server.start();
+    for (int i = 2; i <= 9; ++i) {
+        writer.set(result, std::to_string(i));
+    }
+    await(results, qz::CValue{std::string{"9"}});
+    server.stop();
+    server.forget();
+    std::filesystem::rename(saved, server.folder() / "appendonlydir");
+    server.start();
+    writer.set(result, std::string{"10"});
+    await(results, qz::CValue{std::string{"10"}});
+    EXPECT_TRUE(areNumbersUpTo(10, results.all()));
+}
+
+TEST_F(OutageTest, ServerThatLostTheStoreIsToldAndNothingIsWrittenIntoAnotherOne) {
+    server.stop();
+    server.forget();
+    server.start();
+    NetworkClient another{url};
+    const std::uint64_t other = another.channel(MEASURE);
+    ASSERT_EQ(other, measure);
+    try {
+        writer.set(measure, 7.0F);
+        ADD_FAILURE() << "it took the value";
+    } catch (const boost::system::system_error& failure) {
+        EXPECT_NE(std::string{failure.what()}.find(url), std::string::npos) << failure.what();
+    }
+    EXPECT_FALSE(another.channels().isChannelValueInitialized(other));
+}
+
+TEST_F(OutageTest, FunctionsThatTheServerLostAreLoadedAgain) {
+    const auto results = listener.watch(result);
+    server.command({"FUNCTION", "FLUSH"});
+    writer.set(result, std::string{"1"});
+    await(results, qz::CValue{std::string{"1"}});
+    server.command({"FUNCTION", "FLUSH"});
+    EXPECT_EQ(listener.channels().getChannelCValue(result), qz::CValue{std::string{"1"}});
+}
+
+TEST_F(OutageTest, NewerFunctionsOnTheServerAreToldWithBothVersions) {
+    server.command({"FUNCTION", "FLUSH"});
+    server.command({"FUNCTION", "LOAD",
+                    "#!lua name=tess\nredis.register_function{function_name = 'tess_version', "
+                    "callback = function() return 99 end, flags = {'no-writes'}}"});
+    try {
+        const NetworkClient late{url};
+        ADD_FAILURE() << "it opened the store";
+    } catch (const boost::system::system_error& failure) {
+        EXPECT_EQ(failure.code(),
+                  (boost::system::error_code{static_cast<int>(StoreFault::wrongVersion), storeCategory()}));
+        EXPECT_NE(std::string{failure.what()}.find("version 99, expected 1"), std::string::npos)
+            << failure.what();
+    }
+}
+
+} // namespace
+} // namespace tessapi::network

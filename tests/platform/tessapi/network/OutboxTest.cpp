@@ -1,0 +1,177 @@
+#include "platform/tessapi/network/Outbox.h"
+
+#include "platform/tessapi/network/ChannelMemory.h"
+#include "platform/tessapi/network/NewsFeed.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <vector>
+
+namespace tessapi::network {
+namespace {
+
+using qz::CValue;
+using Values = std::vector<std::int32_t>;
+
+Change write(std::uint64_t channel, std::int32_t value) {
+    return {0, Change::Kind::value, channel, CValue{value}, value};
+}
+
+/// The values of all batches, in the order in which they go.
+Values emptied(Outbox& outbox) {
+    Values values;
+    while (!outbox.isEmpty()) {
+        for (const auto& change : outbox.next("mark", 0).changes) {
+            values.push_back(change.value.as_int32());
+        }
+        outbox.drop();
+    }
+    return values;
+}
+
+TEST(OutboxTest, OfAMeasuredValueTheNewestIsKept) {
+    Outbox outbox;
+    for (std::int32_t i = 1; i <= 3; ++i) {
+        outbox.add(write(1, i), false);
+        outbox.add(write(2, 10 * i), false);
+    }
+    EXPECT_EQ(outbox.size(), 2U);
+    EXPECT_EQ(emptied(outbox), (Values{3, 30}));
+}
+
+TEST(OutboxTest, EveryWriteOfAnOrderedChannelIsKeptInOrder) {
+    Outbox outbox;
+    outbox.add(write(1, 1), true);
+    outbox.add(write(2, 20), false);
+    outbox.add(write(1, 2), true);
+    outbox.add(write(2, 21), false);
+    outbox.add(write(1, 1), true);
+    EXPECT_EQ(emptied(outbox), (Values{1, 2, 21, 1}));
+}
+
+TEST(OutboxTest, OfTooManyOrderedWritesTheOldestGoAndAreCounted) {
+    Outbox outbox;
+    outbox.add(write(2, -1), false);
+    for (std::size_t i = 0; i < Outbox::MOST + 3; ++i) {
+        outbox.add(write(1, static_cast<std::int32_t>(i)), true);
+    }
+    EXPECT_EQ(outbox.takeLost(), 3U);
+    EXPECT_EQ(outbox.takeLost(), 0U);
+    const auto values = emptied(outbox);
+    ASSERT_EQ(values.size(), Outbox::MOST + 1);
+    EXPECT_EQ(values[0], -1) << "measured values do not count";
+    EXPECT_EQ(values[1], 3);
+}
+
+TEST(OutboxTest, ABatchStaysAsItWasSentUntilItIsDropped) {
+    Outbox outbox;
+    outbox.add(write(1, 1), false);
+    EXPECT_FALSE(outbox.next("first", 7).sentBefore);
+    outbox.next("first", 7).sentBefore = true;
+    outbox.add(write(1, 2), false);
+    const auto& again = outbox.next("second", 8);
+    EXPECT_EQ(again.mark, "first");
+    EXPECT_EQ(again.seen, 7);
+    EXPECT_TRUE(again.sentBefore);
+    EXPECT_EQ(again.changes.at(0).value, CValue{1});
+    outbox.drop();
+    EXPECT_EQ(outbox.next("second", 8).mark, "second");
+    EXPECT_EQ(emptied(outbox), (Values{2}));
+}
+
+TEST(OutboxTest, WhatWasSentWithoutAnAnswerGoesFirst) {
+    Outbox outbox;
+    outbox.addUncertain({"mark", 3, false, {write(1, 1)}});
+    outbox.add(write(1, 2), false);
+    EXPECT_TRUE(outbox.next("other", 9).sentBefore);
+    EXPECT_EQ(outbox.size(), 2U);
+    EXPECT_EQ(emptied(outbox), (Values{1, 2}));
+}
+
+TEST(OutboxTest, ManyWritesGoInBatches) {
+    Outbox outbox;
+    for (std::int32_t i = 0; i < 250; ++i) {
+        outbox.add(write(static_cast<std::uint64_t>(i), i), false);
+    }
+    EXPECT_EQ(outbox.next("mark", 0).changes.size(), Outbox::BATCH);
+    EXPECT_EQ(emptied(outbox).size(), 250U);
+}
+
+TEST(OutboxTest, WritesOfAChannelThatIsGoneGo) {
+    Outbox outbox;
+    outbox.addUncertain({"mark", 3, false, {write(1, 1)}});
+    outbox.add(write(1, 2), true);
+    outbox.add(write(2, 3), false);
+    outbox.add(write(1, 4), false);
+    outbox.dropChannel(1);
+    EXPECT_EQ(outbox.size(), 1U);
+    outbox.add(write(1, 5), false);
+    EXPECT_EQ(emptied(outbox), (Values{3, 5}));
+}
+
+TEST(ChannelMemoryTest, ValuesOfKnownChannelsOfTheirTypeAreKnown) {
+    ChannelMemory memory;
+    memory.learnType(1, qz::datatype::int32);
+    EXPECT_TRUE(memory.knows({{1, CValue{5}}}));
+    EXPECT_FALSE(memory.knows({{1, CValue{5}}, {2, CValue{5}}}));
+    memory.learnName(1, "PowerDistribution.Measure.Voltage");
+    try {
+        memory.knows({{1, CValue{"five"}}});
+        FAIL() << "taken";
+    } catch (const std::invalid_argument& refusal) {
+        EXPECT_STREQ(refusal.what(), "channel 1 (PowerDistribution.Measure.Voltage) takes int32, not string");
+    }
+    memory.forget(1);
+    EXPECT_FALSE(memory.knows({{1, CValue{5}}}));
+}
+
+TEST(ChannelMemoryTest, EveryWriteOfActionsSettingsAndTheDaemonCounts) {
+    ChannelMemory memory;
+    std::uint64_t channel = 0;
+    for (const auto* name : {"PowerDistribution.Action.SwitchOff", "PowerDistribution.PrivateAction.Test",
+                             "PowerDistribution.Setting.Delay", "Daemon.Writes"}) {
+        memory.learnName(++channel, name);
+        EXPECT_TRUE(memory.isInOrder(channel)) << name;
+    }
+    for (const auto* name : {"PowerDistribution.Measure.Voltage", "PowerDistribution.Status.Source"}) {
+        memory.learnName(++channel, name);
+        EXPECT_FALSE(memory.isInOrder(channel)) << name;
+    }
+    EXPECT_TRUE(memory.isInOrder(99)) << "nobody knows what it is";
+}
+
+std::vector<Change> numbered(std::int64_t first, std::int64_t last) {
+    std::vector<Change> changes;
+    for (auto seq = first; seq <= last; ++seq) {
+        changes.push_back({seq, Change::Kind::value, 1, CValue{true}, 0});
+    }
+    return changes;
+}
+
+TEST(NewsFeedTest, GivesWhatFollowsAndKeepsTheRest) {
+    NewsFeed feed;
+    feed.add(numbered(5, 9));
+    EXPECT_EQ(feed.takeAfter(6, 2).size(), 2U);
+    const auto rest = feed.takeAfter(8, 10);
+    ASSERT_EQ(rest.size(), 1U);
+    EXPECT_EQ(rest[0].seq, 9);
+    EXPECT_TRUE(feed.takeAfter(9, 10).empty());
+}
+
+TEST(NewsFeedTest, WhatDoesNotFollowIsNoNews) {
+    NewsFeed feed;
+    feed.add(numbered(5, 9));
+    EXPECT_TRUE(feed.takeAfter(3, 10).empty());
+    EXPECT_TRUE(feed.takeAfter(4, 10).empty()) << "the store is asked from there on";
+}
+
+TEST(NewsFeedTest, StopsAtAGap) {
+    NewsFeed feed;
+    feed.add(numbered(1, 2));
+    feed.add(numbered(4, 5));
+    EXPECT_EQ(feed.takeAfter(0, 10).size(), 2U);
+}
+
+} // namespace
+} // namespace tessapi::network

@@ -1,0 +1,176 @@
+#include "platform/tessapi/ITessAccessor.h"
+#include "platform/tessapi/engine/AlarmEvaluator.h"
+#include "platform/tessapi/engine/Engine.h"
+#include "platform/tessapi/engine/ValueCodec.h"
+#include "testing/RedisServer.h"
+
+#include <boost/system/system_error.hpp>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace tessapi::network {
+namespace {
+
+using qz::CValue;
+using velk::common::Uuid;
+using velk::testing::RedisServer;
+
+/// What the functions on the server decide, held against the same rules of the other engines.
+class RedisRulesTest : public ::testing::Test {
+protected:
+    static constexpr std::uint64_t CHANNEL = 1000;
+
+    RedisRulesTest() : engine{Engine::open(StoreUrl{url}, true)} {
+        engine->emplaceChannel(ITessAccessor::ROOT_DEVICE, "Rules");
+    }
+
+    /// Lets the channel take values of this type, whatever its name says.
+    void retype(const CValue& value) {
+        const std::string type(1, static_cast<char>(*value.type()));
+        server.command({"HSET", "tess:{rules}:values", "1000", type + std::string(29, '\0')});
+    }
+
+    bool isActive(const qz::CAlarmTrigger& trigger) {
+        qz::tess::CSingleAlarmConfig config;
+        config.triggers = {trigger};
+        engine->setAlarmConfig(CHANNEL, config);
+        return engine->mostCriticalOf(ITessAccessor::ROOT_DEVICE).has_value();
+    }
+
+    ChannelRecord record() { return engine->snapshot().channels.at(0); }
+
+    const RedisServer server;
+    const std::string url{"redis+unix://" + server.socket().string() + "/rules"};
+    const std::shared_ptr<Engine> engine;
+};
+
+const std::vector<CValue>& values() {
+    constexpr auto big = std::int64_t{1} << 53;
+    static const std::vector<CValue> all{
+        CValue{false},
+        CValue{true},
+        CValue{std::int32_t{-5}},
+        CValue{std::numeric_limits<std::int32_t>::min()},
+        CValue{std::int64_t{big + 1}},
+        CValue{std::numeric_limits<std::int64_t>::min()},
+        CValue{7U},
+        CValue{std::numeric_limits<std::uint64_t>::max()},
+        CValue{0.1F},
+        CValue{std::numeric_limits<float>::infinity()},
+        CValue{0.1},
+        CValue{-0.0},
+        CValue{static_cast<double>(big)},
+        CValue{std::nan("")},
+        CValue{qz::CTimestamp{big + 1, "%F"}},
+        CValue{"7"},
+        CValue{""},
+        CValue{std::string{"a\0b", 3}},
+        CValue{CValue::Bytes{1, 2, 3}},
+    };
+    return all;
+}
+
+TEST_F(RedisRulesTest, TriggersHoldAsTheEvaluatorSays) {
+    for (const auto& value : values()) {
+        retype(value);
+        engine->setValue(CHANNEL, value);
+        for (const auto& threshold : values()) {
+            for (const std::int8_t type : {1, 2, 3, 4, -1, 5}) {
+                const qz::CAlarmTrigger trigger{
+                    LevelAlarm::warning, type, threshold, CValue{8}, -1, "", CValue{}, 0};
+                EXPECT_EQ(isActive(trigger), AlarmEvaluator::isActive(trigger, value))
+                    << value << " against " << threshold << " of type " << int{type};
+            }
+        }
+    }
+}
+
+TEST_F(RedisRulesTest, AWriteChangesAValueAsTheCodecSays) {
+    for (const auto& before : values()) {
+        for (const auto& after : values()) {
+            if (before.type() != after.type()) {
+                continue;
+            }
+            retype(before);
+            engine->setValue(CHANNEL, before);
+            // As if the first one was a long time ago.
+            const auto longAgo = std::string{"redis.call('HSET', KEYS[1], '1000', "
+                                             "(redis.call('HGET', KEYS[1], '1000'):gsub('^(..)........', "
+                                             "'%1' .. string.rep('\\1', 8)))) return 1"};
+            ASSERT_EQ(server.command({"EVAL", longAgo, "1", "tess:{rules}:values"}), "1");
+            constexpr std::int64_t then = 0x0101010101010101;
+            engine->setValue(CHANNEL, after);
+            EXPECT_EQ(record().changedMs == then, ValueCodec::same(before, after))
+                << after << " over " << before;
+        }
+    }
+}
+
+TEST_F(RedisRulesTest, ValuesComeBackExactlyAsTheyWere) {
+    for (const auto& value : values()) {
+        retype(value);
+        engine->setValue(CHANNEL, value);
+        EXPECT_EQ(ValueCodec::encode(engine->valueOf(CHANNEL)), ValueCodec::encode(value)) << value;
+    }
+}
+
+TEST_F(RedisRulesTest, ChannelsOfAnotherCatalogueAreRetypedAndLoseTheirValue) {
+    const auto channel =
+        engine->emplaceChannel(ITessAccessor::ROOT_DEVICE, "PowerDistribution.Measure.Voltage");
+    const auto other =
+        engine->emplaceChannel(ITessAccessor::ROOT_DEVICE, "PowerDistribution.Measure.Current");
+    engine->setValue(other, CValue{1.5F});
+    const auto key = std::to_string(channel);
+    // As a catalogue would have left it to which a voltage is a text.
+    server.command({"HSET", "tess:{rules}:values", key, std::string(1, '\x8') + std::string(29, '\0')});
+    server.command({"HSET", "tess:{rules}:site", "catalogue", "another"});
+    engine->setValue(channel, CValue{"high"});
+    const auto again = Engine::open(StoreUrl{url}, false);
+    EXPECT_EQ(again->typeOf(channel), qz::datatype::float32);
+    EXPECT_FALSE(again->valueOf(channel).isValid());
+    EXPECT_EQ(again->valueOf(other), CValue{1.5F});
+    EXPECT_NE(server.command({"HGET", "tess:{rules}:site", "catalogue"}), "another");
+    again->setValue(channel, CValue{230.0F});
+}
+
+TEST_F(RedisRulesTest, RetypingClearsTheAlarmsOfALostValue) {
+    engine->setValue(CHANNEL, CValue{"bad"});
+    ASSERT_TRUE(isActive({LevelAlarm::warning, 3, CValue{"bad"}, {}, -1, "", {}, 0}));
+    ASSERT_EQ(server.command({"EVAL",
+                              "local row = redis.call('HGET', KEYS[1], '1000') "
+                              "redis.call('HSET', KEYS[1], '1000', string.char(5) .. row:sub(2)) return 1",
+                              "1", "tess:{rules}:values"}),
+              "1");
+    server.command({"HSET", "tess:{rules}:site", "catalogue", "another"});
+    const auto again = Engine::open(StoreUrl{url}, false);
+    EXPECT_FALSE(again->mostCriticalOf(ITessAccessor::ROOT_DEVICE));
+    const auto events = again->alarmEvents(0, 10);
+    ASSERT_EQ(events.size(), 2U);
+    EXPECT_FALSE(events[1].raised);
+}
+
+TEST_F(RedisRulesTest, AllKeysHaveTheHashTagOfTheSite) {
+    const auto device = engine->emplaceDevice(Uuid{Uuid::VELK_NAMESPACE, "device"}, 1, 0);
+    engine->setAttribute(device, 7, "Inputs.1");
+    engine->setValue(CHANNEL, CValue{"bad"});
+    ASSERT_TRUE(isActive({LevelAlarm::warning, 3, CValue{"bad"}, {}, -1, "", {}, 0}));
+    qz::CMultistateMap states;
+    states.add(CValue{"bad"}, "not good");
+    engine->setStates(CHANNEL, states);
+    engine->recordWrite({});
+    EXPECT_EQ(server.command({"DBSIZE"}), "15");
+    EXPECT_EQ(server.command({"EVAL", "return #redis.call('KEYS', 'tess:{rules}:*')", "0"}), "15");
+}
+
+TEST_F(RedisRulesTest, BytesThatNobodyOfTheStoreWroteAreToldAsSuch) {
+    server.command({"HSET", "tess:{rules}:values", "1000", "short"});
+    EXPECT_THROW(engine->valueOf(CHANNEL), boost::system::system_error);
+    EXPECT_THROW(engine->snapshot(), boost::system::system_error);
+}
+
+} // namespace
+} // namespace tessapi::network
