@@ -1,45 +1,43 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 namespace tessapi {
 
-/// A command for a server with its arguments, which may hold any bytes. A plain value.
+/// A command for a server with its arguments, which may hold any bytes, in the form in which it is sent. A
+/// plain value.
 class Command {
 public:
     Command() = default;
-    Command(std::initializer_list<std::string_view> first) : words{first.begin(), first.end()} {}
-
-    Command& add(std::string word) {
-        words.push_back(std::move(word));
-        return *this;
+    Command(std::initializer_list<std::string_view> words) {
+        for (const auto word : words) {
+            add(word);
+        }
     }
-    Command& add(std::string_view word) { return add(std::string{word}); }
-    Command& add(const char* word) { return add(std::string{word}); }
-    Command& add(std::uint64_t number) { return add(std::to_string(number)); }
-    Command& add(std::int64_t number) { return add(std::to_string(number)); }
-    Command& add(std::uint32_t number) { return add(std::to_string(number)); }
+
+    Command& add(std::string_view word);
+    Command& add(const std::string& word) { return add(std::string_view{word}); }
+    Command& add(const char* word) { return add(std::string_view{word}); }
+    Command& add(std::uint64_t number);
+    Command& add(std::int64_t number);
+    Command& add(std::uint32_t number) { return add(std::uint64_t{number}); }
 
     /// Adds the arguments of another one.
-    Command& append(const Command& other) {
-        words.insert(words.end(), other.words.begin(), other.words.end());
-        return *this;
-    }
+    Command& append(const Command& other);
 
-    /// Gives room for so many more arguments.
-    void reserve(std::size_t more) { words.reserve(words.size() + more); }
+    /// Gives room for so many more bytes.
+    void reserve(std::size_t more) { arguments.reserve(arguments.size() + more); }
 
     /// As it goes over the wire.
     std::string encoded() const;
 
 private:
-    std::vector<std::string> words;
+    std::size_t count{0};
+    std::string arguments;
 };
 
 } // namespace tessapi

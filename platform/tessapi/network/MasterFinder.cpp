@@ -65,9 +65,20 @@ std::unique_ptr<RedisConnection> MasterFinder::connectTo(const Endpoint& server,
 }
 
 void MasterFinder::introduce(RedisConnection& server, const Deadline& deadline) const {
-    if (url.passwordFile.empty()) {
-        return;
+    if (!url.passwordFile.empty()) {
+        logIn(server, deadline);
     }
+    try {
+        // People see who is connected, and a server that wants a password says so.
+        server.call({"CLIENT", "SETNAME", "tess"}, deadline);
+    } catch (const ServerRefusal& refusal) {
+        if (refusal.code() != "NOPERM") {
+            throw;
+        }
+    }
+}
+
+void MasterFinder::logIn(RedisConnection& server, const Deadline& deadline) const {
     Command command{"AUTH"};
     if (!url.user.empty()) {
         command.add(url.user);

@@ -32,6 +32,7 @@ private:
     std::unique_ptr<RedisConnection> askSentinels(const Deadline& deadline);
     std::unique_ptr<RedisConnection> askSentinel(const Endpoint& sentinel, const Deadline& deadline);
     void introduce(RedisConnection& server, const Deadline& deadline) const;
+    void logIn(RedisConnection& server, const Deadline& deadline) const;
 
     const NetworkUrl url;
     std::optional<Endpoint> home;

@@ -28,15 +28,16 @@ bool isSiteCharacter(char c) {
            c == '_' || c == '-';
 }
 
-/// A password has no place in a URL, and none in a message about it.
+/// A password has no place in a URL, and none in a message about it. Better too much is hidden than too
+/// little.
 std::string withoutPassword(const std::string& text) {
     const auto start = text.find("//");
-    const auto at = text.find('@');
-    if (start == std::string::npos || at == std::string::npos || at < start) {
+    const auto at = text.rfind('@');
+    const auto colon = text.find(':', std::min(start, text.size()));
+    if (at == std::string::npos || colon > at) {
         return text;
     }
-    const auto colon = text.find(':', start);
-    return colon < at ? text.substr(0, colon) + ":***" + text.substr(at) : text;
+    return text.substr(0, colon) + ":***" + text.substr(at);
 }
 
 std::string_view schemeOf(string_view text) {
@@ -120,9 +121,10 @@ void NetworkUrl::readOptions(string_view options) {
 }
 
 void NetworkUrl::readPlace(string_view place) {
-    const auto at = place.find('@');
-    if (at != string_view::npos) {
-        const auto name = takeUntil(place, '@');
+    const auto at = place.rfind('@');
+    if (at != string_view::npos && place.front() != '/') {
+        const auto name = place.substr(0, at);
+        place.remove_prefix(at + 1);
         if (name.find(':') != string_view::npos) {
             refuse("a password has no place in it; use the option password-file");
         }
@@ -143,8 +145,11 @@ void NetworkUrl::readPlace(string_view place) {
     if (kind == Kind::sentinel) {
         service = place;
     }
-    if ((kind == Kind::sentinel) == place.empty() || place.find('/') != string_view::npos) {
-        refuse(kind == Kind::sentinel ? "the service is missing" : "there are too many parts");
+    if (kind == Kind::sentinel && service.empty()) {
+        refuse("the service is missing");
+    }
+    if (kind == Kind::sentinel ? place.find('/') != string_view::npos : !place.empty()) {
+        refuse("there are too many parts");
     }
     readServers(servers);
 }
@@ -162,6 +167,9 @@ void NetworkUrl::takeSite(string_view& place) {
 }
 
 void NetworkUrl::readServers(string_view servers) {
+    if (!servers.empty() && servers.back() == ',') {
+        refuse("the host is missing");
+    }
     do {
         auto server = takeUntil(servers, ',');
         Endpoint endpoint;

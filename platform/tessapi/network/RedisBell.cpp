@@ -56,8 +56,8 @@ void RedisBell::wait(Ticket taken, std::chrono::milliseconds longest) {
     }
     try {
         listen(longest);
-    } catch (const std::runtime_error&) {
-        // LinkError, ServerRefusal, or a store that is gone: whoever asks for the changes is told.
+    } catch (const std::exception&) {
+        // The server is away, or the store is gone: whoever asks for the changes is told.
         connection.reset();
         askedFrom = -1;
         quietAt = -1;

@@ -45,7 +45,7 @@ std::uint64_t idOf(ReplyView reply) {
 }
 
 void addAll(Command& command, const std::vector<std::uint64_t>& ids) {
-    command.reserve(ids.size());
+    command.reserve(12 * ids.size());
     for (const auto id : ids) {
         command.add(id);
     }

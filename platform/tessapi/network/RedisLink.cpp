@@ -50,7 +50,8 @@ std::string RedisLink::open(bool create, const std::string& catalogue) {
     MutexLock lock{mutex};
     const auto deadline = Deadline::in(patience);
     connection = finder.connect(deadline);
-    greet(create, catalogue, deadline);
+    auto [id, catalogueOfSite] = greet(create, catalogue, deadline);
+    identity = std::move(id);
     return catalogueOfSite;
 }
 
@@ -146,7 +147,8 @@ std::unique_ptr<RedisConnection> RedisLink::another() {
     return finder.connect(Deadline::in(CONNECT_TIME));
 }
 
-void RedisLink::greet(bool create, const std::string& catalogue, const Deadline& deadline) {
+std::pair<std::string, std::string> RedisLink::greet(bool create, const std::string& catalogue,
+                                                     const Deadline& deadline) {
     const auto fresh = makeIdentity();
     const auto answer = exchange(
         [&](bool /*again*/) {
@@ -169,9 +171,8 @@ void RedisLink::greet(bool create, const std::string& catalogue, const Deadline&
         throwStoreFault(store(), StoreFault::wrongVersion,
                         "format " + std::string{answer.view().at(1).text()} + ", expected 1");
     }
-    identity = answer.view().at(1).text();
     note(answer.view().at(2).integer());
-    catalogueOfSite = answer.view().at(3).text();
+    return {std::string{answer.view().at(1).text()}, std::string{answer.view().at(3).text()}};
 }
 
 Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline) {

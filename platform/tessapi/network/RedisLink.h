@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace tessapi {
 
@@ -62,7 +63,9 @@ private:
     void checkUsable() VELK_EXCLUDES(causeMutex);
     [[noreturn]] void leave(const std::string& why) VELK_REQUIRES(mutex) VELK_EXCLUDES(causeMutex);
     void connect(const Deadline& deadline) VELK_REQUIRES(mutex);
-    void greet(bool create, const std::string& catalogue, const Deadline& deadline) VELK_REQUIRES(mutex);
+    /// Gives identity and catalogue of the site.
+    std::pair<std::string, std::string> greet(bool create, const std::string& catalogue,
+                                              const Deadline& deadline) VELK_REQUIRES(mutex);
     Reply exchange(const Make& make, bool again, const Deadline& deadline) VELK_REQUIRES(mutex);
     /// Does what the refusal asks for; gives whether the call may be tried again.
     bool mend(const ServerRefusal& refusal, const Deadline& deadline) VELK_REQUIRES(mutex);
@@ -71,8 +74,7 @@ private:
     [[noreturn]] void lose();
 
     const NetworkUrl url;
-    std::string identity; ///< written by `open` only
-    std::string catalogueOfSite;
+    std::string identity; ///< of the site; from `open` on it stays as it is
     velk::common::Mutex mutex;
     MasterFinder finder VELK_GUARDED_BY(mutex);
     std::unique_ptr<RedisConnection> connection VELK_GUARDED_BY(mutex);

@@ -19,20 +19,16 @@ SiteKeys::SiteKeys(const std::string& site) :
     devices{keyOf(site, "devices")},
     names{keyOf(site, "names")},
     records{keyOf(site, "records")} {
-    for (const auto* part : {"site", "values", "news", "channels", "alarms", "states", "attributes", "marks",
-                             "events", "members", "devices", "uuids", "tree", "names", "records"}) {
-        all.push_back(keyOf(site, part));
+    const auto parts = {"site",   "values",  "news",    "channels", "alarms", "states", "attributes", "marks",
+                        "events", "members", "devices", "uuids",    "tree",   "names",  "records"};
+    all.add(std::uint64_t{parts.size()});
+    for (const auto* part : parts) {
+        all.add(keyOf(site, part));
     }
 }
 
 Command SiteKeys::function(const std::string& name, bool reads) const {
-    Command command;
-    command.reserve(all.size() + 16);
-    command.add(reads ? "FCALL_RO" : "FCALL").add("tess1_" + name).add(std::uint64_t{all.size()});
-    for (const auto& key : all) {
-        command.add(key);
-    }
-    return command;
+    return Command{reads ? "FCALL_RO" : "FCALL", "tess1_" + name}.append(all);
 }
 
 } // namespace tessapi

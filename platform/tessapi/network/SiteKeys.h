@@ -3,7 +3,6 @@
 #include "platform/tessapi/network/Command.h"
 
 #include <string>
-#include <vector>
 
 namespace tessapi {
 
@@ -27,7 +26,7 @@ public:
     const std::string records;
 
 private:
-    std::vector<std::string> all; ///< in the order in which the functions take them
+    Command all; ///< their number, then they in the order in which the functions take them
 };
 
 } // namespace tessapi

@@ -9,6 +9,9 @@ namespace tessapi {
 
 namespace {
 
+/// About: two arguments, of which the second has a number.
+constexpr std::size_t BYTES_OF_A_WRITE = 56;
+
 std::string randomBytes() {
     std::random_device source;
     return Packer{}
@@ -36,7 +39,7 @@ Command ValueSender::write(const std::string& function, const std::string& mark,
 ValueSender::Verdict ValueSender::send(const Outbox::Batch& batch) {
     const auto answer = link.call([&](bool again) {
         auto command = write("set", batch.mark, batch.seen, again || batch.sentBefore, 0);
-        command.reserve(2 * batch.changes.size());
+        command.reserve(BYTES_OF_A_WRITE * batch.changes.size());
         for (const auto& change : batch.changes) {
             command.add(change.object).add(SiteCodec::packChange(change));
         }

@@ -31,9 +31,9 @@ std::string siteOf(const std::filesystem::path& folder) {
 }
 
 std::string withPassword(const std::filesystem::path& folder) {
-    static RedisServer server{{.user = "gateway", .password = "of a test"}};
+    static RedisServer server{{.user = "gateway", .password = "of-a-test"}};
     static const auto file = (server.folder() / "password").string();
-    std::ofstream{file} << "of a test\n";
+    std::ofstream{file} << "of-a-test\n";
     chmod(file.c_str(), 0600);
     return "redis://gateway@" + server.address() + siteOf(folder) + "?password-file=" + file;
 }

@@ -20,23 +20,40 @@ local function pack_triggers(triggers)
   return table.concat(parts)
 end
 
-local function is_active(trigger, value)
-  if trigger.level == 0 then
+local function holds(level, kind, low, high, value, number)
+  if level == 0 then
     return false
   end
-  local number, low = number_of(value), number_of(trigger.low)
-  if not number or not low then
-    return trigger.kind == 3 and string.byte(value, 1) == 9 and value == trigger.low
+  low = number_of(low) or low
+  if not number or type(low) == 'string' then
+    return kind == 3 and string.byte(value, 1) == 9 and value == low
   end
-  if trigger.kind == 1 then
+  if kind == 1 then
     return number >= low
-  elseif trigger.kind == 2 then
+  elseif kind == 2 then
     return number <= low
-  elseif trigger.kind == 3 then
+  elseif kind == 3 then
     return number == low
-  elseif trigger.kind == 4 then
-    local high = number_of(trigger.high)
+  elseif kind == 4 then
+    high = number_of(high)
     return high ~= nil and low <= number and number <= high
+  end
+  return false
+end
+
+local function is_active(trigger, value)
+  return holds(trigger.level, trigger.kind, trigger.low, trigger.high, value, number_of(value))
+end
+
+-- Whether one of the packed triggers is active and should not be, or the other way round.
+local function is_outdated(text, value)
+  local number, place = number_of(value), 1
+  local level, kind, active, low, high, _
+  while place <= #text do
+    level, kind, _, _, active, low, high, _, _, place = struct.unpack(TRIGGER, text, place)
+    if holds(level, kind, low, high, value, number) ~= (active == 1) then
+      return true
+    end
   end
   return false
 end
@@ -176,14 +193,12 @@ end
 local function evaluate(write, channel, value)
   local keys = write.keys
   local text = redis.call('HGET', keys[ALARMS], channel)
-  local before, after = unpack_triggers(text), unpack_triggers(text)
-  local changed = false
-  for i, t in ipairs(after) do
-    t.active = is_active(t, value) and 1 or 0
-    changed = changed or t.active ~= before[i].active
-  end
-  if not changed then
+  if not is_outdated(text, value) then
     return
+  end
+  local before, after = unpack_triggers(text), unpack_triggers(text)
+  for _, t in ipairs(after) do
+    t.active = is_active(t, value) and 1 or 0
   end
   redis.call('HSET', keys[ALARMS], channel, pack_triggers(after))
   if note_alarms(write, channel, value, before, after) then

@@ -16,18 +16,21 @@ end
 
 -- Each with its row; the same channel may come several times.
 local function apply(write, ids, changes, rows)
-  local latest, fields = {}, {}
+  local sub, byte, pack = string.sub, string.byte, struct.pack
+  local latest, fields, count, list = {}, {}, 0, write.changes
   for i, id in ipairs(ids) do
     local row, change = latest[id] or rows[i], changes[i]
-    local is_same = same(value_of(row), string.sub(change, 22))
-    local changed = is_same and string.sub(row, 3, 10) or string.sub(change, 10, 17)
-    row = string.sub(row, 1, 2) .. changed .. struct.pack('<I8', add(write, change)) .. string.sub(change, 10)
+    local changed = same(sub(row, 31), sub(change, 22)) and sub(row, 3, 10) or sub(change, 10, 17)
+    local seq = write.seq + 1
+    write.seq = seq
+    list[#list + 1] = change
+    row = sub(row, 1, 2) .. changed .. pack('<I8', seq) .. sub(change, 10)
     latest[id] = row
-    fields[#fields + 1] = id
-    fields[#fields + 1] = row
-    if string.byte(row, 2) == 1 then
-      write.time = string.sub(change, 10, 17)
-      evaluate(write, id, value_of(row))
+    fields[count + 1], fields[count + 2] = id, row
+    count = count + 2
+    if byte(row, 2) == 1 then
+      write.time = sub(change, 10, 17)
+      evaluate(write, id, sub(row, 31))
     end
   end
   set_fields(write.keys[VALUES], fields)
@@ -121,7 +124,9 @@ local function insert_channel(keys, id, device, name, kind, description)
   redis.call('HSET', keys[CHANNELS], id,
     struct.pack('<I8I4c0', tonumber(device), #description, description) .. name)
   redis.call('ZADD', keys[MEMBERS], device, id)
-  redis.call('HSET', keys[VALUES], id, string.char(kind, 0) .. NEVER)
+  if redis.call('HSET', keys[VALUES], id, string.char(kind, 0) .. NEVER) == 1 and id == '1000' then
+    spread(keys[VALUES])
+  end
 end
 
 -- Device, name, type, description, packed states. Gives the channel and its type.

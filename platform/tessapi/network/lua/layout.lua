@@ -112,3 +112,10 @@ local function is_done(write)
   return false
 end
 
+-- Keeps a hash from being searched from its beginning, as the server does with short ones: one long content
+-- is enough, and it may go again.
+local function spread(key)
+  redis.call('HSET', key, '', string.rep(' ', 1024))
+  redis.call('HDEL', key, '')
+end
+

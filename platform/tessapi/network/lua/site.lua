@@ -21,6 +21,9 @@ local function hello(keys, args)
   elseif args[1] ~= '' and args[1] ~= id then
     return {'gone'}
   end
+  if redis.call('EXISTS', keys[VALUES]) == 1 then
+    spread(keys[VALUES]) -- a server that was started anew has forgotten it
+  end
   if tonumber(args[2]) > tonumber(seq) then
     redis.call('HSET', keys[SITE], 'seq', whole(tonumber(args[2]) + 1)) -- see begin
   end

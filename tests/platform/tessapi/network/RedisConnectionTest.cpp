@@ -14,6 +14,8 @@
 namespace tessapi::network {
 namespace {
 
+using namespace std::string_literals;
+
 /// Gives its bytes in pieces of one size, and then closes.
 class ScriptedTransport final : public ITransport {
 public:
@@ -58,9 +60,7 @@ TEST_F(RedisConnectionTest, CommandsCarryAnyBytes) {
     command.add(std::uint64_t{18446744073709551615U}).add(std::int64_t{-7}).add("");
     connection.call(command, soon());
     EXPECT_EQ(sent,
-              std::string("*5\r\n$3\r\nSET\r\n$5\r\na\r\n\0b\r\n$20\r\n18446744073709551615\r\n$2\r\n-7\r\n"
-                          "$0\r\n\r\n",
-                          71));
+              "*5\r\n$3\r\nSET\r\n$5\r\na\r\n\0b\r\n$20\r\n18446744073709551615\r\n$2\r\n-7\r\n$0\r\n\r\n"s);
 }
 
 TEST_F(RedisConnectionTest, AnswersAreReadHoweverTheyAreCutIntoPieces) {
