@@ -2,6 +2,7 @@
 
 #include "cli/Failure.h"
 #include "cli/ImageWriter.h"
+#include "cli/ListElements.h"
 #include "cli/ObjectReader.h"
 #include "platform/common/lwjson/JsonError.h"
 #include "platform/tessapi/StoreImageCheck.h"
@@ -254,10 +255,17 @@ tessapi::WriteRecord recordOf(const Node& node) {
     return record;
 }
 
-/// One image, with the places from which its parts came.
+/// Where something stands in the whole text that stands at `inside` in an element of it.
+Position placeIn(const Position& element, const Position& inside) {
+    return {element.line + inside.line - 1,
+            inside.line == 1 ? element.column + inside.column - 1 : inside.column};
+}
+
+/// One image, out of a document without the elements of its lists, and of these.
 class ImageReader {
 public:
-    explicit ImageReader(const Node& node) : root{node}, object{node} {}
+    ImageReader(const Node& document, const ListElements& taken) :
+        root{document}, elements{taken}, object{document} {}
 
     tessapi::StoreImage read() {
         requireFormat();
@@ -293,8 +301,13 @@ private:
 
     template <typename Entry>
     void fill(std::vector<Entry>& entries, const Node& list, Entry (*read)(const Node&)) {
-        for (const Node& element : elementsOf(list)) {
-            entries.push_back(read(element));
+        for (const Node& place : elementsOf(list)) {
+            try {
+                const Deserializer json{elements.at(place.position())};
+                entries.push_back(read(json.root()));
+            } catch (const JsonError& error) {
+                throw JsonError{placeIn(place.position(), error.position()), error.reason()};
+            }
         }
     }
 
@@ -325,6 +338,7 @@ private:
     }
 
     const Node& root;
+    const ListElements& elements;
     ObjectReader object;
 };
 
@@ -332,8 +346,9 @@ private:
 
 tessapi::StoreImage readImage(const std::string& file, std::string_view text) {
     try {
-        const Deserializer json{text};
-        return ImageReader{json.root()}.read();
+        const ListElements elements{text};
+        const Deserializer json{elements.rest()};
+        return ImageReader{json.root(), elements}.read();
     } catch (const JsonError& error) {
         const Position place = error.position();
         throw Failure{ExitCode::Failed, file + ":" + std::to_string(place.line) + ":" +

@@ -172,6 +172,24 @@ TEST(ImageTest, WhatIsNoImageIsRefusedAtItsPlace) {
     EXPECT_NE(complaint("\"lastChannel\"", "lastChannel").find("store.json:5:1: "), std::string::npos);
 }
 
+TEST(ImageTest, ElementsMayTakeSeveralLinesAndHoldBracketsInTheirTexts) {
+    EXPECT_EQ(complaint("{\"float32\": 230.1}", "{\"float32\":\n  \"many\"}"),
+              "store.json:12:3: expected a number, \"nan\", \"inf\" or \"-inf\"");
+    EXPECT_EQ(complaint("\"name\": \"A\"", "\"name\": \"A]},[{\\\"\""), "");
+    EXPECT_EQ(complaint("\"alarmEvents\": []", "\"alarmEvents\": [ 7 ]"),
+              "store.json:13:18: expected an object");
+    EXPECT_EQ(complaint("\"alarmEvents\": []", "\"alarmEvents\": [\n  {}\n]"),
+              "store.json:14:3: \"number\" is missing");
+}
+
+TEST(ImageTest, WhatIsNoListOfElementsIsRefused) {
+    EXPECT_NE(complaint("\"alarmEvents\": []", "\"alarmEvents\": [,]"), "");
+    EXPECT_NE(complaint("\"alarmEvents\": []", "\"alarmEvents\": [}"), "");
+    EXPECT_NE(complaint("\"attributes\": {}}],", "\"attributes\": {}} 5],"), "");
+    EXPECT_NE(complaint("\"attributes\": {}}],", "\"attributes\": {}},],"), "");
+    EXPECT_NE(complaint("\"result\": \"\"}]", "\"result\": \"\"}"), "");
+}
+
 TEST(ImageTest, AnyChangeOfATextIsReadOrRefused) {
     std::mt19937 random{4};
     const std::string whole = written(test::RandomImage{11}.make());

@@ -1,4 +1,5 @@
 #include "platform/common/ProcessMark.h"
+#include "platform/tessapi/StoreImage.h"
 #include "platform/tessapi/TessAccessor.h"
 #include "tests/cli/SampleStore.h"
 
