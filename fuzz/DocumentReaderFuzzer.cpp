@@ -1,5 +1,6 @@
 // The daemon's documents as the command line reads them from the store.
 
+#include "cli/CommunicationNote.h"
 #include "cli/DeviceLog.h"
 #include "cli/JournalEntry.h"
 #include "fuzz/Fuzz.h"
@@ -24,4 +25,5 @@ VELK_FUZZER(document_reader) {
     const auto all = JournalEntry::parseAll(list);
     demand(!one || all.size() == 1, "a note alone is read, but not in a list");
     JournalEntry::parseAll(input);
+    CommunicationNote::parseAll(input);
 }

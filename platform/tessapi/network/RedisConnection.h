@@ -4,6 +4,7 @@
 #include "platform/tessapi/network/ITransport.h"
 #include "platform/tessapi/network/Reply.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 
@@ -15,6 +16,10 @@ namespace tessapi {
 /// of no use any more. Threads: one at a time.
 class RedisConnection {
 public:
+    /// What is longer comes from no server of a store; it must not take the memory of the machine.
+    static constexpr std::size_t LONGEST_ANSWER = std::size_t{256} << 20U;
+    static constexpr std::size_t LONGEST_LIST = std::size_t{1} << 20U;
+
     explicit RedisConnection(std::unique_ptr<ITransport> stream);
 
     /// Throws ServerRefusal for an error of the server.
