@@ -33,6 +33,7 @@ CommandLine::CommandLine() : parser{std::make_unique<program::ProgramParser>(com
     all.option("--store", store);
     addLookingCommands();
     addEvents();
+    addHistory();
     addWatch();
     addLogs();
     addSet();
@@ -76,6 +77,15 @@ void CommandLine::addEvents() {
     all.option("--since", events.since);
     all.option("--path", events.path);
     all.chosen([this] { command = [this](Session& session) { return runEvents(session, events); }; });
+}
+
+void CommandLine::addHistory() {
+    auto past = parser->command("history");
+    past.argument("PATH", history.path);
+    past.option("--since", history.since);
+    past.option("--csv", history.csv);
+    past.option("--points", history.points)->check(CLI::Range(1U, HistoryOptions::MOST_POINTS));
+    past.chosen([this] { command = [this](Session& session) { return runHistory(session, history); }; });
 }
 
 void CommandLine::addWatch() {

@@ -5,6 +5,7 @@
 #include "cli/DoCommand.h"
 #include "cli/EventsCommand.h"
 #include "cli/ExitCode.h"
+#include "cli/HistoryCommand.h"
 #include "cli/LogsCommand.h"
 #include "cli/Session.h"
 #include "cli/Surroundings.h"
@@ -52,6 +53,7 @@ private:
     bool sayNearestCommand(const std::string& word) const;
     void addLookingCommands();
     void addEvents();
+    void addHistory();
     void addWatch();
     void addLogs();
     void addSet();
@@ -66,6 +68,7 @@ private:
     bool showsHistory{false};
     AlarmHistoryOptions alarmHistory;
     EventsOptions events;
+    HistoryOptions history;
     WatchOptions watch;
     LogsOptions logs;
     TreeOptions tree;

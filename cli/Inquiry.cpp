@@ -71,10 +71,15 @@ std::optional<Json> waitForAnswer(AnswerBox& box, velk::common::Clock& clock,
 
 Inquiry::Result Inquiry::ask(Session& session, const Communication& communication, const std::string& path,
                              velk::common::Clock::Duration timeout) {
+    return ask(session, communication, {REQUEST, ANSWER}, Json{{"path", path}}, timeout);
+}
+
+Inquiry::Result Inquiry::ask(Session& session, const Communication& communication, const Subject& subject,
+                             const Json& question, velk::common::Clock::Duration timeout) {
     tessapi::InBandAccessor& inband = session.store.inbandAccessor();
     const std::uint64_t device = session.store.deviceIdOf(JournalEntry::deviceUuid());
-    const std::uint64_t answers = inband.getCatchedChannelId(device, ANSWER);
-    const std::uint64_t questions = inband.getCatchedChannelId(device, REQUEST);
+    const std::uint64_t answers = inband.getCatchedChannelId(device, subject.answer);
+    const std::uint64_t questions = inband.getCatchedChannelId(device, subject.request);
     if (answers == tessapi::ITessAccessor::UNKNOWN_ID || questions == tessapi::ITessAccessor::UNKNOWN_ID) {
         return {std::nullopt, "no daemon has ever answered questions in this store"};
     }
@@ -97,9 +102,11 @@ Inquiry::Result Inquiry::ask(Session& session, const Communication& communicatio
     const velk::common::Clock::Duration patience = isAtRest ? std::min(timeout, AT_REST) : timeout;
     const std::int64_t untilMs =
         session.nowMs() + std::chrono::duration_cast<std::chrono::milliseconds>(patience).count();
-    const Json question{{"id", id}, {"path", path}, {"untilMs", untilMs}};
+    Json asked{{"id", id}};
+    asked.update(question);
+    asked["untilMs"] = untilMs;
     inband.setChannelCValue(questions,
-                            qz::CValue{question.dump(-1, ' ', false, Json::error_handler_t::replace)});
+                            qz::CValue{asked.dump(-1, ' ', false, Json::error_handler_t::replace)});
     std::optional<Json> answer = waitForAnswer(*box, session.clock, patience);
     const std::string silence = answer     ? ""
                                 : isAtRest ? "the daemon is not at work and does not answer"

@@ -11,15 +11,21 @@ namespace velk::cli {
 
 class Communication;
 
-/// A question to the daemon about one data point, by way of the store.
+/// A question to the daemon, by way of the store.
 struct Inquiry {
-    /// The channels of the daemon's own device.
+    /// The channels of the daemon's own device for what is behind a data point.
     static constexpr const char* REQUEST = "Daemon.ExplainRequest";
     static constexpr const char* ANSWER = "Daemon.ExplainAnswer";
 
+    /// The channels for another subject.
+    struct Subject {
+        const char* request;
+        const char* answer;
+    };
+
     /// What came of it: an answer, or why there is none.
     struct Result {
-        std::optional<nlohmann::ordered_json> answer; ///< as ExplainDesk of the daemon gives it
+        std::optional<nlohmann::ordered_json> answer; ///< as the daemon gives it
         std::string silence;                          ///< empty with an answer
     };
 
@@ -27,7 +33,12 @@ struct Inquiry {
     static constexpr velk::common::Clock::Duration AT_REST = std::chrono::milliseconds{500};
 
     /// Asks and waits for the answer as long as `timeout`, or `AT_REST`; does not ask a daemon that is known
-    /// to be gone. Other programs may ask at the same time.
+    /// to be gone. Other programs may ask at the same time. `question` is an object without "id" and
+    /// "untilMs".
+    static Result ask(Session& session, const Communication& communication, const Subject& subject,
+                      const nlohmann::ordered_json& question, velk::common::Clock::Duration timeout);
+
+    /// What is behind the data point of this path.
     static Result ask(Session& session, const Communication& communication, const std::string& path,
                       velk::common::Clock::Duration timeout);
 };

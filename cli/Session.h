@@ -4,6 +4,7 @@
 #include "platform/common/Clock.h"
 #include "platform/tessapi/ITessAccessor.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <istream>
@@ -23,6 +24,8 @@ struct Session {
     bool interactive{false};             ///< a person can be asked through `in`
     Style style{false};                  ///< of `out`
     std::function<std::int64_t()> nowMs; ///< milliseconds since 1970 UTC
+    std::size_t width{80};               ///< of a line of `out`, in characters
+    bool unicode{false};                 ///< `out` shows more than ASCII
 };
 
 } // namespace velk::cli

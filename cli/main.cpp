@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/Failure.h"
+#include "cli/Terminal.h"
 #include "cli/OpenStore.h"
 #include "cli/SafeOutput.h"
 #include "platform/tessapi/StoreAdvice.h"
@@ -45,7 +46,9 @@ ExitCode runCommand(const CommandLine& line) {
                     line.json,
                     isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1,
                     Style::forFile(STDOUT_FILENO),
-                    nowMs};
+                    nowMs,
+                    velk::cli::terminalWidth(STDOUT_FILENO),
+                    velk::cli::speaksUtf8()};
     return line.run(session);
 }
 

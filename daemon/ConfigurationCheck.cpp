@@ -4,6 +4,7 @@
 #include "daemon/ConfigurationFile.h"
 #include "daemon/HostSettings.h"
 #include "daemon/PluginCheck.h"
+#include "daemon/history/HistorySettings.h"
 #include "platform/common/Arguments.h"
 
 #include <array>
@@ -87,7 +88,7 @@ void checkOther(const ConfigurationFile& file, const Node& node, Findings& findi
             file.at(node, Finding::Severity::Warning,
                     "\"" + node.name() +
                         "\" is ignored; expected maxThreads, maxCpuLoadPercent, maxRestTimeMs, "
-                        "protocolLibraries, host or the section of a plug-in"));
+                        "protocolLibraries, host, history or the section of a plug-in"));
     }
 }
 
@@ -107,6 +108,9 @@ Findings checkMembers(const ConfigurationFile& file) {
         } else if (member.name() == HostSettings::MEMBER) {
             const Findings ofHost = HostSettings::check(file);
             findings.insert(findings.end(), ofHost.begin(), ofHost.end());
+        } else if (member.name() == HistorySettings::MEMBER) {
+            const Findings ofHistory = HistorySettings::check(file);
+            findings.insert(findings.end(), ofHistory.begin(), ofHistory.end());
         } else {
             checkOther(file, member, findings);
         }

@@ -1,8 +1,6 @@
 #include "daemon/ExplainDesk.h"
 
-#include "daemon/WriteJournal.h"
-#include "platform/qz/CValue.h"
-#include "platform/tessapi/InBandAccessor.h"
+#include "daemon/QuestionDesk.h"
 
 #include <chrono>
 #include <exception>
@@ -59,13 +57,6 @@ std::chrono::milliseconds sinceEpoch() {
         std::chrono::system_clock::now().time_since_epoch());
 }
 
-/// Whether somebody may still wait for the answer.
-bool isAwaited(const ExplainJson& question) {
-    const auto until = question.find("untilMs");
-    return until == question.end() || !until->is_number_integer() ||
-           until->get<std::int64_t>() >= sinceEpoch().count();
-}
-
 } // namespace
 
 ExplainDesk::ExplainDesk(Opener storeOpener, std::ostream& errorStream) :
@@ -92,19 +83,8 @@ void ExplainDesk::listen() {
         return;
     }
     std::unique_ptr<tessapi::ITessAccessor> opened = opener();
-    tessapi::ITessAccessor& client = *opened;
-    tessapi::InBandAccessor& inband = client.inbandAccessor();
-    const std::uint64_t device = WriteJournal::emplaceDaemonDevice(client);
-    const std::uint64_t answers = inband.emplaceChannel(device, ANSWER, false);
-    const std::uint64_t questions = inband.emplaceChannel(device, REQUEST, false);
-    inband.subscribeMultipleChannels(
-        {questions},
-        [this, &client, answers](std::uint64_t, const qz::CValue& value) {
-            if (const std::string* text = std::get_if<std::string>(&value.variant())) {
-                onQuestion(client, answers, *text);
-            }
-        },
-        qz::sub::everyWrite, nullptr);
+    listenForQuestions(*opened, {REQUEST, ANSWER},
+                       [this](const ExplainJson& question) { return answerTo(question); });
     store = std::move(opened);
 }
 
@@ -113,21 +93,12 @@ void ExplainDesk::setDescribe(Describe present) {
     describe = std::move(present);
 }
 
-void ExplainDesk::onQuestion(tessapi::ITessAccessor& client, std::uint64_t answers, const std::string& text) {
-    if (text.size() > LONGEST_QUESTION) {
-        return;
+std::optional<ExplainJson> ExplainDesk::answerTo(const ExplainJson& question) {
+    const auto asked = question.find("path");
+    if (asked == question.end() || !asked->is_string()) {
+        return std::nullopt;
     }
-    const ExplainJson question = ExplainJson::parse(text, nullptr, false);
-    const auto isText = [&question](const char* name) {
-        return question.is_object() && question.contains(name) && question[name].is_string();
-    };
-    if (isText("id") && isText("path") && isAwaited(question)) {
-        const std::string answer = answerTo(question["id"], question["path"]);
-        client.inbandAccessor().setChannelCValue(answers, qz::CValue{answer});
-    }
-}
-
-std::string ExplainDesk::answerTo(const std::string& id, const std::string& path) {
+    const std::string path = asked->get<std::string>();
     const std::chrono::milliseconds now = sinceEpoch();
     PointDescription description;
     {
@@ -137,7 +108,6 @@ std::string ExplainDesk::answerTo(const std::string& id, const std::string& path
         }
     }
     ExplainJson json;
-    json["id"] = id;
     json["path"] = path;
     json["modelBuilt"] = description.modelBuilt;
     json["modelError"] = textOrNull(description.modelFailure);
@@ -145,7 +115,7 @@ std::string ExplainDesk::answerTo(const std::string& id, const std::string& path
     for (const PointPublisher& publisher : description.publishers) {
         json["publishers"].push_back(jsonOf(publisher, now));
     }
-    return json.dump(-1, ' ', false, ExplainJson::error_handler_t::replace);
+    return json;
 }
 
 } // namespace velk::daemon

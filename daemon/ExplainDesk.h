@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
 #include <ostream>
 #include <string>
 
@@ -17,11 +19,8 @@ namespace velk::daemon {
 /// Answers programs that ask what is behind a data point, by way of the store.
 ///
 /// A question is {"id":"…","path":"Inputs.1.Measure.Voltage","untilMs":1795281493123}, written into the
-/// channel "Daemon.ExplainRequest" of the daemon's own device; the answer to it, with the same id, is written
-/// into "Daemon.ExplainAnswer". Every write is a question of its own, so any number of programs may ask at
-/// once; each looks for its id among the answers. Nothing is done while nobody asks, nor after "untilMs",
-/// when the asker has stopped waiting: a heap of questions is not worked off at the cost of the device. It
-/// may be left out.
+/// channel "Daemon.ExplainRequest" of the daemon's own device; the answer to it is written into
+/// "Daemon.ExplainAnswer"; see `listenForQuestions`. Nothing is done while nobody asks.
 ///
 /// Threads: any; questions come on the store's client thread, which inherits the signals that the thread
 /// that calls `open` blocks.
@@ -32,9 +31,6 @@ public:
 
     static constexpr const char* REQUEST = "Daemon.ExplainRequest";
     static constexpr const char* ANSWER = "Daemon.ExplainAnswer";
-
-    /// A longer question is none.
-    static constexpr std::size_t LONGEST_QUESTION = 4096;
 
     /// `opener` makes the client of the store and may throw. `errors` must outlive this object.
     ExplainDesk(Opener opener, std::ostream& errors);
@@ -54,9 +50,8 @@ public:
 
 private:
     void listen() VELK_REQUIRES(mutex);
-    void onQuestion(tessapi::ITessAccessor& client, std::uint64_t answers, const std::string& text)
+    std::optional<nlohmann::ordered_json> answerTo(const nlohmann::ordered_json& question)
         VELK_EXCLUDES(describing);
-    std::string answerTo(const std::string& id, const std::string& path) VELK_EXCLUDES(describing);
 
     const Opener opener;
     std::ostream& errors;

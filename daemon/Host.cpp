@@ -1,5 +1,6 @@
 #include "daemon/Host.h"
 
+#include "daemon/CommunicationJournal.h"
 #include "daemon/ConfigurationFile.h"
 #include "daemon/ExplainDesk.h"
 #include "daemon/HostFactsWriter.h"
@@ -8,15 +9,19 @@
 #include "daemon/LogJournal.h"
 #include "daemon/ServiceNotifier.h"
 #include "daemon/SignalWatch.h"
+#include "daemon/StoreFeed.h"
 #include "daemon/Supervisor.h"
 #include "daemon/SystemHostSource.h"
 #include "daemon/WriteJournal.h"
+#include "daemon/history/HistoryDesk.h"
 #include "platform/tessapi/TessAccessor.h"
 
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace velk::daemon {
 
@@ -34,6 +39,17 @@ HostSettings hostSettings(const std::string& path) {
     Findings told; // by whoever started the daemon with this file
     const auto file = ConfigurationFile::read(path, told);
     return file ? HostSettings::of(*file) : HostSettings{};
+}
+
+HistorySettings historySettings(const std::string& path) {
+    Findings told; // by whoever started the daemon with this file
+    const auto file = ConfigurationFile::read(path, told);
+    return file ? HistorySettings::of(*file) : HistorySettings{};
+}
+
+std::int64_t wallMs() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
 /// Until the supervisor has come to its end.
@@ -69,6 +85,11 @@ ExitCode host(const std::string& path) {
     LifeSign sign{openStore, std::cerr};
     ExplainDesk desk{openStore, std::cerr};
     desk.open();
+    HistoryDesk history{historySettings(path), std::cerr, velk::common::Clock::system(), wallMs};
+    CommunicationJournal links{std::cerr};
+    auto feed =
+        std::make_unique<StoreFeed>(openStore, std::vector<IStoreReader*>{&history, &links}, std::cerr);
+    feed->open();
     // Before the first run, which subscribes only to what is there.
     SystemHostSource hostSource{hostSettings(path)};
     const HostFactsWriter hostFacts{openStore, hostSource, std::cerr};
@@ -85,6 +106,8 @@ ExitCode host(const std::string& path) {
     notifier.ready();
     takeSignals(signals, supervisor, notifier);
     runner.join();
+    feed.reset();
+    history.finish();
     say("ended");
     return ExitCode::Done;
 }

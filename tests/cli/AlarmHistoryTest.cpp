@@ -14,10 +14,10 @@ using tessapi::AlarmEvent;
 using tessapi::LevelAlarm;
 using test::SnapshotBuilder;
 
-constexpr std::int64_t NOW_MS = SnapshotBuilder::NOW_MS; // 2023-11-14 22:13:20
-
 class AlarmHistoryTest : public ::testing::Test {
 protected:
+    static constexpr std::int64_t NOW_MS = SnapshotBuilder::NOW_MS; // 2023-11-14 22:13:20
+
     AlarmHistoryTest() {
         builder.device(30, 20, "Inputs.1");
         voltage = builder.channel(30, "Measure.Voltage", qz::CValue{184.0F}, "V").id;

@@ -10,10 +10,10 @@
 namespace velk::cli {
 namespace {
 
-constexpr std::int64_t NOW_MS = 1'700'000'000'000; // 2023-11-14T22:13:20Z
-
 class SinceTextTest : public ::testing::Test {
 protected:
+    static constexpr std::int64_t NOW_MS = 1'700'000'000'000; // 2023-11-14T22:13:20Z
+
     SinceTextTest() { zone("UTC"); }
     ~SinceTextTest() override { zone("UTC"); }
 

@@ -12,10 +12,10 @@ namespace {
 
 using test::SnapshotBuilder;
 
-constexpr std::int64_t NOW_MS = SnapshotBuilder::NOW_MS; // 2023-11-14 22:13:20
-
 class TimelineTest : public ::testing::Test {
 protected:
+    static constexpr std::int64_t NOW_MS = SnapshotBuilder::NOW_MS; // 2023-11-14 22:13:20
+
     TimelineTest() {
         builder.device(30, 20, "Outlets.1");
         builder.channel(30, "Setting.AutomaticSwitchOffDelay", qz::CValue{7}, "s");

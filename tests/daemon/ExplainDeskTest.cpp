@@ -4,6 +4,7 @@
 #include "cli/Inquiry.h"
 #include "cli/JournalEntry.h"
 #include "cli/StoreView.h"
+#include "daemon/QuestionDesk.h"
 #include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/TessAccessor.h"
 #include "testing/FakeClock.h"
@@ -173,7 +174,7 @@ TEST_F(ExplainDeskTest, WhatIsNoQuestionIsPassedOver) {
                              R"({"id":1,"path":"x"})", R"({"id":"1","path":null})"}) {
         write(text);
     }
-    write(Json{{"id", "1"}, {"path", std::string(ExplainDesk::LONGEST_QUESTION, 'x')}}.dump());
+    write(Json{{"id", "1"}, {"path", std::string(LONGEST_QUESTION, 'x')}}.dump());
     write(R"({"id":"1","path":"x","untilMs":1000000000000})"); // nobody waits any more
     EXPECT_EQ(answerTo("Status.Mode")["path"], "Status.Mode");
     desk.setDescribe({});
