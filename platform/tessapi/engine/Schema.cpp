@@ -5,6 +5,8 @@
 #include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/engine/Transaction.h"
 
+#include <cstdlib>
+#include <sqlite3.h>
 #include <string>
 
 namespace tessapi {
@@ -116,6 +118,13 @@ qz::CValue::Bytes rootUuid() {
     return {ROOT_UUID.data().begin(), ROOT_UUID.data().end()};
 }
 
+/// The code that a check tells of a page that it could not get; 0 for none.
+int errorCodeIn(const std::string& verdict) {
+    const std::string mark{"error code="};
+    const auto found = verdict.find(mark);
+    return found == std::string::npos ? 0 : std::atoi(verdict.c_str() + found + mark.size());
+}
+
 } // namespace
 
 bool Schema::isEmpty(Database& database) {
@@ -160,9 +169,15 @@ std::int64_t Schema::applicationId(Database& database) {
 }
 
 void Schema::checkSound(Database& database) {
-    if (const auto verdict = single(database, "PRAGMA quick_check(1)"); verdict != "ok") {
-        throwStoreFault(database.storeName(), StoreFault::corrupt, verdict);
+    const auto verdict = single(database, "PRAGMA quick_check(1)");
+    if (verdict == "ok") {
+        return;
     }
+    // A disk that cannot be read at this moment says nothing about what is on it.
+    if (const int code = errorCodeIn(verdict); (code & 0xff) == SQLITE_IOERR || code == SQLITE_NOMEM) {
+        throwSqliteFailure(database.storeName(), code, "cannot check the store");
+    }
+    throwStoreFault(database.storeName(), StoreFault::corrupt, verdict);
 }
 
 } // namespace tessapi

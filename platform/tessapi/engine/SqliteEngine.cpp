@@ -1,6 +1,7 @@
 #include "platform/tessapi/engine/SqliteEngine.h"
 
 #include "platform/tessapi/engine/CopyKeeping.h"
+#include "platform/tessapi/engine/CorruptFile.h"
 #include "platform/tessapi/engine/DatabaseHealth.h"
 #include "platform/tessapi/engine/KeptStore.h"
 #include "platform/tessapi/engine/LogKeeping.h"
@@ -25,7 +26,18 @@ constexpr std::int64_t NEWS_AT_A_TIME = 256;
 } // namespace
 
 std::shared_ptr<Engine> SqliteEngine::open(const StoreUrl& url, bool create, const Options& options) {
-    return url.inMemory() ? openMemory(url, create, options) : openFile(url, create, options);
+    if (url.inMemory()) {
+        return openMemory(url, create, options);
+    }
+    try {
+        return openFile(url, create, options);
+    } catch (const boost::system::system_error& failure) {
+        if (!create || !url.setsCorruptAside() || !CorruptFile::isBehind(failure.code()) ||
+            !CorruptFile::setAside(StoreFile::locate(url.place(), url.text(), false), url.text())) {
+            throw;
+        }
+    }
+    return openFile(url, create, options);
 }
 
 SqliteEngine::SqliteEngine(const StoreUrl& url, std::unique_ptr<SharedPage> words, const Options& options) :

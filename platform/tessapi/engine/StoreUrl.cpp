@@ -12,6 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* SET_ASIDE = "when-corrupt=set-aside";
+
 std::string environment(const char* name) {
     const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): read only
     return value == nullptr ? "" : value;
@@ -87,8 +89,12 @@ void StoreUrl::readOption(const std::string& option) {
         working = value;
         return;
     }
+    if (option == SET_ASIDE) {
+        corruptAside = true;
+        return;
+    }
     if (name != "keep") {
-        refuse("\"" + option + "\" is none of working=FOLDER and keep=SECONDS");
+        refuse("\"" + option + "\" is none of working=FOLDER, keep=SECONDS and " + SET_ASIDE);
     }
     std::int64_t seconds = 0;
     const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), seconds);
@@ -108,8 +114,17 @@ std::string StoreUrl::ofEnvironment() {
     if (const auto url = environment("TESS_URL"); !url.empty()) {
         return url;
     }
-    const auto working = workingFolderOfEnvironment();
-    return "sqlite:" + fileOfEnvironment() + (working.empty() ? "" : "?working=" + working);
+    std::string options;
+    if (const auto working = workingFolderOfEnvironment(); !working.empty()) {
+        options += "&working=" + working;
+    }
+    if (environment("TESS_WHEN_CORRUPT") == "set-aside") {
+        options += std::string{"&"} + SET_ASIDE;
+    }
+    if (!options.empty()) {
+        options.front() = '?';
+    }
+    return "sqlite:" + fileOfEnvironment() + options;
 }
 
 } // namespace tessapi

@@ -13,7 +13,8 @@ namespace tessapi {
 ///
 /// `sqlite:PATH?working=DIR` is a store that programs work on in the folder DIR, which lies in memory, and
 /// that is copied to the database PATH on disk; `keep=SECONDS` (`?working=DIR&keep=300`) says how often
-/// measured values are. A path with '?' in it cannot be named.
+/// measured values are. `when-corrupt=set-aside` has a corrupt file set aside and a new store begun, which is
+/// refused otherwise. A path with '?' in it cannot be named.
 class StoreUrl {
 public:
     static constexpr std::chrono::seconds SHORTEST_INTERVAL{1};
@@ -25,7 +26,7 @@ public:
     /// `TESS_URL`; without it the store of the machine: `$STATE_DIRECTORY/tess.db`, else
     /// `$XDG_STATE_HOME/velk/tess.db`, else `$HOME/.local/state/velk/tess.db`, worked on in
     /// `$RUNTIME_DIRECTORY`, else in /run/velk if this program may write there, else in
-    /// `$XDG_RUNTIME_DIR/velk`, else on disk. An empty variable counts as not set. Throws
+    /// `$XDG_RUNTIME_DIR/velk`, else on disk; `TESS_WHEN_CORRUPT=set-aside` adds that option. An empty variable counts as not set. Throws
     /// std::invalid_argument when the environment names no place on disk.
     static std::string ofEnvironment();
 
@@ -38,6 +39,8 @@ public:
     const std::string& workingFolder() const { return working; }
     /// How often measured values shall be copied, if that is said.
     std::optional<std::chrono::seconds> valuesEvery() const { return interval; }
+    /// Whether a corrupt file may be set aside for a new store.
+    bool setsCorruptAside() const { return corruptAside; }
     std::string text() const { return server ? server->text() : whole; }
 
 private:
@@ -50,6 +53,7 @@ private:
     std::string location;
     std::string working;
     std::optional<std::chrono::seconds> interval;
+    bool corruptAside{false};
 };
 
 } // namespace tessapi

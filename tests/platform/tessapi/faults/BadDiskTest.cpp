@@ -37,7 +37,7 @@ protected:
     void TearDown() override { FaultDisk::instance().heal(); }
 
     static std::string urlOf(const std::filesystem::path& folder) {
-        return "sqlite:" + (folder / "tess.db").string();
+        return "sqlite:" + (folder / "tess.db").string() + "?when-corrupt=set-aside";
     }
 
     static std::shared_ptr<Engine> open(const std::filesystem::path& folder) {
@@ -101,6 +101,9 @@ protected:
         const auto said = ::testing::internal::GetCapturedStderr();
         EXPECT_LE(std::count(said.begin(), said.end(), '\n'), 1) << said;
         EXPECT_EQ(found, shadow.description()) << "call " << nth << " of the disk failed";
+        for (const auto& entry : std::filesystem::directory_iterator{folder.path()}) {
+            EXPECT_EQ(entry.path().string().find("corrupt"), std::string::npos) << entry.path();
+        }
         const auto problems = problemTextOf((folder / "tess.db").string());
         EXPECT_EQ(problems, "") << "call " << nth << " of the disk failed";
         return !HasFailure();

@@ -1,0 +1,89 @@
+#include "platform/tessapi/engine/CorruptFile.h"
+
+#include "platform/tessapi/engine/Database.h"
+#include "platform/tessapi/engine/FileLock.h"
+#include "platform/tessapi/engine/Schema.h"
+#include "platform/tessapi/engine/StoreError.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <iostream>
+#include <sqlite3.h>
+#include <system_error>
+
+namespace tessapi {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// "2026-11-21T19-55-00Z": no colons, which some file systems do not bear.
+std::string presentTime() {
+    const auto now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    std::tm parts{};
+    gmtime_r(&now, &parts);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H-%M-%SZ", &parts);
+    return text.data();
+}
+
+/// A name that nothing has, with any of the endings of a database's files.
+std::string freeName(const std::string& path) {
+    const auto wanted = path + ".corrupt-" + presentTime();
+    const auto isTaken = [](const std::string& name) {
+        return fs::exists(name) || fs::exists(name + "-wal") || fs::exists(name + "-shm");
+    };
+    auto name = wanted;
+    for (int number = 2; isTaken(name); ++number) {
+        name = wanted + "-" + std::to_string(number);
+    }
+    return name;
+}
+
+bool isCorrupt(const std::string& path, const std::string& store) {
+    try {
+        Database database{path, store};
+        Schema::checkSound(database);
+        return false;
+    } catch (const boost::system::system_error& failure) {
+        return CorruptFile::isBehind(failure.code());
+    }
+}
+
+} // namespace
+
+bool CorruptFile::isBehind(const boost::system::error_code& failure) {
+    if (failure.category() == sqliteCategory()) {
+        const int kind = failure.value() & 0xff;
+        return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB;
+    }
+    return failure == boost::system::error_code{static_cast<int>(StoreFault::corrupt), storeCategory()};
+}
+
+bool CorruptFile::setAside(const std::string& path, const std::string& store) {
+    FileLock use{path + "-use", store};
+    if (!use.tryAlone()) {
+        return false;
+    }
+    if (!isCorrupt(path, store)) {
+        return true;
+    }
+    const auto name = freeName(path);
+    // The file first: a log that is left behind without it is dropped with the next store's first page.
+    for (const std::string ending : {"", "-wal", "-shm"}) {
+        std::error_code error;
+        fs::rename(path + ending, name + ending, error);
+        if (error && error != std::errc::no_such_file_or_directory) {
+            throwSystemFailure(store, error.value(), "cannot set aside " + path + ending);
+        }
+    }
+    std::cerr << "WARNING - store " + store + ": the file was corrupt and is now " + name +
+                     "; a new store is begun\n"
+              << std::flush;
+    return true;
+}
+
+} // namespace tessapi
