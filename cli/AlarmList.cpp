@@ -1,6 +1,5 @@
 #include "cli/AlarmList.h"
 
-#include "cli/Style.h"
 #include "cli/TimeText.h"
 #include "cli/ValueText.h"
 
@@ -33,6 +32,19 @@ std::vector<RaisedAlarm> raisedAlarms(const StoreView& view) {
         return a.alarm.level != b.alarm.level ? a.alarm.level > b.alarm.level : rank(a.alarm) < rank(b.alarm);
     });
     return raised;
+}
+
+std::string alarmCounts(const std::vector<RaisedAlarm>& raised, const Style& style) {
+    std::string text;
+    for (auto first = raised.begin(); first != raised.end();) {
+        const tessapi::LevelAlarm level = first->alarm.level;
+        const auto next = std::find_if(
+            first, raised.end(), [level](const RaisedAlarm& other) { return other.alarm.level != level; });
+        text += (text.empty() ? "" : ", ") +
+                style.level(level, std::to_string(next - first) + " " + levelText(level));
+        first = next;
+    }
+    return text;
 }
 
 Json jsonOf(const RaisedAlarm& raised) {

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 
 #include "cli/AlarmsCommand.h"
+#include "cli/AllSitesCommand.h"
 #include "cli/ChannelsCommand.h"
 #include "cli/CommandTable.h"
 #include "cli/CompletionCommand.h"
@@ -31,6 +32,7 @@ CommandLine::CommandLine() : parser{std::make_unique<program::ProgramParser>(com
     auto all = parser->program();
     all.option("--json", json);
     all.option("--store", store);
+    all.option("--all-sites", allSites);
     addLookingCommands();
     addEvents();
     addHistory();
@@ -45,7 +47,10 @@ CommandLine::CommandLine() : parser{std::make_unique<program::ProgramParser>(com
 CommandLine::~CommandLine() = default;
 
 void CommandLine::addLookingCommands() {
-    parser->command("status").chosen([this] { command = runStatus; });
+    parser->command("status").chosen([this] {
+        command = runStatus;
+        allSitesCommand = runAllSitesStatus;
+    });
     auto branches = parser->command("tree");
     branches.argument("PATH", tree.path);
     branches.option("--depth", tree.depth);
@@ -182,6 +187,14 @@ std::optional<ExitCode> CommandLine::parse(int argc, const char* const* argv) {
             return ExitCode::Usage;
         }
         return parser->exit(error) == 0 ? ExitCode::Done : ExitCode::Usage;
+    }
+    if (allSites && !allSitesCommand) {
+        std::cerr << "tess: --all-sites goes with status alone\n";
+        return ExitCode::Usage;
+    }
+    if (allSites) {
+        command = nullptr;
+        aloneCommand = allSitesCommand;
     }
     request.timeout = std::chrono::duration_cast<velk::common::Clock::Duration>(
         std::chrono::duration<double>{timeoutSeconds});

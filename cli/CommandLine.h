@@ -65,6 +65,8 @@ private:
     std::function<ExitCode(Session&)> command;
     std::function<ExitCode(Surroundings&)> aloneCommand;
     std::vector<std::string> paths;
+    std::function<ExitCode(Surroundings&)> allSitesCommand; ///< of a command that can look at all sites
+    bool allSites{false};
     bool showsHistory{false};
     AlarmHistoryOptions alarmHistory;
     EventsOptions events;

@@ -115,6 +115,7 @@ program::ProgramTable makeTable() {
         {"--json", "",
          "Answer for programs: one JSON document, or one object a line for watch and logs --follow"},
         {"--store", "URL", "URL of the store, such as sqlite:/var/lib/velk/tess.db"},
+        {"--all-sites", "", "With status: a line for each store of the servers that the URL names"},
         {"--help,-h", "", "Print this help message and exit"},
         {"--version", "", "Print the version and exit"},
     };

@@ -180,16 +180,7 @@ std::string alarmSummary(const Session& session, const std::vector<RaisedAlarm>&
     if (alarms.empty()) {
         return fresh ? session.style.good("none") : session.style.faint("none") + mark(fresh);
     }
-    std::string text;
-    for (auto first = alarms.begin(); first != alarms.end();) {
-        const tessapi::LevelAlarm level = first->alarm.level;
-        const auto next = std::find_if(
-            first, alarms.end(), [level](const RaisedAlarm& raised) { return raised.alarm.level != level; });
-        text += (text.empty() ? "" : ", ") +
-                session.style.level(level, std::to_string(next - first) + " " + levelText(level));
-        first = next;
-    }
-    return text;
+    return alarmCounts(alarms, session.style);
 }
 
 void printAlarms(const Session& session, const StoreView& view, const Communication& communication) {
