@@ -54,6 +54,7 @@ private:
     void addLookingCommands();
     void addEvents();
     void addHistory();
+    void addEvents();
     void addWatch();
     void addLogs();
     void addSet();
@@ -64,13 +65,16 @@ private:
     std::unique_ptr<program::ProgramParser> parser;
     std::function<ExitCode(Session&)> command;
     std::function<ExitCode(Surroundings&)> aloneCommand;
-    std::vector<std::string> paths;
     std::function<ExitCode(Surroundings&)> allSitesCommand; ///< of a command that can look at all sites
     bool allSites{false};
+    std::vector<std::string> paths;
     bool showsHistory{false};
     AlarmHistoryOptions alarmHistory;
     EventsOptions events;
     HistoryOptions history;
+    bool showsHistory{false};
+    AlarmHistoryOptions alarmHistory;
+    EventsOptions events;
     WatchOptions watch;
     LogsOptions logs;
     TreeOptions tree;
