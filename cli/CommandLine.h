@@ -54,7 +54,6 @@ private:
     void addLookingCommands();
     void addEvents();
     void addHistory();
-    void addEvents();
     void addWatch();
     void addLogs();
     void addSet();
@@ -72,9 +71,6 @@ private:
     AlarmHistoryOptions alarmHistory;
     EventsOptions events;
     HistoryOptions history;
-    bool showsHistory{false};
-    AlarmHistoryOptions alarmHistory;
-    EventsOptions events;
     WatchOptions watch;
     LogsOptions logs;
     TreeOptions tree;
