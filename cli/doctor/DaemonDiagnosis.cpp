@@ -107,7 +107,8 @@ Diagnosis diagnoseCommunication(const StoreView& view, const DaemonState& daemon
     const std::string detail =
         connection.state + (connection.sinceMs == 0 ? "" : " since " + timeAndAge(connection.sinceMs, nowMs));
     if (daemon.kind != DaemonState::Kind::Running) {
-        return Diagnosis::note("communication", detail + "; nobody looks now");
+        const bool isSaid = detail.starts_with("not watched");
+        return Diagnosis::note("communication", detail + (isSaid ? "" : "; nobody looks now"));
     }
     return connection.good ? Diagnosis::ok("communication", detail)
                            : Diagnosis::problem("communication", detail,
