@@ -81,7 +81,7 @@ bool CopyKeeping::isGone() {
 }
 
 bool CopyKeeping::isAlone() {
-    return use.tryAlone() && use.tryShared();
+    return use.tryAlone();
 }
 
 CopyKeeping::Pending CopyKeeping::pending() {

@@ -41,7 +41,7 @@ private:
     };
 
     bool isGone();
-    /// Whether no other program has the store open.
+    /// Whether no other program has the store open; whether it is shared after that is not said.
     bool isAlone();
     Pending pending();
     Duration untilValuesAreDue(Duration copied) const;

@@ -140,7 +140,7 @@ void CopyRun::copy(InterprocessLock& writers, bool values, velk::common::Clock::
 }
 
 void CopyRun::copyLog() {
-    database.execute("PRAGMA main.wal_checkpoint(TRUNCATE)");
+    kept.copyLog();
 }
 
 void CopyRun::checkBelongTogether(InterprocessLock& writers) {

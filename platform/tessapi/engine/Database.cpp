@@ -42,6 +42,20 @@ void makeForGroup(const std::string& path) {
     }
 }
 
+std::string uriOf(const std::string& path) {
+    std::string uri{"file:"};
+    for (const char letter : path) {
+        if (letter == '?' || letter == '#' || letter == '%') {
+            uri += '%';
+            uri += "0123456789ABCDEF"[letter / 16];
+            uri += "0123456789ABCDEF"[letter % 16];
+        } else {
+            uri += letter;
+        }
+    }
+    return uri;
+}
+
 int noteFrames(void* frames, sqlite3*, const char*, int count) {
     *static_cast<int*>(frames) = count;
     return SQLITE_OK;
@@ -59,8 +73,12 @@ void Database::Finalizer::operator()(sqlite3_stmt* statement) const {
 
 Database::Database(const std::string& path, std::string storeName, Sharing sharing) :
     store{std::move(storeName)} {
-    makeForGroup(path);
-    connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    if (sharing == Sharing::ignored) {
+        connect(uriOf(path) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    } else {
+        makeForGroup(path);
+        connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    }
     configure(sharing);
     seat = FileSeat{path == ":memory:" ? std::string{} : path};
 }

@@ -18,8 +18,12 @@ public:
     /// How long a statement waits for a lock that a program holds which does not go through this library.
     static constexpr int BUSY_TIMEOUT_MS = 3000;
 
-    /// Who else may have the file open at the same time. Without others a log needs no index in a file.
-    enum class Sharing { withOthers, alone };
+    /// What is known of others that have the file open at the same time.
+    enum class Sharing {
+        withOthers,
+        alone,  ///< they wait until this connection is gone; its log needs no index in a file
+        ignored ///< reads the file without its log, however it is just now, and waits for nobody
+    };
 
     /// `path` is a file, made when it is missing, or ":memory:". `store` names the store in messages.
     Database(const std::string& path, std::string store, Sharing sharing = Sharing::withOthers);

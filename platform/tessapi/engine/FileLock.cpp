@@ -51,6 +51,12 @@ void FileLock::release() {
     ::flock(descriptor, LOCK_UN);
 }
 
+bool FileLock::isAlone(std::chrono::milliseconds longest) {
+    const bool alone = tryAlone();
+    awaitShared(longest);
+    return alone;
+}
+
 bool FileLock::attempt(int operation) {
     while (::flock(descriptor, operation | LOCK_NB) != 0) {
         if (errno == EWOULDBLOCK) {

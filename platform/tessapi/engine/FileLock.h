@@ -24,6 +24,8 @@ public:
     void awaitShared(std::chrono::milliseconds longest);
     void awaitAlone(std::chrono::milliseconds longest);
     void release();
+    /// Whether nobody else holds it; it is shared before and after, and maybe not in between.
+    bool isAlone(std::chrono::milliseconds longest);
 
 private:
     bool attempt(int operation);

@@ -84,6 +84,14 @@ void leaveLog(Database& database) {
     }
 }
 
+/// Where a disk is away, no file must be made in the place where it is mounted.
+const std::string& existing(const std::string& path, const std::string& store) {
+    if (StoreFile::applicationId(path, store) != Schema::KEPT_ID) {
+        throwStoreFault(store, StoreFault::disappeared, path);
+    }
+    return path;
+}
+
 /// Within a transaction.
 void becomeCopy(Database& database, const std::string& folder) {
     database.execute(KeptSchema::COPY_TABLES);
@@ -94,17 +102,17 @@ void becomeCopy(Database& database, const std::string& folder) {
 
 } // namespace
 
-std::optional<KeptStore::Record> KeptStore::settle(const std::string& path, const StoreUrl& url, bool create,
-                                                   FileLock& use, std::chrono::milliseconds longestWait) {
+KeptStore::Settled KeptStore::settle(const std::string& path, const StoreUrl& url, bool create, FileLock& use,
+                                     std::chrono::milliseconds longestWait) {
     const auto folder = folderOf(url);
     while (true) {
-        use.awaitShared(longestWait);
-        auto found = read(path, url.text());
+        const bool alone = use.isAlone(longestWait);
+        auto found = read(path, url.text(), alone);
         if (!create || folder.empty() || (found && found->working == folder)) {
             if (found && url.valuesEvery()) {
                 setInterval(path, url.text(), *found, *url.valuesEvery());
             }
-            return found;
+            return {found, alone};
         }
         if (!use.tryAlone()) {
             throwStoreFault(url.text(), StoreFault::inUse,
@@ -127,14 +135,25 @@ void KeptStore::put(const std::string& path, const std::string& store, const std
     }
 }
 
-KeptStore::KeptStore(const std::string& path, const std::string& store) :
-    database{path, store, Database::Sharing::alone} {
+KeptStore::KeptStore(const std::string& path, const std::string& store, Database::Sharing sharing) :
+    database{existing(path, store), store, sharing} {
     database.execute("PRAGMA main.synchronous=FULL");
 }
 
-std::optional<KeptStore::Record> KeptStore::read(const std::string& path, const std::string& store) {
+std::optional<KeptStore::Record> KeptStore::read(const std::string& path, const std::string& store,
+                                                 bool alone) {
     if (StoreFile::applicationId(path, store) != Schema::KEPT_ID) {
         return std::nullopt;
+    }
+    if (!alone) {
+        // Where programs work stays as it is while some do. One that copies, and maybe hangs because the disk
+        // does, holds up nobody.
+        try {
+            KeptStore kept{path, store, Database::Sharing::ignored};
+            return kept.record();
+        } catch (const boost::system::system_error&) {
+            // Just when the log was copied into the file.
+        }
     }
     KeptStore kept{path, store};
     Schema::verify(kept.database, Schema::KEPT_ID);
@@ -157,17 +176,19 @@ void KeptStore::setInterval(const std::string& path, const std::string& store, R
         KeptStore kept{path, store};
         Statement{kept.database, "UPDATE kept SET values_every_sec = ?"}.execute(
             std::int64_t{interval.count()});
+        kept.copyLog();
     }
 }
 
 void KeptStore::make(const std::string& path, const std::string& store, const std::string& folder) {
-    KeptStore kept{path, store};
-    if (!Schema::isEmpty(kept.database)) {
+    Database database{path, store, Database::Sharing::alone};
+    if (!Schema::isEmpty(database)) {
         throwStoreFault(store, StoreFault::foreign, "");
     }
-    kept.database.execute(PAGE_SIZE);
-    Schema::create(kept.database, Schema::KEPT_ID, [&] { becomeCopy(kept.database, folder); });
-    StoreFile::useLog(kept.database);
+    database.execute("PRAGMA synchronous=FULL");
+    database.execute(PAGE_SIZE);
+    Schema::create(database, Schema::KEPT_ID, [&] { becomeCopy(database, folder); });
+    StoreFile::useLog(database);
 }
 
 void KeptStore::convert(const std::string& path, const std::string& store, const std::string& folder) {
@@ -202,7 +223,12 @@ void KeptStore::move(const std::string& path, const std::string& store, const st
     KeptStore kept{path, store};
     Statement{kept.database, "UPDATE kept SET working = ?, identity = ?, copies = 0"}.execute(
         folder, randomIdentity());
+    kept.copyLog();
     WorkingFile::remove(file);
+}
+
+void KeptStore::copyLog() {
+    database.execute("PRAGMA main.wal_checkpoint(TRUNCATE)");
 }
 
 void KeptStore::fill(const std::string& working, std::int64_t monotonicMs) {

@@ -28,23 +28,31 @@ public:
         std::chrono::seconds valuesEvery{USUAL_INTERVAL};
     };
 
-    /// Decides what programs work on when they open `path` by `url`, and makes it so: makes, converts or
-    /// moves the store if `create` says so and nobody else works on it (`StoreFault::inUse`). Without a
-    /// record it is the file itself. `use` is shared by every program that has the store open, and from now
-    /// on by the caller.
-    static std::optional<Record> settle(const std::string& path, const StoreUrl& url, bool create,
-                                        FileLock& use, std::chrono::milliseconds longestWait);
+    struct Settled {
+        std::optional<Record> record; ///< without one programs work on the file itself
+        bool alone{false};            ///< no other program had the store open
+    };
 
-    KeptStore(const std::string& path, const std::string& store);
+    /// Decides what programs work on when they open `path` by `url`, and makes it so: makes, converts or
+    /// moves the store if `create` says so and nobody else works on it (`StoreFault::inUse`). `use` is shared
+    /// by every program that has the store open, and from now on by the caller.
+    static Settled settle(const std::string& path, const StoreUrl& url, bool create, FileLock& use,
+                          std::chrono::milliseconds longestWait);
+
+    KeptStore(const std::string& path, const std::string& store,
+              Database::Sharing sharing = Database::Sharing::alone);
 
     Record record();
     /// Puts all of it into the tables of a working database, as one transaction.
     void fill(const std::string& working, std::int64_t monotonicMs);
 
+    /// Brings the log into the file, which then says by itself what is in it.
+    void copyLog();
+
     Database& connection() { return database; }
 
 private:
-    static std::optional<Record> read(const std::string& path, const std::string& store);
+    static std::optional<Record> read(const std::string& path, const std::string& store, bool alone);
     static void setInterval(const std::string& path, const std::string& store, Record& record,
                             std::chrono::seconds interval);
     /// Has the store at `path` worked on in `folder`. The caller is the only one that has it open.

@@ -53,12 +53,12 @@ SqliteEngine::~SqliteEngine() = default;
 std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create, const Options& options) {
     const auto path = StoreFile::locate(url.place(), url.text(), create);
     auto use = std::make_unique<FileLock>(path + "-use", url.text());
-    const auto kept = KeptStore::settle(path, url, create, *use, options.longestWait);
+    const auto [kept, alone] = KeptStore::settle(path, url, create, *use, options.longestWait);
     const auto file = kept ? WorkingFile::place(kept->working, path, url.text()) : path;
     auto words = std::make_unique<SharedPage>(file + "-lock", url.text());
     std::shared_ptr<SqliteEngine> engine{new SqliteEngine{url, std::move(words), options}};
     engine->use = std::move(use);
-    if (kept && !WorkingFile::belongsTo(file, engine->store, *kept)) {
+    if (kept && (alone || !WorkingFile::isFilledFrom(file, engine->store, kept->identity))) {
         WorkingFile::prepare(file, path, engine->store, *engine->writers, options.longestWait);
     }
     engine->connect(file, create, kept.has_value(), options);

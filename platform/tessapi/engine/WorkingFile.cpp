@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <system_error>
 
 namespace tessapi {
@@ -49,11 +50,20 @@ void fill(const std::string& file, KeptStore& kept) {
     StoreFile::useLog(working);
 }
 
-bool isFilled(const std::string& file, const std::string& store) {
+struct FilledRecord {
+    std::int64_t identity;
+    std::int64_t copies;
+};
+
+/// Nothing unless the file is filled.
+std::optional<FilledRecord> recordOf(const std::string& file, const std::string& store) {
+    if (StoreFile::applicationId(file, store) != Schema::WORKING_ID) {
+        return std::nullopt;
+    }
     Database working{file, store};
-    Statement statement{working, "SELECT 1 FROM keeping"};
+    Statement statement{working, "SELECT identity, copies FROM keeping"};
     auto run = statement.with();
-    return run.next();
+    return run.next() ? std::optional{FilledRecord{run.integer(0), run.integer(1)}} : std::nullopt;
 }
 
 } // namespace
@@ -77,15 +87,16 @@ std::string WorkingFile::place(const std::string& folder, const std::string& kep
     return pathIn(folder, kept);
 }
 
+bool WorkingFile::isFilledFrom(const std::string& file, const std::string& store, std::int64_t identity) {
+    const auto known = recordOf(file, store);
+    return known && known->identity == identity;
+}
+
 bool WorkingFile::belongsTo(const std::string& file, const std::string& store,
                             const KeptStore::Record& record) {
-    if (StoreFile::applicationId(file, store) != Schema::WORKING_ID) {
-        return false;
-    }
-    Database working{file, store};
-    Statement statement{working, "SELECT 1 FROM keeping WHERE identity = ?1 AND copies IN (?2, ?2 - 1)"};
-    auto run = statement.with(record.identity, record.copies);
-    return run.next();
+    const auto known = recordOf(file, store);
+    return known && known->identity == record.identity &&
+           (known->copies == record.copies || known->copies + 1 == record.copies);
 }
 
 void WorkingFile::prepare(const std::string& file, const std::string& kept, const std::string& store,
@@ -97,7 +108,7 @@ void WorkingFile::prepare(const std::string& file, const std::string& kept, cons
     if (belongsTo(file, store, copy.record())) {
         return;
     }
-    if (StoreFile::applicationId(file, store) == Schema::WORKING_ID && isFilled(file, store)) {
+    if (recordOf(file, store)) {
         std::cerr << "WARNING - store " + store + ": " + kept + " was replaced by another one; what was in " +
                          file + " is dropped\n"
                   << std::flush;

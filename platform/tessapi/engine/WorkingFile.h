@@ -4,6 +4,7 @@
 #include "platform/tessapi/engine/KeptStore.h"
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 
 namespace tessapi {
@@ -17,11 +18,14 @@ std::string pathIn(const std::string& folder, const std::string& kept);
 /// boost::system::system_error that names `store`.
 std::string place(const std::string& folder, const std::string& kept, const std::string& store);
 
-/// Fills `file` from `kept` unless it is filled already. The caller does not hold `writers`.
+/// Fills `file` from `kept` unless it is of it already. The caller does not hold `writers`.
 void prepare(const std::string& file, const std::string& kept, const std::string& store,
              InterprocessLock& writers, std::chrono::milliseconds longestWait);
 
-/// Whether `file` holds everything of the kept copy with this record, and maybe more.
+/// Whether `file` was filled from the kept copy of this identity.
+bool isFilledFrom(const std::string& file, const std::string& store, std::int64_t identity);
+
+/// Whether nobody has put another kept copy, of the same identity, in the place of that since.
 bool belongsTo(const std::string& file, const std::string& store, const KeptStore::Record& record);
 
 void remove(const std::string& file);
