@@ -19,6 +19,12 @@ library=$(find "$prefix" -name 'libvelk-mz-powerdistribution.so.2')
 readelf -d "$library" | grep -q 'SONAME.*\[libvelk-mz-powerdistribution\.so\.2\]' ||
     { echo "the soname is not libvelk-mz-powerdistribution.so.2"; exit 1; }
 
+step "manual pages and completions are there"
+for file in man/man1/tess.1 man/man8/powerdistributiond.8 bash-completion/completions/tess zsh/site-functions/_tess \
+            fish/vendor_completions.d/tess.fish; do
+    [ -s "$prefix/share/$file" ] || { echo "no share/$file below $prefix"; exit 1; }
+done
+
 step "pkg-config knows it"
 PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name velk-powerdistribution.pc)")
 export PKG_CONFIG_PATH
