@@ -15,16 +15,16 @@ class TessAccessor::Client {
 public:
     Client(const std::string& name, const std::string& url, bool create) :
         engine{Engine::open(StoreUrl{url}, create)},
-        dispatcher{name, engine},
         channels{*engine, dispatcher},
         alarms{*engine},
-        browser{*engine, dispatcher} {}
+        browser{*engine, dispatcher},
+        dispatcher{name, engine} {}
 
     const std::shared_ptr<Engine> engine;
-    Dispatcher dispatcher;
     InBandClient channels;
     AlarmClient alarms;
     BrowserClient browser;
+    Dispatcher dispatcher; ///< last: until its thread has ended, a callback may use all the others
 };
 
 TessAccessor::TessAccessor(const std::string& name, bool create) :
