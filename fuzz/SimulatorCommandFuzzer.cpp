@@ -15,7 +15,7 @@ namespace {
 
 DeviceDescription sample() {
     static const DeviceDescription device =
-        readDeviceFile(VELK_SOURCE_DIR "/fuzz/corpus/simulator_device/pdu");
+        readDeviceFile(VELK_SOURCE_DIR "/fuzz/corpus/simulator_device/small");
     return device;
 }
 
