@@ -15,6 +15,15 @@ DataAlarms::~DataAlarms() = default;
 
 StoreBrowser::~StoreBrowser() = default;
 
+std::vector<std::uint64_t> InBandAccessor::emplaceChannels(std::uint64_t device,
+                                                           const std::vector<std::string>& names) {
+    std::vector<std::uint64_t> channels;
+    for (const auto& name : names) {
+        channels.push_back(emplaceChannel(device, name, false));
+    }
+    return channels;
+}
+
 StoreHealth StoreBrowser::health() {
     StoreHealth health;
     health.url = url();

@@ -95,6 +95,10 @@ public:
 
     /// `setChannelCValue` for several channels at once: all or, when one of them throws, none.
     virtual void setChannelCValues(const std::vector<std::pair<std::uint64_t, qz::CValue>>& values) = 0;
+
+    /// `emplaceChannel` for several channels of a device at once, in their order.
+    virtual std::vector<std::uint64_t> emplaceChannels(std::uint64_t device,
+                                                       const std::vector<std::string>& names);
 };
 
 } // namespace tessapi

@@ -34,6 +34,10 @@ constexpr const char* channelPrefix = "PowerDistribution.";
     throw PowerDistributionError{text.str()};
 }
 
+std::string nameOf(const HandlerData& data) {
+    return channelPrefix + data.path.lastNode().tostring();
+}
+
 // State names belong to channels whose triggers name states only.
 bool namesStates(const AlarmConfig& config) {
     return std::none_of(config.triggers.begin(), config.triggers.end(), [](const Trigger& trigger) {
@@ -61,6 +65,11 @@ BaseChannelTessConnector::~BaseChannelTessConnector() {
     } catch (const std::exception&) {
         // A subscription that the store could not end calls a closed guard from now on, which is harmless.
     }
+}
+
+void BaseChannelTessConnector::expect(const HandlerData& data) {
+    MutexLock lock{channelLock};
+    expected.push_back(nameOf(data));
 }
 
 void BaseChannelTessConnector::init() {}
@@ -144,7 +153,16 @@ void BaseChannelTessConnector::store(const HandlerData& data) {
 
 TessResources BaseChannelTessConnector::getResourcesInUse() const {
     TessResources resources;
-    resources.add(deviceId, getChannelIds());
+    std::vector<std::uint64_t> ids = getChannelIds();
+    {
+        MutexLock lock{channelLock};
+        for (const auto& [name, id] : made) {
+            if (id != UNRESOLVED && std::find(ids.begin(), ids.end(), id) == ids.end()) {
+                ids.push_back(id);
+            }
+        }
+    }
+    resources.add(deviceId, ids);
     return resources;
 }
 
@@ -196,15 +214,27 @@ BaseChannelTessConnector::getChannelOrEmplace(const HandlerData& data) const {
 }
 
 void BaseChannelTessConnector::resolve(ChannelInfo& info, const HandlerData& data) const {
-    const std::string name = channelPrefix + data.path.lastNode().tostring();
-    tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
-    const std::uint64_t id = inBand.emplaceChannel(deviceId, name, data.dataConfig.channelOption);
-    const qz::datatype type = inBand.getChannelDataType(id);
+    const std::uint64_t id = emplace(nameOf(data), data.dataConfig.channelOption);
+    const qz::datatype type = accessor.inbandAccessor().getChannelDataType(id);
     // Before the entry is seen by others: the store has the triggers before the first value.
     setChannelAlarmConfiguration(id, data);
     info.data = HandlerData{data.path, {}, {}};
     info.type = type;
     info.id = id;
+}
+
+std::uint64_t BaseChannelTessConnector::emplace(const std::string& name, bool option) const {
+    tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
+    if (expected.size() > 1) {
+        const std::vector<std::string> names = std::exchange(expected, {});
+        const std::vector<std::uint64_t> ids = inBand.emplaceChannels(deviceId, names);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            made.emplace(names[i], ids[i]);
+        }
+    }
+    const auto known = made.find(name);
+    return known == made.end() || known->second == UNRESOLVED ? inBand.emplaceChannel(deviceId, name, option)
+                                                              : known->second;
 }
 
 bool BaseChannelTessConnector::hasAnyChannelListener() const {
@@ -220,6 +250,7 @@ void BaseChannelTessConnector::clearCache() {
     for (ChannelInfo* info : channels.used()) {
         info->id = UNRESOLVED;
     }
+    made.clear();
 }
 
 void BaseChannelTessConnector::setChannelAlarmConfiguration(std::uint64_t id, const HandlerData& data) const {

@@ -13,7 +13,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace velk::powerdistribution::connectors {
@@ -48,6 +50,7 @@ public:
     BaseChannelTessConnector(const BaseChannelTessConnector&) = delete;
     BaseChannelTessConnector& operator=(const BaseChannelTessConnector&) = delete;
 
+    void expect(const handlers::HandlerData& data) override VELK_EXCLUDES(channelLock);
     void init() override;
     void terminate() override;
     /// Throws PowerDistributionError "Duplicate subscription to PATH within the same TessChannelAccessor".
@@ -118,12 +121,17 @@ protected:
 private:
     const ChannelInfo* findChannel(std::uint64_t id) const VELK_REQUIRES(channelLock);
     void resolve(ChannelInfo& info, const handlers::HandlerData& data) const VELK_REQUIRES(channelLock);
+    /// The identifier of the channel; the first call makes all channels that are expected.
+    std::uint64_t emplace(const std::string& name, bool option) const VELK_REQUIRES(channelLock);
 
     tessapi::ITessAccessor& accessor;
     const std::uint64_t deviceId;
     mutable velk::common::Mutex channelLock;
     // One entry for each member of the family, of which a device serves few; filled by `load` too.
     mutable LazyTable<ChannelInfo> channels;
+    mutable std::vector<std::string> expected VELK_GUARDED_BY(channelLock); ///< names that were not made yet
+    /// Channels that were made before they were asked for. They are in use from then on.
+    mutable std::map<std::string, std::uint64_t> made VELK_GUARDED_BY(channelLock);
     mutable velk::common::Mutex subscriptionLock VELK_ACQUIRED_BEFORE(channelLock);
     std::uint64_t subscriptionId VELK_GUARDED_BY(subscriptionLock){0};
     const ResolvingGatePtr gate;

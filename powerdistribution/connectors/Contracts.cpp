@@ -10,6 +10,8 @@ namespace velk::powerdistribution::connectors {
 
 IConnector::~IConnector() = default;
 
+void IConnector::expect(const handlers::HandlerData&) {}
+
 IConnectorFactory::~IConnectorFactory() = default;
 
 IConnectorListener::~IConnectorListener() = default;

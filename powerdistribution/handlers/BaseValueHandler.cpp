@@ -41,7 +41,9 @@ BaseValueHandler::BaseValueHandler(const EPath& path, protocols::ValueWrapperPtr
     BaseHandler{path},
     wrapper{std::move(exclusiveWrapper)},
     connector{std::move(sharedConnector)},
-    data{path, Value{}, wrapper->dataConfig()} {}
+    data{path, Value{}, wrapper->dataConfig()} {
+    connector->expect(data);
+}
 
 BaseValueHandler::~BaseValueHandler() = default;
 

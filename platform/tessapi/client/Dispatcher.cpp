@@ -148,7 +148,7 @@ bool Dispatcher::followLog() {
     }
     MutexLock lock{mutex};
     position = std::max(position, news.upTo);
-    return !news.changes.empty();
+    return news.more && !news.changes.empty();
 }
 
 std::vector<Dispatcher::SubscriptionPtr> Dispatcher::interestedIn(const Change& change) {

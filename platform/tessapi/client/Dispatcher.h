@@ -51,7 +51,7 @@ private:
     void run() VELK_EXCLUDES(mutex);
     /// False when the thread is to end.
     bool waitForSubscriptions() VELK_EXCLUDES(mutex);
-    /// Makes the calls for the changes that there are; gives whether there were some.
+    /// Makes the calls for the changes that there are; gives whether to look again before the next signal.
     bool followLog() VELK_EXCLUDES(mutex);
     bool tryToFollow() VELK_EXCLUDES(mutex);
     void deliver(const Change& change) VELK_EXCLUDES(mutex);

@@ -112,6 +112,11 @@ void InBandClient::unsubscribe(std::uint64_t subscription) {
     dispatcher.unsubscribe(subscription);
 }
 
+std::vector<std::uint64_t> InBandClient::emplaceChannels(std::uint64_t device,
+                                                         const std::vector<std::string>& names) {
+    return engine.emplaceChannels(device, names);
+}
+
 void InBandClient::setChannelCValues(const std::vector<std::pair<std::uint64_t, qz::CValue>>& values) {
     engine.setValues(values);
 }

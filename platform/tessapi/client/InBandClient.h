@@ -34,6 +34,8 @@ public:
     void subscribeDeviceAlarms(std::uint64_t device, AlarmCallback callback,
                                std::uint64_t* subscription) override;
     void unsubscribe(std::uint64_t subscription) override;
+    std::vector<std::uint64_t> emplaceChannels(std::uint64_t device,
+                                               const std::vector<std::string>& names) override;
     void setChannelCValues(const std::vector<std::pair<std::uint64_t, qz::CValue>>& values) override;
 
 private:

@@ -1,5 +1,7 @@
 #include "platform/tessapi/engine/AlarmTable.h"
 
+#include <algorithm>
+
 namespace tessapi {
 
 AlarmTable::AlarmTable(Database& owner) :
@@ -38,6 +40,13 @@ std::vector<AlarmTable::Row> AlarmTable::collect(Statement::Run& run) {
 std::vector<AlarmTable::Row> AlarmTable::triggersOf(std::uint64_t channel) {
     auto run = triggers.with(channel);
     return collect(run);
+}
+
+bool AlarmTable::holds(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) {
+    const auto rows = triggersOf(channel);
+    return std::equal(
+        rows.begin(), rows.end(), config.triggers.begin(), config.triggers.end(),
+        [](const Row& row, const qz::CAlarmTrigger& trigger) { return row.trigger == trigger; });
 }
 
 std::vector<AlarmTable::Row> AlarmTable::all() {

@@ -25,6 +25,8 @@ public:
 
     /// In the order of the triggers.
     std::vector<Row> triggersOf(std::uint64_t channel);
+    /// Whether these are the triggers of `channel`.
+    bool holds(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config);
     /// By channel, then in their order.
     std::vector<Row> all();
 

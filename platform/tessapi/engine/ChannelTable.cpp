@@ -11,21 +11,28 @@ constexpr std::uint64_t UNKNOWN = ~std::uint64_t{0};
 ChannelTable::ChannelTable(Database& owner) :
     database{owner}, //
     idByName{owner, "SELECT id FROM channel WHERE device = ? AND name = ?"},
-    one{owner, "SELECT id, device, name, type, value, written_ms, changed_ms, triggers FROM channel"
+    one{owner, "SELECT id, device, name, type, value, written_ms, "
+               "changed_ms, triggers FROM channel"
                " WHERE id = ?"},
-    every{owner, "SELECT id, device, name, type, value, written_ms, changed_ms, triggers FROM channel"
+    every{owner, "SELECT id, device, name, type, value, written_ms, "
+                 "changed_ms, triggers FROM channel"
                  " ORDER BY device, id"},
     ids{owner, "SELECT id FROM channel WHERE device = ? ORDER BY id"},
     type{owner, "SELECT type FROM channel WHERE id = ?"},
     types{owner, "SELECT DISTINCT name, type FROM channel"},
     value{owner, "SELECT value FROM channel WHERE id = ?"},
+    typeAndValue{owner, "SELECT type, value FROM channel WHERE id = ?"},
+    typeAndValueByName{owner, "SELECT id, type, value FROM channel WHERE device = ? AND name = ?"},
     insertOne{owner, "INSERT INTO channel(device, name, type) VALUES(?, ?, ?)"},
     insertGiven{owner, "INSERT INTO channel(id, device, name, type) VALUES(?, ?, ?, ?)"},
     removeOne{owner, "DELETE FROM channel WHERE id = ?"},
     last{owner, "SELECT seq FROM sqlite_sequence WHERE name = 'channel'"},
-    setLast{owner, "UPDATE sqlite_sequence SET seq = max(seq, ?) WHERE name = 'channel'"},
-    write{owner, "UPDATE channel SET value = ?2, written_ms = ?3, changed_ms = ?4, seq = ?5 WHERE id = ?1"},
-    clear{owner, "UPDATE channel SET type = ?2, value = NULL, written_ms = 0, changed_ms = 0 WHERE id = ?1"},
+    setLast{owner, "UPDATE sqlite_sequence SET seq = max(seq, ?) WHERE name "
+                   "= 'channel'"},
+    write{owner, "UPDATE channel SET value = ?2, written_ms = ?3, changed_ms "
+                 "= ?4, seq = ?5 WHERE id = ?1"},
+    clear{owner, "UPDATE channel SET type = ?2, value = NULL, written_ms = "
+                 "0, changed_ms = 0 WHERE id = ?1"},
     mark{owner, "UPDATE channel SET triggers = ?2 WHERE id = ?1"},
     states{owner, "SELECT value, name FROM state WHERE channel = ? ORDER BY place"},
     everyState{owner, "SELECT channel, value, name FROM state ORDER BY channel, place"},
@@ -85,6 +92,20 @@ std::vector<std::pair<std::string, qz::datatype>> ChannelTable::typesByName() {
 qz::CValue ChannelTable::valueOf(std::uint64_t channel) {
     auto run = value.with(channel);
     return run.next() ? run.value(0) : qz::CValue{};
+}
+
+TypedValue ChannelTable::typeAndValueOf(std::uint64_t channel) {
+    auto run = typeAndValue.with(channel);
+    return run.next() ? TypedValue{static_cast<qz::datatype>(run.integer(0)), run.value(1)} : TypedValue{};
+}
+
+std::pair<std::uint64_t, TypedValue> ChannelTable::findTypeAndValue(std::uint64_t device,
+                                                                    const std::string& name) {
+    auto run = typeAndValueByName.with(device, name);
+    if (!run.next()) {
+        return {UNKNOWN, {}};
+    }
+    return {run.id(0), {static_cast<qz::datatype>(run.integer(1)), run.value(2)}};
 }
 
 std::uint64_t ChannelTable::insert(std::uint64_t device, const std::string& name, qz::datatype kind) {

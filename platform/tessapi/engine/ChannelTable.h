@@ -4,6 +4,7 @@
 #include "platform/qz/CValue.h"
 #include "platform/qz/datatype.h"
 #include "platform/tessapi/engine/Statement.h"
+#include "platform/tessapi/engine/TypedValue.h"
 
 #include <cstdint>
 #include <optional>
@@ -44,6 +45,9 @@ public:
     std::vector<std::pair<std::string, qz::datatype>> typesByName();
     /// Invalid for an unknown channel and one without value.
     qz::CValue valueOf(std::uint64_t channel);
+    TypedValue typeAndValueOf(std::uint64_t channel);
+    /// All ones and the unknown type when there is none.
+    std::pair<std::uint64_t, TypedValue> findTypeAndValue(std::uint64_t device, const std::string& name);
 
     std::uint64_t insert(std::uint64_t device, const std::string& name, qz::datatype type);
     /// With an identifier that is free.
@@ -77,6 +81,8 @@ private:
     Statement type;
     Statement types;
     Statement value;
+    Statement typeAndValue;
+    Statement typeAndValueByName;
     Statement insertOne;
     Statement insertGiven;
     Statement removeOne;

@@ -35,9 +35,19 @@ std::shared_ptr<Engine> Engine::open(const StoreUrl& url, bool create, const Opt
 #ifdef VELK_NETWORKED_STORE
     return RedisEngine::open(*url.network(), create, options);
 #else
-    throw std::invalid_argument{"\"" + url.text() + "\" names a store of the network, which this system was "
-                                                    "built without (VELK_NETWORKED_STORE)"};
+    throw std::invalid_argument{"\"" + url.text() +
+                                "\" names a store of the network, which this system was "
+                                "built without (VELK_NETWORKED_STORE)"};
 #endif
+}
+
+std::vector<std::uint64_t> Engine::emplaceChannels(std::uint64_t device,
+                                                   const std::vector<std::string>& names) {
+    std::vector<std::uint64_t> channels;
+    for (const auto& name : names) {
+        channels.push_back(emplaceChannel(device, name));
+    }
+    return channels;
 }
 
 StoreHealth Engine::health() {

@@ -64,6 +64,7 @@ public:
         std::vector<Change> changes;
         std::int64_t upTo{0}; ///< the newest change that they cover
         bool gap{false};
+        bool more{true}; ///< whether there may be later ones already; false only for what the engine knows
     };
 
     using ChannelValue = std::pair<std::uint64_t, qz::CValue>;
@@ -95,6 +96,8 @@ public:
 
     virtual std::uint64_t findChannel(std::uint64_t device, const std::string& name) = 0;
     virtual std::uint64_t emplaceChannel(std::uint64_t device, const std::string& name) = 0;
+    virtual std::vector<std::uint64_t> emplaceChannels(std::uint64_t device,
+                                                       const std::vector<std::string>& names);
     virtual void removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) = 0;
     virtual qz::datatype typeOf(std::uint64_t channel) = 0;
     virtual qz::CValue valueOf(std::uint64_t channel) = 0;

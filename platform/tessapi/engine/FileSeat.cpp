@@ -1,6 +1,7 @@
 #include "platform/tessapi/engine/FileSeat.h"
 
-#include <ctime>
+#include "platform/tessapi/engine/CoarseClock.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,12 +12,6 @@ namespace {
 
 /// That the file or a folder above it was moved is noticed within this time.
 constexpr std::int64_t LONGEST_TRUST_MS = 100;
-
-std::int64_t coarseNowMs() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1'000'000;
-}
 
 } // namespace
 

@@ -152,7 +152,9 @@ std::uint64_t Model::emplaceChannel(std::uint64_t device, const std::string& nam
     if (!devices.contains(device)) {
         return UNKNOWN;
     }
-    const auto channel = channels.insert(device, name, typeFor(name));
+    const auto type = typeFor(name);
+    const auto channel = channels.insert(device, name, type);
+    cache.add(channel, {device, type, {}, 0, {}});
     if (const auto* entry = catalogue.find(name); entry != nullptr) {
         channels.setStates(channel, entry->labels);
     }

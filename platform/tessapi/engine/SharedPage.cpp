@@ -4,6 +4,7 @@
 #include "platform/tessapi/engine/StoreError.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
@@ -30,6 +31,12 @@ std::string presentBoot() {
     return id;
 }
 
+/// Greater than any that an earlier page of this boot has come to.
+std::uint64_t firstGeneration() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(std::chrono::nanoseconds{now}.count()) * 2;
+}
+
 void initialise(SharedPage::Words& words, const std::string& boot) {
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);
@@ -42,6 +49,7 @@ void initialise(SharedPage::Words& words, const std::string& boot) {
     new (&words.news) std::atomic<std::uint32_t>{0};
     new (&words.waiting) std::atomic<std::uint32_t>{0};
     new (&words.breaks) std::atomic<std::uint32_t>{0};
+    new (&words.generation) std::atomic<std::uint64_t>{firstGeneration()};
     boot.copy(words.bootId, sizeof words.bootId - 1);
     // Last: a program that was killed before this line leaves a page that the next one makes anew.
     std::atomic_thread_fence(std::memory_order_release);

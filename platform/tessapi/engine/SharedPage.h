@@ -27,11 +27,13 @@ public:
         char bootId[40];
         pthread_mutex_t turn; ///< held while waiting for `lock`: who comes first gets it first
         pthread_mutex_t lock;
-        std::atomic<std::uint32_t> news;    ///< rises with every commit
-        std::atomic<std::uint32_t> waiting; ///< 1 while some listener may sleep on `news`
-        std::atomic<std::uint32_t> breaks;  ///< see `LogBound`
+        std::atomic<std::uint32_t> news;       ///< rises with every commit
+        std::atomic<std::uint32_t> waiting;    ///< 1 while some listener may sleep on `news`
+        std::atomic<std::uint32_t> breaks;     ///< see `LogBound`
+        std::atomic<std::uint64_t> generation; ///< see `Generation`
     };
     static_assert(std::atomic<std::uint32_t>::is_always_lock_free);
+    static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
     /// In memory.
     SharedPage();

@@ -1,8 +1,10 @@
 #include "platform/tessapi/engine/SqliteEngine.h"
 
+#include "platform/tessapi/ITessAccessor.h"
 #include "platform/tessapi/engine/CopyKeeping.h"
 #include "platform/tessapi/engine/CorruptFile.h"
 #include "platform/tessapi/engine/DatabaseHealth.h"
+#include "platform/tessapi/engine/Generation.h"
 #include "platform/tessapi/engine/KeptStore.h"
 #include "platform/tessapi/engine/LogKeeping.h"
 #include "platform/tessapi/engine/MemoryStores.h"
@@ -12,6 +14,9 @@
 #include "platform/tessapi/engine/Transaction.h"
 #include "platform/tessapi/engine/WorkingFile.h"
 
+#include <boost/system/system_error.hpp>
+
+#include <algorithm>
 #include <utility>
 
 namespace tessapi {
@@ -67,9 +72,9 @@ std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create,
     if (kept) {
         engine->copyFile = path;
         engine->valuesEvery = kept->valuesEvery;
-        keeping =
-            std::make_unique<CopyKeeping>(CopyKeeping::Place{path, file, kept->valuesEvery, options.framesToCopy}, engine->store,
-                                          *engine->writers, *engine->use, *options.clock);
+        keeping = std::make_unique<CopyKeeping>(
+            CopyKeeping::Place{path, file, kept->valuesEvery, options.framesToCopy}, engine->store,
+            *engine->writers, *engine->use, *options.clock);
     } else {
         keeping = std::make_unique<LogKeeping>(path, engine->store, *engine->writers, options.framesToCopy);
     }
@@ -108,22 +113,39 @@ std::shared_ptr<Engine> SqliteEngine::openMemory(const StoreUrl& url, bool creat
     });
 }
 
-template <class Work>
-void SqliteEngine::commit(Work& work) {
+void SqliteEngine::checkStillThere(Database& database) {
+    try {
+        database.checkStillThere();
+    } catch (const boost::system::system_error&) {
+        known.forget();
+        throw;
+    }
+}
+
+template <class Work, class Follow>
+void SqliteEngine::commit(Work& work, Follow& follow) {
     InterprocessHold hold{*writers};
-    writer->database.checkStillThere();
+    checkStillThere(writer->database);
     Transaction transaction{writer->database, Transaction::Kind::write};
     writer->model.cache.begin(writer->database.version());
     work(writer->model);
-    transaction.commit();
+    std::uint64_t before = 0;
+    std::uint64_t after = 0;
+    {
+        const Generation::Change change{page->words().generation};
+        transaction.commit();
+        before = change.before;
+        after = change.after();
+    }
     writer->model.cache.commit(writer->database.version());
+    follow(before, after);
 }
 
-template <class Work>
-void SqliteEngine::write(Work work) {
+template <class Work, class Follow>
+void SqliteEngine::write(Work work, Follow follow) {
     checkNotForked();
     MutexLock lock{writer->mutex};
-    commit(work);
+    commit(work, follow);
     bell.signal();
     if (keeper) {
         keeper->noteCommit(writer->database.logFrames());
@@ -131,10 +153,21 @@ void SqliteEngine::write(Work work) {
 }
 
 template <class Work>
+void SqliteEngine::write(Work work) {
+    write(std::move(work), [](std::uint64_t, std::uint64_t) {});
+}
+
+template <class Work>
+void SqliteEngine::writeAside(Work work) {
+    write(std::move(work),
+          [this](std::uint64_t before, std::uint64_t after) { known.follow(before, after, {}); });
+}
+
+template <class Work>
 auto SqliteEngine::ask(Work work) {
     checkNotForked();
     MutexLock lock{reader->mutex};
-    reader->database.checkStillThere();
+    checkStillThere(reader->database);
     return reads.run([&]() VELK_NO_THREAD_SAFETY_ANALYSIS { return work(reader->model); });
 }
 
@@ -142,7 +175,7 @@ template <class Work>
 auto SqliteEngine::read(Work work) {
     checkNotForked();
     MutexLock lock{reader->mutex};
-    reader->database.checkStillThere();
+    checkStillThere(reader->database);
     return reads.run([&]() VELK_NO_THREAD_SAFETY_ANALYSIS { // the lock is held here
         Transaction transaction{reader->database, Transaction::Kind::read};
         return work(reader->model);
@@ -192,7 +225,7 @@ std::string SqliteEngine::attribute(std::uint64_t device, std::uint32_t number) 
 }
 
 void SqliteEngine::setAttribute(std::uint64_t device, std::uint32_t number, const std::string& text) {
-    write([&](Model& model) { model.setAttribute(device, number, text); });
+    writeAside([&](Model& model) { model.setAttribute(device, number, text); });
 }
 
 std::uint64_t SqliteEngine::findChannel(std::uint64_t device, const std::string& name) {
@@ -200,44 +233,118 @@ std::uint64_t SqliteEngine::findChannel(std::uint64_t device, const std::string&
 }
 
 std::uint64_t SqliteEngine::emplaceChannel(std::uint64_t device, const std::string& name) {
-    if (const auto known = findChannel(device, name); known != ~std::uint64_t{0}) {
-        return known;
+    return emplaceChannels(device, {name}).front();
+}
+
+std::vector<std::uint64_t> SqliteEngine::emplaceChannels(std::uint64_t device,
+                                                         const std::vector<std::string>& names) {
+    auto channels = learnAll(device, names);
+    const auto isMissing = [](const auto& channel) { return channel.first == ITessAccessor::UNKNOWN_ID; };
+    if (std::any_of(channels.begin(), channels.end(), isMissing)) {
+        emplaceMissing(device, names, channels);
     }
-    std::uint64_t channel = 0;
-    write([&](Model& model) { channel = model.emplaceChannel(device, name); });
-    return channel;
+    std::vector<std::uint64_t> ids;
+    for (const auto& [id, _] : channels) {
+        ids.push_back(id);
+    }
+    return ids;
+}
+
+SqliteEngine::Learnt SqliteEngine::learnAll(std::uint64_t device, const std::vector<std::string>& names) {
+    const auto before = generation();
+    auto learnt = read([&](Model& model) {
+        Learnt found;
+        for (const auto& name : names) {
+            found.push_back(model.channels.findTypeAndValue(device, name));
+        }
+        return found;
+    });
+    const auto after = generation();
+    for (const auto& [id, typed] : learnt) {
+        if (typed.type != qz::datatype::unknown) {
+            known.keep(before, after, id, typed);
+        }
+    }
+    return learnt;
+}
+
+void SqliteEngine::emplaceMissing(std::uint64_t device, const std::vector<std::string>& names,
+                                  Learnt& channels) {
+    Learnt made;
+    write(
+        [&](Model& model) {
+            for (std::size_t i = 0; i < names.size(); ++i) {
+                auto& [id, typed] = channels[i];
+                if (id == ITessAccessor::UNKNOWN_ID) {
+                    id = model.emplaceChannel(device, names[i]);
+                    typed = model.channels.typeAndValueOf(id);
+                    made.push_back(channels[i]);
+                }
+            }
+        },
+        [&](std::uint64_t before, std::uint64_t after) {
+            known.follow(before, after, {});
+            for (const auto& [id, typed] : made) {
+                known.keep(after, after, id, typed);
+            }
+        });
 }
 
 void SqliteEngine::removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) {
     write([&](Model& model) { model.removeChannels(device, keep); });
 }
 
+TypedValue SqliteEngine::learn(std::uint64_t channel) {
+    const auto before = generation();
+    auto learnt = ask([&](Model& model) { return model.channels.typeAndValueOf(channel); });
+    if (learnt.type != qz::datatype::unknown) {
+        known.keep(before, generation(), channel, learnt);
+    }
+    return learnt;
+}
+
 qz::datatype SqliteEngine::typeOf(std::uint64_t channel) {
-    return ask([&](Model& model) { return model.channels.typeOf(channel); });
+    checkNotForked();
+    const auto type = known.typeOf(generation(), channel);
+    return type ? *type : learn(channel).type;
 }
 
 qz::CValue SqliteEngine::valueOf(std::uint64_t channel) {
-    return ask([&](Model& model) { return model.channels.valueOf(channel); });
+    checkNotForked();
+    auto value = known.valueOf(generation(), channel);
+    return value ? std::move(*value) : learn(channel).value;
 }
 
 void SqliteEngine::setValue(std::uint64_t channel, const qz::CValue& value) {
-    write([&](Model& model) { model.setValue(channel, value); });
+    const ChannelValue changed{channel, value};
+    setValues({&changed, 1});
 }
 
 void SqliteEngine::setValues(const std::vector<ChannelValue>& values) {
-    write([&](Model& model) {
-        for (const auto& [channel, value] : values) {
-            model.setValue(channel, value);
-        }
-    });
+    setValues(std::span{values});
+}
+
+void SqliteEngine::setValues(std::span<const ChannelValue> values) {
+    write(
+        [&](Model& model) {
+            for (const auto& [channel, value] : values) {
+                model.setValue(channel, value);
+            }
+        },
+        [&](std::uint64_t before, std::uint64_t after) { known.follow(before, after, values); });
 }
 
 void SqliteEngine::setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) {
-    write([&](Model& model) { model.setAlarmConfig(channel, config); });
+    // A program that starts configures all of its channels again.
+    if (!ask([&](Model& model) { return model.alarms.holds(channel, config); })) {
+        writeAside([&](Model& model) { model.setAlarmConfig(channel, config); });
+    }
 }
 
 void SqliteEngine::setStates(std::uint64_t channel, const qz::CMultistateMap& states) {
-    write([&](Model& model) { model.setStates(channel, states); });
+    if (!ask([&](Model& model) { return model.channels.statesOf(channel) == states; })) {
+        writeAside([&](Model& model) { model.setStates(channel, states); });
+    }
 }
 
 std::optional<ActiveAlarm> SqliteEngine::mostCriticalOf(std::uint64_t device) {
@@ -255,7 +362,7 @@ std::vector<WriteRecord> SqliteEngine::writeRecords(std::int64_t sinceMs, std::s
 void SqliteEngine::recordWrite(const WriteRecord& record) {
     auto numbered = record;
     numbered.number = 0; // the store gives it
-    write([&](Model& model) { model.records.append(numbered); });
+    writeAside([&](Model& model) { model.records.append(numbered); });
 }
 
 StoreImage SqliteEngine::image() {
@@ -304,8 +411,9 @@ Engine::News SqliteEngine::newsAfter(std::int64_t seq) {
             return found;
         }
         found.upTo = found.changes.back().seq;
+        found.more = found.changes.size() == static_cast<std::size_t>(NEWS_AT_A_TIME);
         if (found.changes.front().seq != seq + 1) {
-            found = {model.changes.summaryAfter(seq), model.changes.head(), true};
+            found = {model.changes.summaryAfter(seq), model.changes.head(), true, false};
         }
         return found;
     });

@@ -6,6 +6,7 @@
 #include "platform/tessapi/engine/FileLock.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
 #include "platform/tessapi/engine/Keeper.h"
+#include "platform/tessapi/engine/ReadCache.h"
 #include "platform/tessapi/engine/SharedPage.h"
 #include "platform/tessapi/engine/StoreUrl.h"
 #include "platform/tessapi/engine/Wakeup.h"
@@ -15,13 +16,15 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace tessapi {
 
-/// A store in a database, in a file or in memory: the two differ in what `open` makes. Every call is one
-/// transaction; a call that writes waits for the lock between the processes.
+/// A store in a database, in a file or in memory: the two differ in what `open`
+/// makes. Every call is one transaction; a call that writes waits for the lock
+/// between the processes.
 class SqliteEngine final : public Engine {
 public:
     static std::shared_ptr<Engine> open(const StoreUrl& url, bool create, const Options& options);
@@ -41,6 +44,8 @@ public:
 
     std::uint64_t findChannel(std::uint64_t device, const std::string& name) override;
     std::uint64_t emplaceChannel(std::uint64_t device, const std::string& name) override;
+    std::vector<std::uint64_t> emplaceChannels(std::uint64_t device,
+                                               const std::vector<std::string>& names) override;
     void removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) override;
     qz::datatype typeOf(std::uint64_t channel) override;
     qz::CValue valueOf(std::uint64_t channel) override;
@@ -68,21 +73,40 @@ private:
 
     static std::shared_ptr<Engine> openFile(const StoreUrl& url, bool create, const Options& options);
     static std::shared_ptr<Engine> openMemory(const StoreUrl& url, bool create, const Options& options);
+    /// Throws when the database's file is gone; then nothing is known any more.
+    void checkStillThere(Database& database);
+    void setValues(std::span<const ChannelValue> values);
+    /// Reads the channel from the database and keeps what it has read.
+    TypedValue learn(std::uint64_t channel);
+    using Learnt = std::vector<std::pair<std::uint64_t, TypedValue>>;
+    Learnt learnAll(std::uint64_t device, const std::vector<std::string>& names);
+    /// Makes those of `channels` that have no identifier yet.
+    void emplaceMissing(std::uint64_t device, const std::vector<std::string>& names, Learnt& channels);
+
     void connect(const std::string& path, bool create, bool working, const Options& options);
     void checkSound();
     void retypeChannels();
 
-    /// Runs `work` on the model within a write transaction and tells of the commit.
+    /// Runs `work` on the model within a write transaction and tells of the
+    /// commit. `follow` is called with the generations of the store before and
+    /// after it.
+    template <class Work, class Follow>
+    void write(Work work, Follow follow);
+    /// After this nothing is known any more.
     template <class Work>
     void write(Work work);
+    /// It changes no type and no value.
     template <class Work>
-    void commit(Work& work) VELK_REQUIRES(writer->mutex);
+    void writeAside(Work work);
+    template <class Work, class Follow>
+    void commit(Work& work, Follow& follow) VELK_REQUIRES(writer->mutex);
     /// Runs one query of the model.
     template <class Work>
     auto ask(Work work);
     /// Runs several queries of the model on one state of the store.
     template <class Work>
     auto read(Work work);
+    std::uint64_t generation() const { return page->words().generation.load(); }
 
     const std::string store;
     std::string file;                    ///< that programs work on; empty in memory
@@ -93,6 +117,7 @@ private:
     std::unique_ptr<InterprocessLock> writers;
     BreakableReads reads;
     Wakeup bell;
+    ReadCache known;
     Catalogue catalogue;
     std::unique_ptr<Connection> writer;
     std::unique_ptr<Connection> secondConnection; ///< null in memory

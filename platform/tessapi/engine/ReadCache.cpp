@@ -1,0 +1,76 @@
+#include "platform/tessapi/engine/ReadCache.h"
+
+#include "platform/tessapi/engine/CoarseClock.h"
+#include "platform/tessapi/engine/Generation.h"
+
+namespace tessapi {
+
+namespace {
+
+using velk::common::MutexLock;
+
+constexpr std::int64_t LONGEST_USE_MS = 250;
+
+/// A program that goes through all channels once shall not keep all of them.
+constexpr std::size_t MOST_ENTRIES = 16'384;
+
+} // namespace
+
+const TypedValue* ReadCache::find(std::uint64_t generation, std::uint64_t channel) {
+    if (generation != present || coarseNowMs() - sinceMs >= LONGEST_USE_MS) {
+        return nullptr;
+    }
+    const auto found = entries.find(channel);
+    return found == entries.end() ? nullptr : &found->second;
+}
+
+std::optional<qz::datatype> ReadCache::typeOf(std::uint64_t generation, std::uint64_t channel) {
+    MutexLock lock{mutex};
+    const auto* known = find(generation, channel);
+    return known == nullptr ? std::nullopt : std::optional{known->type};
+}
+
+std::optional<qz::CValue> ReadCache::valueOf(std::uint64_t generation, std::uint64_t channel) {
+    MutexLock lock{mutex};
+    const auto* known = find(generation, channel);
+    return known == nullptr ? std::nullopt : std::optional{known->value};
+}
+
+void ReadCache::keep(std::uint64_t before, std::uint64_t after, std::uint64_t channel, TypedValue known) {
+    if (before != after || !Generation::isSettled(before)) {
+        return;
+    }
+    MutexLock lock{mutex};
+    const bool isOlder = Generation::isSettled(present) && before < present;
+    if (isOlder) {
+        return;
+    }
+    const auto now = coarseNowMs();
+    if (before != present || now - sinceMs >= LONGEST_USE_MS || entries.size() >= MOST_ENTRIES) {
+        entries.clear();
+        present = before;
+        sinceMs = now;
+    }
+    entries.insert_or_assign(channel, std::move(known));
+}
+
+void ReadCache::forget() {
+    MutexLock lock{mutex};
+    entries.clear();
+}
+
+void ReadCache::follow(std::uint64_t before, std::uint64_t after,
+                       std::span<const std::pair<std::uint64_t, qz::CValue>> changed) {
+    MutexLock lock{mutex};
+    if (before != present || !Generation::isSettled(before)) {
+        return;
+    }
+    present = after;
+    for (const auto& [channel, value] : changed) {
+        if (const auto entry = entries.find(channel); entry != entries.end()) {
+            entry->second.value = value;
+        }
+    }
+}
+
+} // namespace tessapi

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/common/Mutex.h"
+#include "platform/tessapi/engine/TypedValue.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <unordered_map>
+#include <utility>
+
+namespace tessapi {
+
+/// What one program knows of the channels, for as long as the `Generation` of the store says that it holds;
+/// at most a quarter of a second, because the generation says nothing of a file that was removed and of
+/// programs that write the database by themselves. Threads: any.
+class ReadCache {
+public:
+    /// Empty when it is not known in this generation.
+    std::optional<qz::datatype> typeOf(std::uint64_t generation, std::uint64_t channel) VELK_EXCLUDES(mutex);
+    std::optional<qz::CValue> valueOf(std::uint64_t generation, std::uint64_t channel) VELK_EXCLUDES(mutex);
+
+    /// Keeps what was read while the generation was `before` at first and `after` at last, if they allow it.
+    void keep(std::uint64_t before, std::uint64_t after, std::uint64_t channel, TypedValue known)
+        VELK_EXCLUDES(mutex);
+
+    /// A commit of this program has led from one generation to the other and has changed no type, and no
+    /// values but these.
+    void follow(std::uint64_t before, std::uint64_t after,
+                std::span<const std::pair<std::uint64_t, qz::CValue>> changed) VELK_EXCLUDES(mutex);
+
+    void forget() VELK_EXCLUDES(mutex);
+
+private:
+    const TypedValue* find(std::uint64_t generation, std::uint64_t channel) VELK_REQUIRES(mutex);
+
+    velk::common::Mutex mutex;
+    std::uint64_t present VELK_GUARDED_BY(mutex){1}; ///< at first one that nothing is ever kept of
+    std::int64_t sinceMs VELK_GUARDED_BY(mutex){0};
+    std::unordered_map<std::uint64_t, TypedValue> entries VELK_GUARDED_BY(mutex);
+};
+
+} // namespace tessapi
