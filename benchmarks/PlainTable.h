@@ -3,6 +3,7 @@
 #include "testing/TemporaryDirectory.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <sqlite3.h>
 #include <stdexcept>
 
@@ -12,7 +13,9 @@ namespace velk::benchmarks {
 /// One transaction for each operation. Threads: one.
 class PlainTable {
 public:
-    PlainTable() {
+    PlainTable() : PlainTable(std::filesystem::temp_directory_path()) {}
+    /// In a folder below `parent`.
+    explicit PlainTable(const std::filesystem::path& parent) : directory{parent} {
         sqlite3_open((directory / "plain.db").c_str(), &database);
         run("PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA wal_autocheckpoint=0;"
             "CREATE TABLE value(id INTEGER PRIMARY KEY, content REAL); INSERT INTO value VALUES(1, 0);");
@@ -45,6 +48,15 @@ public:
         sqlite3_bind_double(insertOne, 2, content);
         sqlite3_step(insertOne);
         sqlite3_reset(insertOne);
+    }
+
+    /// `count` rows in one transaction.
+    void insertAtOnce(std::int64_t count) {
+        run("BEGIN");
+        for (std::int64_t id = 2; id < count + 2; ++id) {
+            insert(id, 230.0);
+        }
+        run("COMMIT");
     }
 
 private:

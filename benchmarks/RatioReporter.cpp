@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <iostream>
 #include <sstream>
+#include <utility>
 
 namespace velk::benchmarks {
 
@@ -30,6 +31,23 @@ std::string text(double value, const std::string& unit) {
         out << std::setprecision(value < 100 ? 2 : 0) << value << ' ' << unit;
     }
     return out.str();
+}
+
+/// The target at the end of a figure's name, which is taken off: a number and perhaps a unit of time.
+std::pair<double, std::string> takeTarget(std::string& name) {
+    const auto brace = name.find(" {");
+    if (brace == std::string::npos) {
+        return {0, ""};
+    }
+    std::istringstream words{name.substr(brace + 2, name.size() - brace - 3)};
+    std::pair<double, std::string> target;
+    words >> target.first >> target.second;
+    name.resize(brace);
+    return target;
+}
+
+double inNanoseconds(double number, const std::string& unit) {
+    return number * (unit == "s" ? 1e9 : unit == "ms" ? 1e6 : unit == "us" ? 1e3 : 1);
 }
 
 template <typename Figure>
@@ -83,7 +101,10 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
 
 void RatioReporter::note(const std::string& name, const std::string& unit, double value, bool isMedian) {
     const auto slash = name.find('/');
-    Figure& noted = figure(name.substr(0, slash), name.substr(slash + 1));
+    std::string own = name.substr(slash + 1);
+    const auto [target, targetUnit] = takeTarget(own);
+    Figure& noted = figure(name.substr(0, slash), own);
+    (targetUnit.empty() ? noted.mostRatio : noted.mostTime) = inNanoseconds(target, targetUnit);
     noted.unit = unit;
     (isMedian ? noted.median : noted.variation) = value;
 }
@@ -98,7 +119,7 @@ RatioReporter::Figure& RatioReporter::figure(const std::string& group, const std
     auto& figures = found->figures;
     auto known = std::find_if(figures.begin(), figures.end(), isFigure);
     if (known == figures.end()) {
-        known = figures.insert(known, Figure{name, {}, 0, 0});
+        known = figures.insert(known, Figure{name, {}, 0, 0, 0, 0});
     }
     return *known;
 }
@@ -108,6 +129,16 @@ void RatioReporter::Finalize() {
         std::stable_partition(group.figures.begin(), group.figures.end(), isBaseline<Figure>);
         print(group);
     }
+}
+
+std::string RatioReporter::verdict(const Figure& one, double ratio) {
+    std::ostringstream words;
+    if (one.mostRatio != 0) {
+        words << (ratio <= one.mostRatio ? "met" : "MISSED") << ", at most " << one.mostRatio;
+    } else if (one.mostTime != 0) {
+        words << (one.median <= one.mostTime ? "met" : "MISSED") << ", at most " << text(one.mostTime, "ns");
+    }
+    return words.str();
 }
 
 void RatioReporter::print(const Group& group) {
@@ -122,16 +153,25 @@ void RatioReporter::print(const Group& group) {
     };
     std::cout << '\n';
     left(group.name);
-    std::cout << "    median | spread |   ratio |\n|" << std::string(width + 2, '-')
-              << "|-----------:|-------:|--------:|\n";
+    const bool targets = std::any_of(figures.begin(), figures.end(), [](const Figure& one) {
+        return one.mostRatio != 0 || one.mostTime != 0;
+    });
+    std::cout << "    median | spread |   ratio |" << (targets ? " target                |" : "") << "\n|"
+              << std::string(width + 2, '-') << "|-----------:|-------:|--------:|"
+              << (targets ? "-----------------------|" : "") << '\n';
     for (const Figure& one : figures) {
         left(one.name);
+        const double factor = baseline == figures.end() ? 0 : one.median / baseline->median;
         std::ostringstream ratio;
         if (baseline != figures.end()) {
-            ratio << std::fixed << std::setprecision(2) << one.median / baseline->median;
+            ratio << std::fixed << std::setprecision(factor < 0.01 ? 4 : 2) << factor;
         }
         std::cout << std::setw(10) << text(one.median, one.unit) << " | " << std::setw(4)
-                  << std::lround(one.variation * 100) << " % | " << std::setw(7) << ratio.str() << " |\n";
+                  << std::lround(one.variation * 100) << " % | " << std::setw(7) << ratio.str() << " |";
+        if (targets) {
+            std::cout << ' ' << std::left << std::setw(21) << verdict(one, factor) << std::right << " |";
+        }
+        std::cout << '\n';
     }
     std::cout << std::flush;
 }

@@ -1,5 +1,6 @@
 #include "benchmarks/SyntheticTree.h"
 
+#include "benchmarks/Stopwatch.h"
 #include "platform/tessapi/TessAccessor.h"
 #include "powerdistribution/alarms/AlarmProxyWrapperFactory.h"
 #include "powerdistribution/datamodel/powerEquipmentBuilder.h"
@@ -21,8 +22,15 @@ std::string urlFor(SyntheticTree::Store kind, const testing::TemporaryDirectory&
 } // namespace
 
 SyntheticTree::SyntheticTree(std::uint32_t outletCount, Store kind, const More& more) :
+    SyntheticTree{outletCount, kind, "", more} {}
+
+SyntheticTree::SyntheticTree(std::uint32_t outletCount, const std::string& otherUrl) :
+    SyntheticTree{outletCount, Store::file, otherUrl, {}} {}
+
+SyntheticTree::SyntheticTree(std::uint32_t outletCount, Store kind, const std::string& otherUrl,
+                             const More& more) :
     outlets{outletCount},
-    url{urlFor(kind, folder)},
+    url{otherUrl.empty() ? urlFor(kind, folder) : otherUrl},
     device{outletCount, folder.path()},
     store{tessapi::TessAccessor::open("benchmark", url)},
     factory{std::make_shared<protocols::ProxyWrapperFactory>(
@@ -38,9 +46,15 @@ void SyntheticTree::build(const More& more) {
         }
         return root;
     };
-    if (!model.build(*factory, store.connectorFactory(), builder) || !model.initialize()) {
+    if (!model.build(*factory, store.connectorFactory(), builder)) {
         throw std::runtime_error{"the tree cannot be built"};
     }
+    const double wall = nowNs();
+    const double cpu = cpuNs();
+    if (!model.initialize()) {
+        throw std::runtime_error{"the tree cannot be initialised"};
+    }
+    initialising = {nowNs() - wall, cpuNs() - cpu};
 }
 
 void SyntheticTree::rebuild() {

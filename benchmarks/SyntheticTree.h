@@ -22,6 +22,8 @@ public:
     enum class Store { file, memory };
 
     SyntheticTree(std::uint32_t outletCount, Store kind, const More& more = {});
+    /// Over the store at `url`, which may have the tree of an earlier one.
+    SyntheticTree(std::uint32_t outletCount, const std::string& url);
     SyntheticTree(const SyntheticTree&) = delete;
     SyntheticTree& operator=(const SyntheticTree&) = delete;
 
@@ -45,7 +47,14 @@ public:
     const std::string url;
     SyntheticDevice device;
 
+    /// What the last initialisation has taken, in nanoseconds.
+    struct {
+        double wall{0};
+        double cpu{0};
+    } initialising;
+
 private:
+    SyntheticTree(std::uint32_t outletCount, Store kind, const std::string& otherUrl, const More& more);
     void build(const More& more);
 
     powerdistribution::connectors::TessDatabaseManager store;
