@@ -4,6 +4,7 @@
 #include "cli/doctor/ProgramOutput.h"
 #include "cli/doctor/StoreDiagnosis.h"
 #include "platform/common/ProcessMark.h"
+#include "testing/ChildProcess.h"
 #include "testing/TemporaryDirectory.h"
 #include "tests/cli/RandomImage.h"
 #include "tests/cli/SnapshotBuilder.h"
@@ -172,6 +173,16 @@ TEST(DoctorDaemonTest, AGoodConfigurationIsNamed) {
     EXPECT_EQ(only(diagnoseConfiguration(
                   R"({"configuration": "/etc/velk.json", "good": true, "findings": [], "plugins": []})")),
               Diagnosis::ok("configuration", "/etc/velk.json"));
+}
+
+TEST(DoctorDaemonTest, TheConfigurationIsTheOneOfTheDaemonsCommandLine) {
+    velk::testing::ChildProcess daemon{
+        {"/bin/sh", "-c", "echo up; read line", "sh", "--config", "etc/velk.json"}};
+    ASSERT_TRUE(daemon.awaitOutput("up"));
+    const DaemonState state{DaemonState::Kind::Running, daemon.pid(), NOW_MS, "x"};
+    EXPECT_EQ(configurationOfDaemon(state), std::filesystem::current_path().string() + "/etc/velk.json");
+    daemon.closeInput();
+    EXPECT_EQ(daemon.finish(), 1) << "read found the end";
 }
 
 TEST(DoctorDaemonTest, AnAnswerThatCannotBeReadIsAProblem) {

@@ -187,7 +187,8 @@ TEST_F(WholeStoreTest, BashCompletesPathsAndActionsOfTheStore) {
 TEST_F(WholeStoreTest, DoctorLooksAtEverythingInItsOrder) {
     tess({"doctor", "--json"});
     std::vector<std::string> order;
-    for (const Json& finding : Json::parse(out)["findings"]) {
+    const Json document = Json::parse(out);
+    for (const Json& finding : document["findings"]) {
         const std::string what = finding["what"];
         if (order.empty() || order.back() != what) {
             order.push_back(what);
@@ -209,6 +210,14 @@ TEST_F(WholeStoreTest, DoctorSaysWhatToDoBelowTheProblem) {
     EXPECT_EQ(err, "");
     EXPECT_EQ(tess({"--store", "nonsense", "doctor"}), 1);
     EXPECT_THAT(out, HasSubstr("problem  store"));
+}
+
+TEST_F(WholeStoreTest, DoctorTellsWhatAFileIsThatIsNoStore) {
+    write("x.db", std::string(4096, 'x'));
+    EXPECT_EQ(tess({"--store", "sqlite:" + file("x.db"), "doctor"}), 1);
+    EXPECT_THAT(out, HasSubstr("problem  store"));
+    EXPECT_THAT(out, HasSubstr("x.db"));
+    EXPECT_THAT(out, HasSubstr("-> "));
 }
 
 TEST_F(WholeStoreTest, DoctorTellsWhetherTheDaemonIsAtWork) {
