@@ -21,6 +21,11 @@ std::string textOf(int error) {
     return error == ETIMEDOUT ? "no answer in time" : std::generic_category().message(error);
 }
 
+/// A socket without the option works too.
+void setOption(int socket, int level, int option, int value) {
+    [[maybe_unused]] const int result = setsockopt(socket, level, option, &value, sizeof value);
+}
+
 } // namespace
 
 SocketTransport::SocketTransport(const Endpoint& server, const Deadline& deadline) {
@@ -69,9 +74,10 @@ void SocketTransport::connectToHost(const Endpoint& server, const Deadline& dead
         const auto share = deadline.within(std::chrono::milliseconds{deadline.left() / left});
         error = tryConnect(address->ai_family, address->ai_addr, address->ai_addrlen, share);
         if (error == 0) {
-            const int on = 1;
-            // Only speeds things up; a socket without the option works too.
-            [[maybe_unused]] const int result = setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+            setOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
+            // So that nobody on the way forgets a connection over which nothing goes for hours.
+            setOption(socket, SOL_SOCKET, SO_KEEPALIVE, 1);
+            setOption(socket, IPPROTO_TCP, TCP_KEEPIDLE, 60);
             return;
         }
     }

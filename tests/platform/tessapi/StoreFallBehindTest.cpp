@@ -11,7 +11,7 @@ using qz::CValue;
 class StoreFallBehindTest : public StoreTest {
 protected:
     /// More writes than any engine keeps.
-    static constexpr std::uint32_t FLOOD = 80000;
+    static constexpr std::uint32_t FLOOD = 80000; // a multiple of 100
 
     void SetUp() override {
         const std::uint64_t device = client().device("device");
@@ -25,8 +25,13 @@ protected:
     void fallBehind() {
         const Gate gate = client().block();
         client().set(early, 5u);
+        std::vector<std::pair<std::uint64_t, CValue>> group; // some at a time: every engine has to write them
         for (std::uint32_t number = 1; number <= FLOOD; ++number) {
-            client().set(flooded, number);
+            group.emplace_back(flooded, number);
+            if (group.size() == 100) {
+                client().channels().setChannelCValues(group);
+                group.clear();
+            }
         }
         gate.open();
         client().settle();

@@ -70,7 +70,7 @@ end
 ---- Changes
 
 -- A writing call on the site that its caller means. What the caller has seen of the numbers counts: after a
--- failover the counter may be behind, and then a number is left out, so that listeners notice.
+-- failover the counter may be behind, and listeners would take what comes next for what they know.
 local function begin(keys, args)
   local held = redis.call('HMGET', keys[SITE], 'id', 'seq')
   if held[1] ~= args[TOKEN] then
@@ -78,7 +78,7 @@ local function begin(keys, args)
   end
   local seq, seen = tonumber(held[2]), tonumber(args[SEEN])
   if seen > seq then
-    seq = seen + 1
+    seq = seen
   end
   return {keys = keys, args = args, time = args[TIME], seq = seq, changes = {}, removed = {}}
 end

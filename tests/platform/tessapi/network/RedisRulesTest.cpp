@@ -2,11 +2,13 @@
 #include "platform/tessapi/engine/AlarmEvaluator.h"
 #include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/engine/ValueCodec.h"
+#include "platform/tessapi/network/ValueSender.h"
 #include "testing/RedisServer.h"
 
 #include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -151,6 +153,52 @@ TEST_F(RedisRulesTest, RetypingClearsTheAlarmsOfALostValue) {
     const auto events = again->alarmEvents(0, 10);
     ASSERT_EQ(events.size(), 2U);
     EXPECT_FALSE(events[1].raised);
+}
+
+TEST_F(RedisRulesTest, WriteThatIsSentAgainIsDoneOnce) {
+    RedisLink link{NetworkUrl{url}, std::chrono::seconds{3}};
+    link.open(false, "");
+    ValueSender sender{link, Engine::Options{}};
+    Outbox::Batch batch{sender.nextMark(), link.seen(), false, {}};
+    batch.changes.push_back({0, Change::Kind::value, CHANNEL, CValue{"once"}, 1});
+    EXPECT_EQ(sender.send(batch).kind, ValueSender::Verdict::Kind::taken);
+    engine->setValue(CHANNEL, CValue{"of another"});
+    batch.sentBefore = true;
+    EXPECT_EQ(sender.send(batch).kind, ValueSender::Verdict::Kind::taken);
+    EXPECT_EQ(engine->valueOf(CHANNEL), CValue{"of another"});
+    EXPECT_EQ(server.command({"XLEN", "tess:{rules}:news"}), "2");
+    batch.mark = sender.nextMark();
+    sender.send(batch);
+    EXPECT_EQ(engine->valueOf(CHANNEL), CValue{"once"}) << "what was not done is done";
+}
+
+TEST_F(RedisRulesTest, NumbersGoOnBehindWhatAProgramHasSeen) {
+    for (int i = 0; i < 3; ++i) {
+        engine->setValue(CHANNEL, CValue{"before"});
+    }
+    const auto seen = engine->startOf({}).seq;
+    EXPECT_EQ(engine->newsAfter(0).upTo, seen);
+    // As a replica has it that was behind when it took over.
+    server.command({"HSET", "tess:{rules}:site", "seq", "1"});
+    server.command({"DEL", "tess:{rules}:news"});
+    engine->setValue(CHANNEL, CValue{"after"});
+    const auto news = engine->newsAfter(seen);
+    EXPECT_FALSE(news.gap);
+    ASSERT_EQ(news.changes.size(), 1U);
+    EXPECT_EQ(news.changes[0].seq, seen + 1);
+    EXPECT_EQ(news.changes[0].value, CValue{"after"});
+}
+
+TEST_F(RedisRulesTest, AGroupMayBeLongerThanTheServersStack) {
+    const std::vector<Engine::ChannelValue> values(20'000, {CHANNEL, CValue{"again"}});
+    engine->setValues(values);
+    EXPECT_EQ(engine->startOf({}).seq, 20'000);
+    std::int64_t seq = 0;
+    for (auto news = engine->newsAfter(seq); !news.changes.empty(); news = engine->newsAfter(seq)) {
+        EXPECT_EQ(news.changes.front().seq, seq + 1);
+        seq = news.upTo;
+    }
+    EXPECT_EQ(seq, 20'000);
 }
 
 TEST_F(RedisRulesTest, AllKeysHaveTheHashTagOfTheSite) {
