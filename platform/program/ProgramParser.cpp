@@ -1,5 +1,7 @@
 #include "platform/program/ProgramParser.h"
 
+#include <algorithm>
+
 namespace velk::program {
 
 namespace {
@@ -13,11 +15,14 @@ std::string footerOf(const ProgramTable& table) {
     for (const std::string& note : table.notes) {
         footer += wrapped(note, WIDTH) + "\n\n";
     }
+    constexpr char NO_BREAK = '\1';
     std::string codes = "Exit codes:";
     for (const TermRow& code : table.exitCodes) {
-        codes += " " + code.term + " " + code.text + (&code == &table.exitCodes.back() ? "." : ",");
+        codes += " " + code.term + NO_BREAK + code.text + (&code == &table.exitCodes.back() ? "." : ",");
     }
-    return footer + wrapped(codes, WIDTH);
+    codes = wrapped(codes, WIDTH);
+    std::replace(codes.begin(), codes.end(), NO_BREAK, ' ');
+    return footer + codes;
 }
 
 std::string footerOf(const CommandRow& command) {
