@@ -45,8 +45,8 @@ tessapi::ChannelRecord channelOf(const StoreView& view, const tessapi::AlarmEven
 
 std::string wordsOf(const tessapi::AlarmEvent& event, const tessapi::ChannelRecord& channel) {
     const std::string value = briefText(event.value, channel);
-    if (event.raised && event.type == EQUAL_TRIGGER) {
-        return value;
+    if (event.type == EQUAL_TRIGGER) {
+        return event.raised ? value : value + ", no longer " + briefText(event.threshold1, channel);
     }
     qz::CAlarmTrigger trigger;
     trigger.type = event.type;

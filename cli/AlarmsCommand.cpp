@@ -30,7 +30,7 @@ std::vector<std::string> rowOf(const AlarmHappening& happening, const Style& sty
             happening.words,
             printable(event.code),
             lasted,
-            printable(event.message)};
+            event.message == happening.words ? "" : printable(event.message)};
 }
 
 } // namespace

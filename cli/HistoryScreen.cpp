@@ -132,7 +132,8 @@ void HistoryScreen::printTimeAxis(std::size_t indent, std::size_t width) const {
 
 void HistoryScreen::printStates() const {
     std::size_t nameWidth = 1;
-    for (const StateSpans::Row& row : StateSpans{answer, 1}.rows()) {
+    const StateSpans states{answer, 1};
+    for (const StateSpans::Row& row : states.rows()) {
         nameWidth = std::max(nameWidth, displayWidth(displayText(row.state, *point.channel)));
     }
     nameWidth = std::min(nameWidth, STATE_WIDTH);

@@ -204,9 +204,8 @@ void HistoryBook::shrink() {
 
 ByteVector HistoryBook::save(std::int64_t savedMs) const {
     const MutexLock lock{mutex};
-    ByteVector file;
+    ByteVector file(MAGIC.begin(), MAGIC.end());
     file.reserve(used);
-    file.insert(file.end(), MAGIC.begin(), MAGIC.end());
     putVarint(file, zigzag(savedMs));
     putVarint(file, known.size() + waiting.size());
     for (const auto& [channel, entry] : known) {

@@ -98,7 +98,7 @@ TEST_F(AlarmHistoryTest, AStateHasItsName) {
     const auto told = happenings({onBattery(NOW_MS, true), onBattery(NOW_MS, false)});
     EXPECT_EQ(told[0].path, "Status.Mode");
     EXPECT_EQ(told[0].words, "On battery");
-    EXPECT_EQ(told[1].words, "on line, no longer equal to On battery");
+    EXPECT_EQ(told[1].words, "on line, no longer On battery");
 }
 
 TEST_F(AlarmHistoryTest, AnEventOfAChannelThatIsGoneHasTheWordsOfTheCatalogue) {
@@ -149,6 +149,13 @@ TEST_F(AlarmHistoryTest, TheHistoryIsPrintedNewestLast) {
               "2023-11-14 22:13:20  warning  cleared  Inputs.1.Measure.Voltage  230 V, no longer at or below "
               "207 V  "
               "voltage-low  after 2 min  Voltage\n");
+}
+
+TEST_F(AlarmHistoryTest, AMessageThatIsTheNameOfTheStateIsNotSaidTwice) {
+    AlarmEvent event = onBattery(NOW_MS, true);
+    event.message = "On battery";
+    EXPECT_EQ(printed({event}, true),
+              "2023-11-14 22:13:20  critical  raised  Status.Mode  On battery  on-battery\n");
 }
 
 TEST_F(AlarmHistoryTest, AnEmptyHistoryIsSaid) {

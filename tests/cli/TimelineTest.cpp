@@ -92,7 +92,7 @@ TEST_F(TimelineTest, EverythingStandsInTheOrderOfTheTimes) {
         "tess: accepted\n"
         "2023-11-14 22:13:20  alarm  Status.LowRuntime                          critical LOW cleared after "
         "60 s: "
-        "no, no longer equal to yes\n");
+        "no, no longer yes\n");
     EXPECT_EQ(err, "");
 }
 
@@ -112,7 +112,7 @@ TEST_F(TimelineTest, SinceLeavesOutWhatWasBefore) {
     daemonChannel(CommunicationNote::CHANNEL, R"([{"timeMs":1699990000000,"device":"","state":"lost"}])");
     EXPECT_EQ(events({"1h", ""}),
               "2023-11-14 22:03:20  alarm  Status.LowRuntime  critical LOW cleared after 110 min: "
-              "no, no longer equal to yes\n");
+              "no, no longer yes\n");
 }
 
 TEST_F(TimelineTest, APathLeavesOutTheRestAndTheDevicesLog) {
