@@ -7,6 +7,7 @@
 #include "platform/tessapi/network/LinkError.h"
 #include "platform/tessapi/network/ServerRefusal.h"
 
+#include <optional>
 #include <random>
 
 namespace tessapi {
@@ -176,15 +177,17 @@ std::pair<std::string, std::string> RedisLink::greet(bool create, const std::str
 }
 
 Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline) {
+    std::optional<Endpoint> elsewhere;
     for (;;) {
         const auto command = make(again);
         try {
-            return connection->call(command, deadline);
+            return elsewhere ? askElsewhere(*elsewhere, command, deadline)
+                             : connection->call(command, deadline);
         } catch (const ServerRefusal& refusal) {
+            elsewhere.reset();
             if (refusal.code() == "ASK") {
-                return askElsewhere(MasterFinder::redirection(refusal.what()), command, deadline);
-            }
-            if (deadline.isOver() || !mend(refusal, deadline)) {
+                elsewhere = MasterFinder::redirection(refusal.what());
+            } else if (deadline.isOver() || !mend(refusal, deadline)) {
                 throw;
             }
         }
