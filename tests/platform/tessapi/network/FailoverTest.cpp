@@ -63,13 +63,14 @@ std::string siteOn(const RedisCluster& cluster, std::size_t node) {
 }
 
 /// What was written last before a failover may not have reached the replica, and the writer was told that it
-/// was taken: then a short run of numbers is missing, and nothing else.
+/// was taken: then a short run of numbers is missing. The one that was not answered was heard perhaps, and is
+/// written again. Nothing else.
 void expectInOrderButFor(const std::vector<qz::CValue>& values, int most, int last) {
     std::vector<int> numbers;
     for (const qz::CValue& value : values) {
         numbers.push_back(std::stoi(value.as_string()));
     }
-    EXPECT_EQ(std::set<int>(numbers.begin(), numbers.end()).size(), numbers.size()) << "one came twice";
+    EXPECT_LE(numbers.size() - std::set<int>(numbers.begin(), numbers.end()).size(), 1U);
     EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
     EXPECT_GE(static_cast<int>(numbers.size()), last - most);
 }
