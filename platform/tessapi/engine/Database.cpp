@@ -219,9 +219,7 @@ std::string Database::headOfFile(const std::string& path, const std::string& sto
 }
 
 void Database::fail(int resultCode) const {
-    // Often the connection knows no more than what the code says.
-    const std::string text{sqlite3_errmsg(handle())};
-    throwSqliteFailure(store, resultCode, text == sqlite3_errstr(resultCode) ? "" : text);
+    throwSqliteFailure(store, resultCode, sqlite3_errmsg(handle()));
 }
 
 } // namespace tessapi

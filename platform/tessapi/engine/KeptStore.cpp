@@ -156,6 +156,9 @@ std::optional<KeptStore::Record> KeptStore::read(const std::string& path, const 
         }
     }
     KeptStore kept{path, store};
+    if (Schema::isEmpty(kept.database)) {
+        return std::nullopt; // it was cut off while it was made, which the first look has undone
+    }
     Schema::verify(kept.database, Schema::KEPT_ID);
     return kept.record();
 }

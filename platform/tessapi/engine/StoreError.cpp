@@ -75,7 +75,8 @@ void throwStoreFault(const std::string& store, StoreFault fault, const std::stri
 }
 
 void throwSqliteFailure(const std::string& store, int resultCode, const std::string& detail) {
-    raise({resultCode, sqliteCategory()}, store, detail);
+    // Often the connection knows no more than what the code says.
+    raise({resultCode, sqliteCategory()}, store, detail == sqlite3_errstr(resultCode) ? "" : detail);
 }
 
 void throwSystemFailure(const std::string& store, int errorNumber, const std::string& detail) {

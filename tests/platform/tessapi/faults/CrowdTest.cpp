@@ -104,7 +104,7 @@ TEST_F(CrowdTest, AProgramThatIsStoppedWhileItReadsKeepsNobodyWaitingAndTheLogBo
     EXPECT_GT(largest, bound()) << "it never came to the bound";
     EXPECT_LT(largest, largestLog());
     stopped->signal(SIGCONT);
-    EXPECT_TRUE(stopped->awaitOutput("read "));
+    EXPECT_TRUE(stopped->awaitOutput("read ")) << stopped->errors();
 
     std::uint64_t calls = 0;
     std::int64_t longest = 0;

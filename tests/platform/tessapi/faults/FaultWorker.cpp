@@ -11,6 +11,10 @@
 //     fault_worker URL stop                                stops itself in the middle of a read, and then
 //     hears
 //                                                          of the end: the first value of the root's channel
+//     fault_worker URL follow WHO                          hears every write of a `pace` in its order, to the
+//     end fault_worker URL wait                                waits for the writers' lock, which nobody
+//     gives it fault_worker FOLDER full SEED                        works on a small file system until it is
+//     full
 //
 // ACKNOWLEDGED is a file that holds the number of the last call that has returned.
 
@@ -22,6 +26,7 @@
 #include "tests/platform/tessapi/faults/FaultDisk.h"
 #include "tests/platform/tessapi/faults/Faults.h"
 #include "tests/platform/tessapi/faults/RandomWork.h"
+#include "tests/platform/tessapi/faults/StoreCheck.h"
 #include "tests/platform/tessapi/stress/Acknowledged.h"
 
 #include <algorithm>
@@ -29,11 +34,14 @@
 #include <chrono>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <poll.h>
+#include <sched.h>
 #include <stdexcept>
 #include <string>
+#include <sys/mount.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -211,16 +219,124 @@ void stop(const Words& words) {
     std::cout << "ready" << std::endl;
     std::string line;
     std::getline(std::cin, line);
+    // Of one moment, however long the read has taken: the writer at full speed writes one channel after the
+    // other, so that his last twenty numbers follow one another.
+    const auto daemon = store->deviceIdOf(velk::common::Uuid{velk::common::Uuid::VELK_NAMESPACE, "daemon"});
     disk.stopInNextRead();
-    std::uint64_t texts = 0;
+    std::vector<std::uint64_t> numbers;
     for (const auto& channel : store->image().content.channels) {
-        // All of one moment, however long the read has taken: the numbers that one writer has written one
-        // after the other.
-        texts += channel.value.isValid() ? 1 : 0;
+        if (channel.deviceId == daemon) {
+            numbers.push_back(std::stoull(channel.value.as_string()));
+        }
     }
-    std::cout << "read " << texts << std::endl;
+    std::sort(numbers.begin(), numbers.end());
+    if (numbers.size() != 20 || numbers.back() - numbers.front() != 19) {
+        throw std::runtime_error{"what was read is of no one moment"};
+    }
+    std::cout << "read " << numbers.back() << std::endl;
     ended.wait(false);
     std::cout << "caught up" << std::endl;
+}
+
+void follow(const Words& words) {
+    const auto store = openAsUsual(words.at(1));
+    const velk::common::Uuid uuid{velk::common::Uuid::VELK_NAMESPACE, words.at(3)};
+    const auto device = store->emplaceDevice(uuid, 1, 0);
+    const auto end = store->emplaceChannel(1, "Test.End");
+    tessapi::Dispatcher dispatcher{"fault_worker", store};
+    std::atomic<bool> ended{false};
+    std::atomic<std::uint64_t> expected{0};
+    std::atomic<bool> inOrder{true};
+    std::vector<std::uint64_t> channels;
+    for (int i = 0; i < 20; ++i) {
+        channels.push_back(store->emplaceChannel(device, "Test.Text" + std::to_string(i)));
+    }
+    const auto hear = [&](const tessapi::ChannelWrite& write) {
+        if (write.channel == end) {
+            ended = true;
+            ended.notify_all();
+        } else if (std::find(channels.begin(), channels.end(), write.channel) != channels.end()) {
+            inOrder = inOrder && write.value.as_string() == std::to_string(expected++);
+        }
+    };
+    const auto listen = [&](const Engine::Start& start) {
+        return std::make_unique<tessapi::StoreSubscription>(start.seq, hear);
+    };
+    dispatcher.subscribe({}, listen, nullptr);
+    std::cout << "ready" << std::endl;
+    ended.wait(false);
+    if (!inOrder || expected == 0) {
+        throw std::runtime_error{"a write is missing or out of order"};
+    }
+}
+
+void wait(const Words& words) {
+    const auto path = words.at(1).substr(words.at(1).find(':') + 1) + "-lock";
+    tessapi::SharedPage page{path, words.at(1)};
+    tessapi::InterprocessLock lock{page, words.at(1), std::chrono::milliseconds{200}};
+    const tessapi::InterprocessHold hold{lock};
+    std::thread{[&] {
+        try {
+            const tessapi::InterprocessHold second{lock};
+        } catch (const std::exception& failure) {
+            std::cout << failure.what() << std::endl;
+        }
+    }}.join();
+}
+
+/// Does calls up to `last`; gives the text of the last refusal. The same calls but for those that were
+/// refused are done on `model`.
+std::string workUntil(std::uint32_t& call, std::uint32_t last, Engine& store, Engine& model,
+                      std::uint32_t seed) {
+    std::string refusal;
+    for (; call <= last; ++call) {
+        try {
+            RandomWork{store, seed, 0}.perform(call);
+        } catch (const std::exception& failure) {
+            refusal = failure.what();
+            continue;
+        }
+        RandomWork{model, seed, 0}.perform(call);
+    }
+    return refusal;
+}
+
+void full(const Words& words) {
+    const std::filesystem::path folder{words.at(1)};
+    const auto seed = number(words.at(3));
+    if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount("none", folder.c_str(), "tmpfs", 0, "size=2m") != 0) {
+        std::cout << "not permitted" << std::endl;
+        return;
+    }
+    const auto url = "sqlite:" + (folder / "tess.db").string();
+    const auto model = open("memory:model");
+    auto store = open(url);
+    std::uint32_t call = 1;
+    workUntil(call, 50, *store, *model, seed);
+    {
+        std::ofstream ballast{folder / "ballast", std::ios::binary};
+        while (ballast << std::string(1024, 'x') << std::flush) {
+        }
+    }
+    const auto refusal = workUntil(call, 1500, *store, *model, seed);
+    std::cout << "full: " << refusal << std::endl;
+    std::filesystem::remove(folder / "ballast");
+    if (const auto failure = workUntil(call, 1600, *store, *model, seed); !failure.empty()) {
+        throw std::runtime_error{"although there is space: " + failure};
+    }
+    store.reset();
+    ::mount("none", folder.c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, "size=2m");
+    try {
+        open(url)->setAttribute(1, 5, "text");
+    } catch (const std::exception& failure) {
+        std::cout << "read-only: " << failure.what() << std::endl;
+    }
+    ::mount("none", folder.c_str(), "tmpfs", MS_REMOUNT, "size=2m");
+    store = open(url);
+    const bool same = RandomWork{*store, seed, 0}.description() == RandomWork{*model, seed, 0}.description();
+    const auto problems = tessapi::faults::problemTextOf((folder / "tess.db").string());
+    std::cout << (same && problems.empty() ? "all there" : "something is missing: " + problems) << std::endl;
 }
 
 int run(const Words& words) {
@@ -239,6 +355,12 @@ int run(const Words& words) {
         look(words);
     } else if (task == "stop") {
         stop(words);
+    } else if (task == "follow") {
+        follow(words);
+    } else if (task == "wait") {
+        wait(words);
+    } else if (task == "full") {
+        full(words);
     } else {
         return 2;
     }

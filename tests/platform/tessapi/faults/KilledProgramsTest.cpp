@@ -1,4 +1,5 @@
 #include "platform/tessapi/engine/Engine.h"
+#include "platform/tessapi/engine/WorkingFile.h"
 #include "testing/ChildProcess.h"
 #include "testing/TemporaryDirectory.h"
 #include "tests/platform/tessapi/faults/Faults.h"
@@ -12,6 +13,7 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <memory>
 #include <random>
 #include <string>
@@ -42,7 +44,12 @@ protected:
     };
 
     std::string path(const std::string& name) const { return (folder / name).string(); }
-    std::string url() const { return "sqlite:" + path("tess.db"); }
+    std::string url() const { return "sqlite:" + path("tess.db") + (inMemory ? "?working=" + work() : ""); }
+    std::string work() const { return path("work"); }
+    /// The database that the programs work on.
+    std::string file() const {
+        return inMemory ? WorkingFile::pathIn(work(), path("tess.db")) : path("tess.db");
+    }
     std::string noteOf(std::size_t place) const { return path("acknowledged " + std::to_string(place)); }
 
     std::unique_ptr<ChildProcess> start(std::size_t place) const {
@@ -54,7 +61,7 @@ protected:
         case reader:
             return run({url(), "read"});
         case copier:
-            return run({path("tess.db"), "copy"});
+            return run({file(), "copy"});
         case filler:
             return run({folder.path().string(), "fill", std::to_string(seed()), std::to_string(filled + 1),
                         noteOf(place)});
@@ -108,7 +115,7 @@ protected:
     }
 
     bool check(std::size_t place, Engine& store, Tally& tally) {
-        const auto problems = problemTextOf(path("tess.db"));
+        const auto problems = problemTextOf(file());
         EXPECT_EQ(problems, "");
         if (place < WRITERS) {
             return isAllThere(shadows[place], place, store, tally) && problems.empty();
@@ -125,40 +132,64 @@ protected:
         image = work.description();
     }
 
+    /// Kills programs one after the other, and at last all of them.
+    void kill(int kills, Tally& tally) {
+        fillModel();
+        const auto store = Engine::open(StoreUrl{url()}, true);
+        std::array<std::unique_ptr<ChildProcess>, places> programs;
+        for (std::size_t place = 0; place < places; ++place) {
+            programs[place] = start(place);
+        }
+        std::minstd_rand random{seed()};
+        for (; tally.tried < kills && !HasFailure(); ++tally.tried) {
+            std::this_thread::sleep_for(std::chrono::milliseconds{5 + random() % 40});
+            // Writers more often than the others.
+            const std::size_t drawn = random() % (places + WRITERS);
+            const std::size_t place = drawn < places ? drawn : drawn - places;
+            programs[place]->signal(SIGKILL);
+            EXPECT_EQ(programs[place]->finish(), 128 + SIGKILL);
+            EXPECT_EQ(programs[place]->errors(), "");
+            tally.survived += check(place, *store, tally) ? 1 : 0;
+            programs[place] = start(place);
+        }
+        EXPECT_EQ(tally.survived, tally.tried);
+        for (auto& program : programs) {
+            program->signal(SIGKILL);
+            EXPECT_EQ(program->finish(), 128 + SIGKILL);
+        }
+        for (std::size_t place = 0; place < WRITERS; ++place) {
+            EXPECT_TRUE(isAllThere(shadows[place], place, *store, tally));
+            calls += shadows[place].done;
+        }
+        EXPECT_GT(calls, 0U);
+    }
+
     const velk::testing::TemporaryDirectory folder{scratch()};
+    bool inMemory{false};
     std::array<Shadow, WRITERS> shadows{Shadow{0}, Shadow{1}, Shadow{2}};
     std::uint32_t filled{0};
+    std::uint32_t calls{0};
     std::string image;
 };
 
 TEST_F(KilledProgramsTest, EveryKillLeavesAWholeStoreWithAllThatWasAcknowledged) {
     Tally tally{"killed programs"};
-    fillModel();
-    const auto store = Engine::open(StoreUrl{url()}, true);
-    std::array<std::unique_ptr<ChildProcess>, places> programs;
-    for (std::size_t place = 0; place < places; ++place) {
-        programs[place] = start(place);
-    }
-    std::minstd_rand random{seed()};
-    for (const int kills = share(500); tally.tried < kills && !HasFailure(); ++tally.tried) {
-        std::this_thread::sleep_for(std::chrono::milliseconds{5 + random() % 40});
-        // Writers more often than the others.
-        const std::size_t drawn = random() % (places + WRITERS);
-        const std::size_t place = drawn < places ? drawn : drawn - places;
-        programs[place]->signal(SIGKILL);
-        EXPECT_EQ(programs[place]->finish(), 128 + SIGKILL);
-        EXPECT_EQ(programs[place]->errors(), "");
-        tally.survived += check(place, *store, tally) ? 1 : 0;
-        programs[place] = start(place);
-    }
-    EXPECT_EQ(tally.survived, tally.tried);
-    std::uint32_t calls = 0;
-    for (const auto& shadow : shadows) {
-        EXPECT_GT(shadow.done, 0U);
-        calls += shadow.done;
-    }
+    kill(share(500), tally);
     EXPECT_GT(filled, 0U);
     tally.note = std::to_string(calls) + " calls acknowledged, " + std::to_string(filled) + " stores filled";
+}
+
+TEST_F(KilledProgramsTest, LikewiseInMemoryAndTheCopyOnDiskHasEverythingAfterTheMemoryIsGone) {
+    Tally tally{"killed programs, worked on in memory"};
+    inMemory = true;
+    kill(share(200), tally);
+    std::filesystem::remove_all(work());
+    const auto store = Engine::open(StoreUrl{url()}, true);
+    for (std::size_t place = 0; place < WRITERS; ++place) {
+        EXPECT_TRUE(isAllThere(shadows[place], place, *store, tally));
+    }
+    EXPECT_EQ(problemTextOf(file()), "");
+    tally.note = std::to_string(calls) + " calls acknowledged";
 }
 
 } // namespace

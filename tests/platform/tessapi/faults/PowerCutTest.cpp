@@ -1,4 +1,5 @@
 #include "platform/tessapi/engine/Engine.h"
+#include "platform/tessapi/engine/WorkingFile.h"
 #include "testing/TemporaryDirectory.h"
 #include "tests/platform/tessapi/faults/CutDisk.h"
 #include "tests/platform/tessapi/faults/FaultDisk.h"
@@ -19,6 +20,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace tessapi::faults {
@@ -31,6 +33,9 @@ using Kind = FaultDisk::Event::Kind;
 class PowerCutTest : public ::testing::Test {
 protected:
     static constexpr std::int64_t CALLS = 240;
+    static bool inMemory; ///< the store is worked on in memory, which a cut leaves nothing of
+
+    void SetUp() override { inMemory = false; }
 
     struct Run {
         std::vector<Event> events;
@@ -38,7 +43,20 @@ protected:
     };
 
     static std::shared_ptr<Engine> open(const std::filesystem::path& folder, const Engine::Options& options) {
-        return Engine::open(StoreUrl{"sqlite:" + (folder / "tess.db").string()}, true, options);
+        const auto url = "sqlite:" + (folder / "tess.db").string();
+        return Engine::open(StoreUrl{url + (inMemory ? "?working=" + (folder / "work").string() : "")}, true,
+                            options);
+    }
+
+    static std::string stateOf(Engine& store) {
+        const auto image = store.image();
+        return inMemory ? describeSettings(image) : describe(image);
+    }
+
+    /// The database that programs work on.
+    static std::string fileIn(const std::filesystem::path& folder) {
+        const auto file = (folder / "tess.db").string();
+        return inMemory ? WorkingFile::pathIn((folder / "work").string(), file) : file;
     }
 
     static Engine::Options eager() {
@@ -59,14 +77,14 @@ protected:
         FaultDisk::instance().record();
         auto first = open(folder.path(), options);
         auto second = open(folder.path(), options);
-        run.states[describe(first->image())] = 0;
+        run.states[stateOf(*first)] = 0;
         FaultDisk::instance().mark(0);
         for (std::int64_t call = 1; call <= CALLS; ++call) {
             const unsigned int who = random() % 2;
             RandomWork{*(who == 0 ? first : second), seed, who}.perform(
                 call <= 2 ? 1 : static_cast<std::uint32_t>(call));
             FaultDisk::instance().mark(call);
-            run.states[describe(first->image())] = call;
+            run.states[stateOf(*first)] = call;
             if (random() % 60 == 0) {
                 second.reset();
                 second = open(folder.path(), options);
@@ -75,20 +93,33 @@ protected:
         }
         first.reset();
         second.reset();
-        run.events = FaultDisk::instance().recorded();
+        const auto memory = std::filesystem::path{fileIn(folder.path())}.filename().string();
+        for (auto& event : FaultDisk::instance().recorded()) {
+            if (!inMemory || event.file.rfind(memory, 0) != 0) {
+                run.events.push_back(std::move(event));
+            }
+        }
         return run;
     }
 
-    /// The last call that returned before the last sync of the log.
+    /// The last call that returned before the last sync of the log; of a store in memory before the copy to
+    /// the disk began that was synced last, each of which syncs at most twice.
     struct Durable {
         std::int64_t returned{-1};
+        std::int64_t before{-1};
         std::int64_t call{-1};
+        bool second{false};
 
         void happen(const Event& event) {
             if (event.kind == Kind::mark) {
                 returned = event.offset;
             } else if (event.kind == Kind::sync && event.file == "tess.db-wal") {
-                call = returned;
+                second = !second;
+                if (!inMemory) {
+                    call = returned;
+                } else if (second) {
+                    call = std::exchange(before, returned);
+                }
             }
         }
     };
@@ -101,7 +132,7 @@ protected:
         std::ofstream{folder / "tess.db-lock", std::ios::binary} << std::string(random() % 200, '\x5a');
         std::string found;
         try {
-            found = describe(open(folder.path(), eager())->image());
+            found = stateOf(*open(folder.path(), eager()));
         } catch (const std::exception& failure) {
             ADD_FAILURE() << failure.what();
             return false;
@@ -114,7 +145,7 @@ protected:
                                                         : "call " + std::to_string(state->second));
             return false;
         }
-        const auto problems = problemTextOf((folder / "tess.db").string());
+        const auto problems = problemTextOf(fileIn(folder.path()));
         EXPECT_EQ(problems, "");
         return problems.empty();
     }
@@ -140,20 +171,32 @@ protected:
             }
         }
     }
+
+    static void cutRuns(int runs, std::chrono::microseconds pause, Tally& tally) {
+        std::size_t events = 0;
+        for (int run = 0; run < runs && !HasFailure(); ++run) {
+            const auto number = seed() + static_cast<std::uint32_t>(run);
+            const auto recorded = recordRun(number, eager(), pause);
+            events += recorded.events.size();
+            cut(recorded, number, 200, tally);
+        }
+        EXPECT_EQ(tally.survived, tally.tried);
+        EXPECT_GT(tally.tried, 0);
+        tally.note = std::to_string(runs) + " runs, " + std::to_string(events) + " writes and syncs";
+    }
 };
+
+bool PowerCutTest::inMemory = false;
 
 TEST_F(PowerCutTest, EveryCutLeavesAWholeStoreWithAllThatWasSynced) {
     Tally tally{"power cuts"};
-    const int runs = std::max(share(12), 1);
-    std::size_t events = 0;
-    for (int run = 0; run < runs && !HasFailure(); ++run) {
-        const auto number = seed() + static_cast<std::uint32_t>(run);
-        const auto recorded = recordRun(number, eager(), std::chrono::microseconds{200});
-        events += recorded.events.size();
-        cut(recorded, number, 200, tally);
-    }
-    EXPECT_EQ(tally.survived, tally.tried);
-    tally.note = std::to_string(runs) + " runs, " + std::to_string(events) + " writes and syncs";
+    cutRuns(share(12), std::chrono::microseconds{200}, tally);
+}
+
+TEST_F(PowerCutTest, LikewiseTheCopyOnDiskOfAStoreThatIsWorkedOnInMemory) {
+    Tally tally{"power cuts, worked on in memory"};
+    inMemory = true;
+    cutRuns(share(10), std::chrono::milliseconds{2}, tally);
 }
 
 TEST_F(PowerCutTest, WhatIsCommittedIsSyncedWithinASecond) {

@@ -273,4 +273,18 @@ std::string describe(const StoreImage& image) {
     return out.str();
 }
 
+std::string describeSettings(const StoreImage& image) {
+    StoreImage settings;
+    settings.lastDevice = image.lastDevice;
+    settings.lastChannel = image.lastChannel;
+    settings.content = image.content;
+    settings.writeRecords = image.writeRecords;
+    for (auto& channel : settings.content.channels) {
+        channel.value = {};
+        channel.writtenMs = channel.changedMs = 0;
+        channel.activeAlarms.clear();
+    }
+    return describe(settings);
+}
+
 } // namespace tessapi::faults

@@ -56,4 +56,8 @@ private:
 /// Everything in a store, times and identifiers among it.
 std::string describe(const StoreImage& image);
 
+/// Devices, attributes, channels and what is set of them: what is on the disk at once when a store is worked
+/// on in memory.
+std::string describeSettings(const StoreImage& image);
+
 } // namespace tessapi::faults

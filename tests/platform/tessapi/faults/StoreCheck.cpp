@@ -4,10 +4,14 @@
 #include "platform/qz/datatype.h"
 #include "platform/tessapi/engine/AlarmEvaluator.h"
 #include "platform/tessapi/engine/AlarmTable.h"
+#include "platform/tessapi/engine/BreakableReads.h"
 #include "platform/tessapi/engine/ChannelTable.h"
+#include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/SharedPage.h"
 #include "platform/tessapi/engine/Statement.h"
 #include "platform/tessapi/engine/Transaction.h"
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <map>
@@ -151,7 +155,9 @@ private:
 
 std::vector<std::string> problemsOf(const std::string& file) {
     try {
-        return Check{file}.run();
+        SharedPage page{file + "-lock", file};
+        InterprocessLock lock{page, file, std::chrono::seconds{20}};
+        return BreakableReads{lock}.run([&file] { return Check{file}.run(); });
     } catch (const std::exception& failure) {
         return {failure.what()};
     }
