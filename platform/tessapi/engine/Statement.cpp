@@ -79,7 +79,8 @@ void Statement::bind(int index, std::int64_t number) {
 }
 
 void Statement::bind(int index, const std::string& text) {
-    check(sqlite3_bind_text64(compiled.get(), index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
+    check(
+        sqlite3_bind_text64(compiled.get(), index, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
 }
 
 void Statement::bind(int index, const qz::CValue::Bytes& bytes) {

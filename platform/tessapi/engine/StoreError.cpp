@@ -39,7 +39,8 @@ public:
         case StoreFault::refused:
             return "the server of the store refuses";
         case StoreFault::lost:
-            return "the server has lost the store or has another one of its name; a program that worked on it "
+            return "the server has lost the store or has another one of its name; a program that worked on "
+                   "it "
                    "has to be started anew";
         }
         return "unknown failure";

@@ -26,8 +26,8 @@ public:
     /// `TESS_URL`; without it the store of the machine: `$STATE_DIRECTORY/tess.db`, else
     /// `$XDG_STATE_HOME/velk/tess.db`, else `$HOME/.local/state/velk/tess.db`, worked on in
     /// `$RUNTIME_DIRECTORY`, else in /run/velk if this program may write there, else in
-    /// `$XDG_RUNTIME_DIR/velk`, else on disk; `TESS_WHEN_CORRUPT=set-aside` adds that option. An empty variable counts as not set. Throws
-    /// std::invalid_argument when the environment names no place on disk.
+    /// `$XDG_RUNTIME_DIR/velk`, else on disk; `TESS_WHEN_CORRUPT=set-aside` adds that option. An empty
+    /// variable counts as not set. Throws std::invalid_argument when the environment names no place on disk.
     static std::string ofEnvironment();
 
     bool inMemory() const { return memory; }

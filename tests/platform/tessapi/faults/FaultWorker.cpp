@@ -147,12 +147,12 @@ bool inputHasEnded() {
     return ::poll(&input, 1, 0) > 0;
 }
 
-/// With the usual options, or with less history, so that a short run comes to its end.
+/// With less history than usual, and in a short run with a log that is soon too long.
 std::shared_ptr<Engine> openAsUsual(const std::string& url) {
     Engine::Options options;
+    options.changesKept = 1000;
     if (!tessapi::faults::all()) {
         options.framesToCopy = 512;
-        options.changesKept = 1000;
     }
     return Engine::open(tessapi::StoreUrl{url}, true, options);
 }
