@@ -193,44 +193,65 @@ void AggregateRing::save(ByteVector& file) const {
 
 void AggregateRing::load(ByteReader& file) {
     constexpr std::int64_t furthestStep = SampleRing::FURTHEST_MS / STEP_MS + 1;
-    AggregateRing loaded{narrow};
-    const std::uint64_t steps = file.varint();
-    loaded.frontStep = unzigzag(file.varint());
-    const std::string_view content = file.text();
-    ByteReader reader{content};
-    std::int64_t step = 0;
     const auto requireSense = [](bool sense) {
         if (!sense) {
             throw std::runtime_error{"has steps that make no sense"};
         }
     };
+    const auto takeStep = [&] {
+        const std::int64_t step = unzigzag(file.varint());
+        requireSense(step >= -furthestStep && step <= furthestStep);
+        return step;
+    };
+    const auto takeTime = [&] {
+        const std::int64_t timeMs = unzigzag(file.varint());
+        requireSense(SampleRing::isWithin(timeMs));
+        return timeMs;
+    };
+    AggregateRing loaded{narrow};
+    const std::uint64_t steps = file.varint();
+    loaded.frontStep = takeStep();
+    const std::string_view content = file.text();
     requireSense(steps <= content.size());
-    for (std::uint64_t i = 0; i < steps; ++i) {
-        const std::int64_t before = step;
-        next(reader, step);
-        step = i == 0 ? loaded.frontStep : step;
-        requireSense(std::abs(step) <= furthestStep && std::abs(before) <= furthestStep);
-    }
-    requireSense(reader.left().empty());
     loaded.count = static_cast<std::uint32_t>(steps);
-    loaded.backStep = step;
-    fitCapacity(loaded.bytes, content.size());
-    loaded.bytes.insert(loaded.bytes.end(), content.begin(), content.end());
+    loaded.backStep = loaded.lastStepOf(content);
+    loaded.bytes.assign(content.begin(), content.end());
     loaded.begun = file.raw<std::uint8_t>() != 0;
-    loaded.firstMs = unzigzag(file.varint());
-    loaded.present.step = unzigzag(file.varint());
-    loaded.present.timeMs = unzigzag(file.varint());
-    loaded.present.coveredMs = unzigzag(file.varint());
+    loaded.firstMs = takeTime();
+    loaded.present.step = takeStep();
+    loaded.present.timeMs = takeTime();
+    loaded.present.coveredMs = takeTime();
     loaded.present.sum = file.raw<double>();
     loaded.present.least = file.raw<double>();
     loaded.present.greatest = file.raw<double>();
     const double last = file.raw<double>();
     loaded.present.last = std::isnan(last) ? std::nullopt : std::optional{last};
     loaded.present.any = file.raw<std::uint8_t>() != 0;
-    requireSense(std::abs(loaded.firstMs) <= SampleRing::FURTHEST_MS &&
-                 std::abs(loaded.present.step) <= furthestStep &&
-                 std::abs(loaded.present.timeMs) <= SampleRing::FURTHEST_MS + STEP_MS);
     *this = std::move(loaded);
+}
+
+/// Of `count` steps from `frontStep` on. Throws std::runtime_error when they are not what `content` has.
+std::int64_t AggregateRing::lastStepOf(std::string_view content) const {
+    constexpr std::int64_t furthestStep = SampleRing::FURTHEST_MS / STEP_MS + 1;
+    const std::size_t numbers = 4 * (narrow ? sizeof(float) : sizeof(double));
+    ByteReader reader{content};
+    std::int64_t step = frontStep;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::int64_t later = unzigzag(reader.varint());
+        reader.take(numbers);
+        const std::int64_t next =
+            i == 0 ? step : step + std::clamp(later, -2 * furthestStep, 2 * furthestStep);
+        const bool hasSense = later >= -2 * furthestStep && later <= 2 * furthestStep &&
+                              next >= -furthestStep && next <= furthestStep;
+        if (!hasSense) {
+            throw std::runtime_error{"has steps that make no sense"};
+        }
+        step = next; // the first one's tells how far it is from one that is forgotten
+    }
+    if (!reader.left().empty()) {
+        throw std::runtime_error{"has steps that make no sense"};
+    }
+    return step;
 }
 
 } // namespace velk::daemon

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace velk::daemon {
@@ -72,6 +73,7 @@ private:
     void putNumber(double value);
     double takeNumber(ByteReader& reader) const;
     Aggregate next(ByteReader& reader, std::int64_t& step) const;
+    std::int64_t lastStepOf(std::string_view content) const;
 
     bool narrow;
     bool begun{false};

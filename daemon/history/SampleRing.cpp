@@ -3,7 +3,6 @@
 #include "daemon/history/ValueCoding.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
@@ -113,14 +112,14 @@ void SampleRing::load(ByteReader& file) {
     const std::uint64_t samples = file.varint();
     loaded.frontMs = unzigzag(file.varint());
     ByteReader content{file.text()};
-    if (samples > content.left().size() || std::abs(loaded.frontMs) > FURTHEST_MS) {
+    if (samples > content.left().size() || !isWithin(loaded.frontMs)) {
         throw std::runtime_error{"has samples that make no sense"};
     }
     std::int64_t timeMs = loaded.frontMs;
     for (std::uint64_t i = 0; i < samples; ++i) {
         const Sample sample = next(content, i == 0 ? 0 : timeMs);
         timeMs = i == 0 ? loaded.frontMs : sample.timeMs;
-        if (std::abs(timeMs) > FURTHEST_MS) {
+        if (!isWithin(timeMs)) {
             throw std::runtime_error{"has samples that make no sense"};
         }
         loaded.add(timeMs, kept(type, sample.value));

@@ -28,6 +28,8 @@ public:
     /// No stamp is further from 1970 than this; one that is counts as this.
     static constexpr std::int64_t FURTHEST_MS = std::int64_t{1} << 60;
 
+    static bool isWithin(std::int64_t timeMs) { return timeMs >= -FURTHEST_MS && timeMs <= FURTHEST_MS; }
+
     /// Of a channel of this type.
     explicit SampleRing(qz::datatype channelType) : type{channelType} {}
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace velk::daemon {
 namespace {
 
@@ -145,6 +147,37 @@ TEST(AggregateRingTest, WhatIsSavedComesBackAndGoesOn) {
         EXPECT_THROW(loaded.load(cut), std::runtime_error) << size;
     }
     EXPECT_EQ(loaded.aggregates(), ring.aggregates());
+}
+
+TEST(AggregateRingTest, NumbersBeyondAllSenseAreRefused) {
+    constexpr std::int64_t wild = std::numeric_limits<std::int64_t>::min();
+    const auto file = [](std::int64_t front, std::int64_t first, std::int64_t second, std::int64_t timeMs) {
+        ByteVector steps;
+        for (const std::int64_t step : {first, second}) {
+            putVarint(steps, zigzag(step));
+            steps.resize(steps.size() + 4 * sizeof(float));
+        }
+        ByteVector bytes;
+        putVarint(bytes, 2);
+        putVarint(bytes, zigzag(front));
+        putText(bytes, viewOf(steps, 0));
+        bytes.push_back(1);
+        for (const std::int64_t number : {timeMs, std::int64_t{0}, timeMs, std::int64_t{0}}) {
+            putVarint(bytes, zigzag(number));
+        }
+        bytes.resize(bytes.size() + 4 * sizeof(double) + 1);
+        return bytes;
+    };
+    const auto loads = [](const ByteVector& bytes) {
+        AggregateRing ring{true};
+        ByteReader reader{viewOf(bytes, 0)};
+        ring.load(reader);
+    };
+    EXPECT_NO_THROW(loads(file(5, 1, 1, BEGIN)));
+    EXPECT_THROW(loads(file(wild, 1, 1, BEGIN)), std::runtime_error);
+    EXPECT_THROW(loads(file(5, wild, 1, BEGIN)), std::runtime_error);
+    EXPECT_THROW(loads(file(5, 1, wild, BEGIN)), std::runtime_error);
+    EXPECT_THROW(loads(file(5, 1, 1, wild)), std::runtime_error);
 }
 
 } // namespace
