@@ -7,17 +7,18 @@ namespace velk::cli {
 namespace {
 
 constexpr char ESCAPE = '\033';
+constexpr char DELETE = '\x7F';
 constexpr char LATIN_LEAD = '\xC2'; // of two bytes that may be a control character
 
 bool isControl(char letter) {
     const auto code = static_cast<unsigned char>(letter);
-    return (code < 0x20 && letter != '\n' && letter != '\t') || code == 0x7F;
+    return code < 0x20 && letter != '\n' && letter != '\t';
 }
 
 } // namespace
 
-SafeOutput::SafeOutput(std::ostream& guarded, bool colours) :
-    stream{guarded}, behind{guarded.rdbuf()}, coloured{colours} {
+SafeOutput::SafeOutput(std::ostream& guarded, bool toTerminal, bool colours) :
+    stream{guarded}, behind{guarded.rdbuf()}, terminal{toTerminal}, coloured{colours} {
     stream.rdbuf(this);
 }
 
@@ -50,10 +51,10 @@ int SafeOutput::sync() {
 void SafeOutput::take(char letter) {
     if (!held.empty()) {
         takeHeld(letter);
-    } else if ((letter == ESCAPE && coloured) || letter == LATIN_LEAD) {
+    } else if ((letter == ESCAPE && coloured) || (letter == LATIN_LEAD && terminal)) {
         held = letter;
     } else {
-        ready += isControl(letter) ? '?' : letter;
+        ready += isControl(letter) || (letter == DELETE && terminal) ? '?' : letter;
     }
 }
 

@@ -1,8 +1,8 @@
 #include "cli/CommandLine.h"
 #include "cli/Failure.h"
-#include "cli/Terminal.h"
 #include "cli/OpenStore.h"
 #include "cli/SafeOutput.h"
+#include "cli/Terminal.h"
 #include "platform/tessapi/StoreAdvice.h"
 #include "platform/tessapi/TessAccessor.h"
 
@@ -72,8 +72,9 @@ ExitCode runReporting(const CommandLine& line) {
 
 int main(int argc, char** argv) {
     // A device may say anything, and an attacker anything as a device.
-    const velk::cli::SafeOutput out{std::cout, Style::forFile(STDOUT_FILENO).isColoured()};
-    const velk::cli::SafeOutput err{std::cerr, false};
+    const velk::cli::SafeOutput out{std::cout, isatty(STDOUT_FILENO) == 1,
+                                    Style::forFile(STDOUT_FILENO).isColoured()};
+    const velk::cli::SafeOutput err{std::cerr, isatty(STDERR_FILENO) == 1, false};
     CommandLine line;
     if (const auto ended = line.parse(argc, argv)) {
         return static_cast<int>(*ended);

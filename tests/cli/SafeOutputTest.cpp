@@ -13,7 +13,7 @@ namespace {
 std::string shown(const std::string& text, bool colours) {
     std::ostringstream stream;
     {
-        const SafeOutput safe{stream, colours};
+        const SafeOutput safe{stream, true, colours};
         stream << text;
     }
     return stream.str();
@@ -23,7 +23,7 @@ std::string shown(const std::string& text, bool colours) {
 std::string shownSlowly(const std::string& text, bool colours) {
     std::ostringstream stream;
     {
-        const SafeOutput safe{stream, colours};
+        const SafeOutput safe{stream, true, colours};
         for (const char letter : text) {
             stream.put(letter);
         }
@@ -51,6 +51,15 @@ TEST(SafeOutputTest, ControlCharactersOfTwoBytesBecomeQuestionMarks) {
     EXPECT_EQ(shown("\xC2\033[2J", false), "\xC2?[2J");
 }
 
+TEST(SafeOutputTest, ToAProgramOnlyThatBecomesAQuestionMarkWhichJsonNeverHas) {
+    std::ostringstream stream;
+    {
+        const SafeOutput safe{stream, false, false};
+        stream << "{\"a\": \"\x7F\xC2\x9B\"}\033[2J\r\n";
+    }
+    EXPECT_EQ(stream.str(), "{\"a\": \"\x7F\xC2\x9B\"}?[2J?\n");
+}
+
 TEST(SafeOutputTest, ColoursOfTheProgramPassWhereAPersonLooks) {
     const Style style{true};
     const std::string text = style.title("a") + style.faint("b") + style.good("c") + style.bad("d") +
@@ -70,7 +79,7 @@ TEST(SafeOutputTest, OtherSequencesAreNoColours) {
 TEST(SafeOutputTest, StreamGoesOnAsItWasAfterwards) {
     std::ostringstream stream;
     {
-        const SafeOutput safe{stream, false};
+        const SafeOutput safe{stream, true, false};
         stream << "\033" << std::flush;
         EXPECT_EQ(stream.str(), "?");
     }
@@ -82,7 +91,7 @@ TEST(SafeOutputTest, StreamGoesOnAsItWasAfterwards) {
 TEST(SafeOutputTest, StreamThatFailsIsToldSo) {
     std::ofstream full{"/dev/full"};
     {
-        const SafeOutput safe{full, false};
+        const SafeOutput safe{full, true, false};
         full << "text" << std::flush;
         EXPECT_FALSE(full.good());
     }
