@@ -128,7 +128,7 @@ program::ProgramTable makeTable() {
         "The store is the one that TESS_URL names, else the one of this machine.",
     };
     table.environment = {
-        {"TESS_URL", "Which store: sqlite:PATH or memory:NAME"},
+        {"TESS_URL", "Which store: sqlite:PATH, memory:NAME or redis://HOST/SITE"},
         {"STATE_DIRECTORY, XDG_STATE_HOME, HOME", "Without TESS_URL: where the store of this machine lies"},
         {"NO_COLOR", "No colours, also on a terminal"},
         {"TZ", "The zone of the times that are shown"},

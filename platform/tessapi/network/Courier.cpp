@@ -168,9 +168,10 @@ void Courier::announceReturn() {
 
 void Courier::giveUp() {
     MutexLock lock{mutex};
-    if (!outbox.isEmpty()) {
-        say("the server has lost the store; " + std::to_string(outbox.size()) + " values kept are lost");
-    }
+    const std::string kept =
+        outbox.isEmpty() ? "" : "; " + std::to_string(outbox.size()) + " values kept are lost";
+    say("the server has lost the store or has another one of its name" + kept +
+        "; this program has to be started anew");
     outbox.clear();
     busy = false;
     announced = false;

@@ -124,7 +124,7 @@ local function insert_channel(keys, id, device, name, kind, description)
   redis.call('HSET', keys[CHANNELS], id,
     struct.pack('<I8I4c0', tonumber(device), #description, description) .. name)
   redis.call('ZADD', keys[MEMBERS], device, id)
-  if redis.call('HSET', keys[VALUES], id, string.char(kind, 0) .. NEVER) == 1 and id == '1000' then
+  if redis.call('HSET', keys[VALUES], id, string.char(kind, 0) .. NEVER) == 1 and tonumber(id) == FIRST_FREE then
     spread(keys[VALUES])
   end
 end

@@ -80,6 +80,9 @@ local function fill(keys, args)
       redis.call('HSET', keys[ALARMS], id, pack_triggers(list))
     end
   end
+  if redis.call('EXISTS', keys[VALUES]) == 1 then
+    spread(keys[VALUES])
+  end
   local function take_stream(key, field, counter, count)
     for _ = 1, count do
       local number, content = take(2)

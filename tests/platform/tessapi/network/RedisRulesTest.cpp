@@ -201,6 +201,14 @@ TEST_F(RedisRulesTest, AGroupMayBeLongerThanTheServersStack) {
     EXPECT_EQ(seq, 20'000);
 }
 
+TEST_F(RedisRulesTest, ValuesAreFoundWithoutASearchThroughAllOfThem) {
+    EXPECT_EQ(server.command({"OBJECT", "ENCODING", "tess:{rules}:values"}), "hashtable");
+    const auto image = engine->image();
+    Engine::open(StoreUrl{url + "2"}, true)->fill(image);
+    EXPECT_EQ(server.command({"OBJECT", "ENCODING", "tess:{rules2}:values"}), "hashtable");
+    EXPECT_EQ(engine->snapshot().channels.size(), 1U);
+}
+
 TEST_F(RedisRulesTest, AllKeysHaveTheHashTagOfTheSite) {
     const auto device = engine->emplaceDevice(Uuid{Uuid::VELK_NAMESPACE, "device"}, 1, 0);
     engine->setAttribute(device, 7, "Inputs.1");
