@@ -2,6 +2,7 @@
 // second. The same over publish/subscribe of a Redis server (a function call that does what a set does and
 // publishes the value) and, bare, over a pipe.
 
+#include "benchmarks/MeasuredServer.h"
 #include "benchmarks/MeasuredStore.h"
 #include "benchmarks/Quantile.h"
 #include "benchmarks/RedisClient.h"
@@ -78,23 +79,19 @@ Course overStore() {
         [&] { listener.closeInput(); });
 }
 
-double cpuOf(const RedisServer& server) {
-    return 1e9 * (std::stod(server.info("used_cpu_user")) + std::stod(server.info("used_cpu_sys")));
-}
-
 struct RedisCourse : Course {
     double serverCpu{0}; ///< likewise, of the server
 };
 
 RedisCourse overRedis() {
-    const RedisServer server;
+    const MeasuredServer server;
     RedisClient redis{server.socket()};
     redis.prepare(10);
     ChildProcess listener{{VELK_BENCHMARK_PEER, "hear-redis", server.socket().string()}};
-    const double before = cpuOf(server);
+    const double before = server.cpuNs();
     RedisCourse course{run(
         listener, [&](float value) { redis.set(0, value, true); }, [&] { redis.set(0, -1, true); })};
-    course.serverCpu = (cpuOf(server) - before) / SETS;
+    course.serverCpu = (server.cpuNs() - before) / SETS;
     return course;
 }
 

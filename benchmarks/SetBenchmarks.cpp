@@ -1,6 +1,7 @@
 // What one value costs in the store: set alone, set in a group, read when nothing has changed. The same
 // channels are set in a Redis server by one call of a function that does the same, in turns with the store.
 
+#include "benchmarks/MeasuredServer.h"
 #include "benchmarks/MeasuredStore.h"
 #include "benchmarks/RedisClient.h"
 #include "benchmarks/Stopwatch.h"
@@ -20,6 +21,8 @@ using velk::testing::ChildProcess;
 using velk::testing::RedisServer;
 
 constexpr int CHANNELS = 100;
+constexpr int SETS = 10'000;
+constexpr int REDIS_SETS = 2'000;
 
 using Group = std::vector<std::pair<std::uint64_t, qz::CValue>>;
 
@@ -42,9 +45,10 @@ void setValues(benchmark::State& state) {
     const std::string alone{"store: a value set, with log and triggers/"};
     const std::string grouped{"store: values set in groups of 100, per value/"};
     MeasuredStore store{CHANNELS};
-    const RedisServer server;
+    const MeasuredServer server;
     RedisClient redis{server.socket()};
     redis.prepare(CHANNELS);
+    const std::string cpu{"store: CPU time of a value set/"};
     const auto setStore = [&](int i) {
         store.channels().setChannelCValue(store.ids[static_cast<std::size_t>(i % CHANNELS)],
                                           qz::CValue{static_cast<float>(i)});
@@ -56,14 +60,26 @@ void setValues(benchmark::State& state) {
         double ofRedis = 0;
         double ofStore = 0;
         double inGroups = 0;
+        double cpuOfRedis = 0;
+        double cpuOfStore = 0;
+        double cpuInGroups = 0;
         constexpr int TURNS = 5;
         for (int turn = 0; turn < TURNS; ++turn) {
-            ofRedis += perRun(2'000, setRedis) / TURNS;
-            ofStore += perRun(10'000, setStore) / TURNS;
-            inGroups += setInGroups(store.channels(), store.ids, 100) / TURNS;
+            const double atFirst = cpuNs() + server.cpuNs();
+            ofRedis += perRun(REDIS_SETS, setRedis) / TURNS;
+            const double withStore = cpuNs() + server.cpuNs();
+            ofStore += perRun(SETS, setStore) / TURNS;
+            const double withGroups = cpuNs() + server.cpuNs();
+            inGroups += setInGroups(store.channels(), store.ids, SETS / CHANNELS) / TURNS;
+            cpuOfRedis += (withStore - atFirst) / REDIS_SETS / TURNS;
+            cpuOfStore += (withGroups - withStore) / SETS / TURNS;
+            cpuInGroups += (cpuNs() + server.cpuNs() - withGroups) / SETS / TURNS;
         }
         state.counters[alone + "baseline: Redis, a function call [ns]"] = ofRedis;
         state.counters[alone + "store {0.16} [ns]"] = ofStore;
+        state.counters[cpu + "baseline: Redis, client and server [ns]"] = cpuOfRedis;
+        state.counters[cpu + "store [ns]"] = cpuOfStore;
+        state.counters[cpu + "store, in groups of 100 [ns]"] = cpuInGroups;
         state.counters[grouped + "baseline: each alone [ns]"] = ofStore;
         state.counters[grouped + "store {2.5 us} [ns]"] = inGroups;
     }
