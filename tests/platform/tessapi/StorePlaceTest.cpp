@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <map>
 #include <optional>
+#include <unistd.h>
 
 namespace tessapi::contract {
 namespace {
@@ -15,7 +16,8 @@ namespace {
 class StorePlaceTest : public ::testing::Test {
 protected:
     StorePlaceTest() {
-        for (const char* name : {"TESS_URL", "STATE_DIRECTORY", "XDG_STATE_HOME", "HOME"}) {
+        for (const char* name : {"TESS_URL", "STATE_DIRECTORY", "XDG_STATE_HOME", "HOME", "RUNTIME_DIRECTORY",
+                                 "XDG_RUNTIME_DIR"}) {
             const char* value = std::getenv(name);
             before[name] = value == nullptr ? std::nullopt : std::optional<std::string>{value};
             unsetenv(name);
@@ -25,6 +27,12 @@ protected:
         for (const auto& [name, value] : before) {
             value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
         }
+    }
+
+    /// The store at `path` as the machine offers it without the variables of this test.
+    static std::string withoutVariables(const std::string& path) {
+        const bool installed = ::access("/run/velk", W_OK | X_OK) == 0;
+        return "sqlite:" + path + (installed ? "?working=/run/velk" : "");
     }
 
     std::map<std::string, std::optional<std::string>> before;
@@ -41,18 +49,45 @@ TEST_F(StorePlaceTest, TheStateDirectoryOfTheServiceComesSecond) {
     setenv("STATE_DIRECTORY", "/var/lib/velk", 1);
     setenv("XDG_STATE_HOME", "/xdg", 1);
     setenv("HOME", "/home/someone", 1);
-    EXPECT_EQ(TessAccessor::defaultUrl(), "sqlite:/var/lib/velk/tess.db");
+    EXPECT_EQ(TessAccessor::defaultUrl(), withoutVariables("/var/lib/velk/tess.db"));
 }
 
 TEST_F(StorePlaceTest, TheStateFolderOfTheUserComesThird) {
     setenv("XDG_STATE_HOME", "/xdg", 1);
     setenv("HOME", "/home/someone", 1);
-    EXPECT_EQ(TessAccessor::defaultUrl(), "sqlite:/xdg/velk/tess.db");
+    EXPECT_EQ(TessAccessor::defaultUrl(), withoutVariables("/xdg/velk/tess.db"));
 }
 
 TEST_F(StorePlaceTest, TheHomeOfTheUserComesLast) {
     setenv("HOME", "/home/someone", 1);
-    EXPECT_EQ(TessAccessor::defaultUrl(), "sqlite:/home/someone/.local/state/velk/tess.db");
+    EXPECT_EQ(TessAccessor::defaultUrl(), withoutVariables("/home/someone/.local/state/velk/tess.db"));
+}
+
+TEST_F(StorePlaceTest, ProgramsWorkInTheRuntimeDirectoryOfTheService) {
+    setenv("STATE_DIRECTORY", "/var/lib/velk:/var/lib/other", 1);
+    setenv("RUNTIME_DIRECTORY", "/run/service:/run/other", 1);
+    setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1);
+    EXPECT_EQ(TessAccessor::defaultUrl(), "sqlite:/var/lib/velk/tess.db?working=/run/service");
+}
+
+TEST_F(StorePlaceTest, ProgramsOfAUserWorkInTheRuntimeFolderOfThatUser) {
+    setenv("HOME", "/home/someone", 1);
+    setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1);
+    const bool installed = ::access("/run/velk", W_OK | X_OK) == 0; // that of the machine comes first
+    EXPECT_EQ(TessAccessor::defaultUrl(), "sqlite:/home/someone/.local/state/velk/tess.db?working=" +
+                                              (installed ? "/run/velk" : (folder / "velk").string()));
+}
+
+TEST_F(StorePlaceTest, ARuntimeFolderThatIsNotThereIsNotOffered) {
+    setenv("HOME", "/home/someone", 1);
+    setenv("XDG_RUNTIME_DIR", (folder / "not there").c_str(), 1);
+    EXPECT_EQ(TessAccessor::defaultUrl(), withoutVariables("/home/someone/.local/state/velk/tess.db"));
+}
+
+TEST_F(StorePlaceTest, AChosenUrlIsTakenAsItStands) {
+    setenv("TESS_URL", "sqlite:/somewhere/tess.db", 1);
+    setenv("RUNTIME_DIRECTORY", "/run/service", 1);
+    EXPECT_EQ(TessAccessor::defaultUrl(), "sqlite:/somewhere/tess.db");
 }
 
 TEST_F(StorePlaceTest, AProgramOpensTheStoreOfItsEnvironment) {

@@ -220,7 +220,8 @@ TEST_F(KeptContentTest, AChannelThatTheCatalogueRetypesLosesItsValueOnTheDiskToo
 }
 
 TEST_F(KeptContentTest, TheHistoryOnTheDiskIsBoundedLikeTheStores) {
-    const auto store = open(url(), true, 8);
+    options.eventsKept = 8;
+    const auto store = open();
     const auto channel = store->emplaceChannel(1, names::MEASURED);
     store->setAlarmConfig(channel, above(1.0F));
     for (int i = 0; i < 20; ++i) {

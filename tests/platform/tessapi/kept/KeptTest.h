@@ -28,7 +28,12 @@ inline const std::string STATE{"PowerDistribution.Status.StoragePresent"};
 /// A store that is worked on in one folder and kept in another.
 class KeptTest : public ::testing::Test {
 protected:
-    KeptTest() { std::filesystem::create_directory(disk()); }
+    KeptTest() {
+        std::filesystem::create_directory(disk());
+        options.clock = &clock;
+        options.longestWait = std::chrono::milliseconds{200};
+        options.eventsKept = 100;
+    }
 
     std::filesystem::path disk() const { return folder / "disk"; }
     std::filesystem::path memory() const { return folder / "run"; }
@@ -36,12 +41,7 @@ protected:
     std::string simpleUrl() const { return "sqlite:" + path(); }
     std::string url() const { return simpleUrl() + "?working=" + memory().string(); }
 
-    std::shared_ptr<Engine> open(const std::string& where, bool create = true,
-                                 std::int64_t eventsKept = 100) {
-        Engine::Options options;
-        options.clock = &clock;
-        options.longestWait = std::chrono::milliseconds{200};
-        options.eventsKept = eventsKept;
+    std::shared_ptr<Engine> open(const std::string& where, bool create = true) {
         auto store = Engine::open(StoreUrl{where}, create, options);
         awaitKeeper();
         return store;
@@ -117,6 +117,7 @@ protected:
 
     const velk::testing::TemporaryDirectory folder;
     velk::testing::FakeClock clock{velk::testing::FakeClock::Passing::ByHand};
+    Engine::Options options;
     std::size_t waitsBefore{0};
     int cuts{0};
 };

@@ -1,0 +1,163 @@
+#include "testing/StoreLoad.h"
+#include "tests/platform/tessapi/WriterProcess.h"
+#include "tests/platform/tessapi/kept/KeptTest.h"
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace tessapi::kept {
+namespace {
+
+using contract::WriterProcess;
+using qz::CValue;
+using std::chrono::seconds;
+
+/// A disk that is away or full, programs that are killed, and how much is written.
+class KeptFailureTest : public KeptTest {
+protected:
+    static std::size_t countOf(const std::string& text, const std::string& part) {
+        std::size_t count = 0;
+        for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+            ++count;
+        }
+        return count;
+    }
+
+    /// What `work` says on the standard error is one line about the store, however often it is tried.
+    void expectOneWarning(const std::function<void()>& work) {
+        ::testing::internal::CaptureStderr();
+        work();
+        const auto said = ::testing::internal::GetCapturedStderr();
+        EXPECT_EQ(countOf(said, "WARNING - store " + url()), 1U) << said;
+        EXPECT_EQ(countOf(said, "; tried again until it works\n"), 1U) << said;
+    }
+
+    /// Another program that counts in a setting; what it printed is acknowledged.
+    WriterProcess writer(int last) const {
+        return WriterProcess{{url(), "count", "device", COUNTER, "1", std::to_string(last)}};
+    }
+    static CValue counterIn(Engine& store) {
+        return store.valueOf(
+            store.findChannel(store.deviceIdOf({velk::common::Uuid::VELK_NAMESPACE, "device"}), COUNTER));
+    }
+
+    inline static const std::string COUNTER{"PowerDistribution.Setting.PreferredSource"};
+};
+
+TEST_F(KeptFailureTest, AStoreWhoseDiskIsAwayGoesOnAndIsCopiedWhenItIsBack) {
+    const auto store = open();
+    const auto setting = store->emplaceChannel(1, names::SETTING);
+    passMoment();
+    std::filesystem::rename(disk(), folder / "away");
+    expectOneWarning([&] {
+        store->setValue(setting, CValue{std::int32_t{1}});
+        passMoment();
+        store->setValue(setting, CValue{std::int32_t{2}});
+        pass(seconds{2}); // it is being tried already
+    });
+    EXPECT_EQ(store->valueOf(setting), CValue{std::int32_t{2}});
+    EXPECT_FALSE(std::filesystem::exists(disk())) << "nothing is made where a disk is mounted";
+    const auto failing = *store->health().copy;
+    EXPECT_NE(failing.failure.find(path()), std::string::npos) << failing.failure;
+    EXPECT_GT(failing.failingSinceMs, 0);
+    EXPECT_GT(failing.pendingChanges, 0U);
+
+    std::filesystem::rename(folder / "away", disk());
+    pass(seconds{2});
+    const auto mended = *store->health().copy;
+    EXPECT_EQ(mended.failure, "");
+    EXPECT_EQ(mended.failingSinceMs, 0);
+    EXPECT_EQ(mended.pendingChanges, 0U);
+    EXPECT_EQ(openAfterPowerCut()->valueOf(setting), CValue{std::int32_t{2}});
+}
+
+/// Limits the size of the files that this process writes while it lives: the disk is full.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) : before{std::signal(SIGXFSZ, SIG_IGN)} {
+        getrlimit(RLIMIT_FSIZE, &limit);
+        const rlimit small{bytes, limit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &limit);
+        std::signal(SIGXFSZ, before);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit limit{};
+    void (*before)(int);
+};
+
+TEST_F(KeptFailureTest, AStoreWhoseDiskIsFullGoesOnAndIsCopiedWhenThereIsSpaceAgain) {
+    options.framesToCopy = 1; // so that what is in memory stays smaller than what is on the disk
+    const auto store = open();
+    const auto setting = store->emplaceChannel(1, names::SETTING);
+    std::int32_t value = 0;
+    for (int i = 0; i < 40; ++i) {
+        store->setValue(setting, CValue{++value});
+        passMoment();
+    }
+    const auto full = std::filesystem::file_size(path() + "-wal");
+    ASSERT_GT(full, 2 * std::filesystem::file_size(workingFile()));
+    expectOneWarning([&] {
+        const FullDisk disk{full};
+        store->setValue(setting, CValue{++value});
+        passMoment();
+        store->setValue(setting, CValue{++value});
+        pass(seconds{2}); // it is being tried already
+    });
+    EXPECT_EQ(store->valueOf(setting), CValue{value});
+    EXPECT_NE(openAfterPowerCut()->valueOf(setting), CValue{value});
+    pass(seconds{2});
+    EXPECT_EQ(openAfterPowerCut()->valueOf(setting), CValue{value});
+}
+
+TEST_F(KeptFailureTest, AProgramThatEndsCopiesWhatItHasSetBeforeIt) {
+    const auto store = open();
+    EXPECT_EQ(writer(3).wait(), 0);
+    EXPECT_EQ(counterIn(*store), CValue{3U});
+    EXPECT_EQ(counterIn(*openAfterPowerCut()), CValue{3U});
+}
+
+TEST_F(KeptFailureTest, WhatAKilledProgramLeftIsCopiedByOneThatRunsAlready) {
+    const auto store = open();
+    auto other = writer(1'000'000);
+    other.readLine();
+    other.kill();
+    other.wait();
+    pass(seconds{61});
+    const auto value = counterIn(*store);
+    EXPECT_TRUE(value.isValid());
+    EXPECT_EQ(counterIn(*openAfterPowerCut()), value);
+}
+
+TEST_F(KeptFailureTest, WhatAKilledProgramLeftIsCopiedByTheNextThatOpensTheStore) {
+    auto other = writer(1'000'000);
+    std::string last;
+    for (int i = 0; i < 20; ++i) {
+        last = other.readLine().value_or("");
+    }
+    other.kill();
+    other.wait();
+    { const auto store = open(); }
+    boot();
+    const auto store = open();
+    EXPECT_GE(counterIn(*store).as_uint32(), std::stoul(last));
+}
+
+TEST_F(KeptFailureTest, TenChangesASecondWriteLessThanFifteenMebibytesAnHour) {
+    const auto store = open();
+    velk::testing::StoreLoad load{*store, clock};
+    load.run(seconds{60});
+    const auto before = store->health().copy->bytesWritten;
+    load.run(seconds{600});
+    const auto anHour = (store->health().copy->bytesWritten - before) * 6;
+    EXPECT_GT(anHour, 1024U * 1024U) << "nothing was counted";
+    EXPECT_LT(anHour, 15U * 1024U * 1024U);
+}
+
+} // namespace
+} // namespace tessapi::kept
