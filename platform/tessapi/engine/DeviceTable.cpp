@@ -1,5 +1,7 @@
 #include "platform/tessapi/engine/DeviceTable.h"
 
+#include "platform/tessapi/engine/StoreError.h"
+
 #include <algorithm>
 
 namespace tessapi {
@@ -127,6 +129,9 @@ std::vector<qz::CDevice> DeviceTable::all() {
     while (attributes.next()) {
         const auto owner = attributes.id(0);
         device = std::find_if(device, devices.end(), [owner](const auto& d) { return d.id == owner; });
+        if (device == devices.end()) {
+            throwStoreFault(database.storeName(), StoreFault::corrupt, "an attribute without device");
+        }
         device->attributes.at(attributes.id(1)) = attributes.text(2);
     }
     return devices;

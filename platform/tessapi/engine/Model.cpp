@@ -377,8 +377,11 @@ StoreSnapshot Model::snapshot() {
         store.channels.push_back(recordOf(std::move(row)));
     }
     std::sort(places.begin(), places.end());
-    const auto channel = [&store, &places](std::uint64_t id) -> ChannelRecord& {
+    const auto channel = [this, &store, &places](std::uint64_t id) -> ChannelRecord& {
         const auto found = std::lower_bound(places.begin(), places.end(), std::pair{id, std::size_t{0}});
+        if (found == places.end() || found->first != id) {
+            throwStoreFault(database.storeName(), StoreFault::corrupt, "a setting without channel");
+        }
         return store.channels[found->second];
     };
     for (auto& [id, state] : channels.allStates()) {
