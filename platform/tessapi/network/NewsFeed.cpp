@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <utility>
 
 namespace tessapi {
@@ -17,6 +18,22 @@ std::vector<Change> NewsFeed::changesOf(ReplyView entries) {
         all.insert(all.end(), std::make_move_iterator(some.begin()), std::make_move_iterator(some.end()));
     }
     return all;
+}
+
+std::vector<Change> NewsFeed::summaryOf(ReplyView rows, ReplyView marks) {
+    std::vector<Change> changes;
+    for (std::size_t i = 0; i + 1 < rows.size(); i += 2) {
+        auto row = SiteCodec::unpackRow(rows.at(i + 1).text());
+        changes.push_back(
+            {row.seq, Change::Kind::value, rows.at(i).id(), std::move(row.value), row.writtenMs});
+    }
+    for (std::size_t i = 0; i + 1 < marks.size(); i += 2) {
+        const std::string mark{marks.at(i).text()}; // KIND:DEVICE
+        changes.push_back({marks.at(i + 1).integer(), static_cast<Change::Kind>(mark.at(0) - '0'),
+                           std::stoull(mark.substr(2)), qz::CValue{}, 0});
+    }
+    std::sort(changes.begin(), changes.end(), [](const Change& a, const Change& b) { return a.seq < b.seq; });
+    return changes;
 }
 
 void NewsFeed::add(std::vector<Change> more) {

@@ -15,6 +15,10 @@ public:
     /// The changes of entries of the stream, as XRANGE gives them, in order.
     static std::vector<Change> changesOf(ReplyView entries);
 
+    /// The last changes of channels and devices, in order: channel and row by turns, and marks with the
+    /// numbers of their changes, as the function "summary" gives them.
+    static std::vector<Change> summaryOf(ReplyView rows, ReplyView marks);
+
     void add(std::vector<Change> changes);
     void clear() { changes.clear(); }
 

@@ -435,21 +435,8 @@ bool RedisEngine::isForgotten(std::int64_t seq) {
 Engine::News RedisEngine::summaryAfter(std::int64_t seq) {
     const auto answer = ask(link.keys.function("summary", true).add(seq));
     return guarded([&] {
-        News news{{}, answer.view().at(0).integer(), true};
-        const auto rows = answer.view().at(1);
-        for (std::size_t i = 0; i + 1 < rows.size(); i += 2) {
-            auto row = SiteCodec::unpackRow(rows.at(i + 1).text());
-            news.changes.push_back(
-                {row.seq, Change::Kind::value, rows.at(i).id(), std::move(row.value), row.writtenMs});
-        }
-        const auto marks = answer.view().at(2);
-        for (std::size_t i = 0; i + 1 < marks.size(); i += 2) {
-            const auto mark = std::string{marks.at(i).text()}; // KIND:DEVICE
-            news.changes.push_back({marks.at(i + 1).integer(), static_cast<Change::Kind>(mark.at(0) - '0'),
-                                    std::stoull(mark.substr(2)), qz::CValue{}, 0});
-        }
-        std::sort(news.changes.begin(), news.changes.end(),
-                  [](const Change& a, const Change& b) { return a.seq < b.seq; });
+        News news{NewsFeed::summaryOf(answer.view().at(1), answer.view().at(2)),
+                  answer.view().at(0).integer(), true};
         link.note(news.upTo);
         return news;
     });
