@@ -136,7 +136,8 @@ void fill(const Words& words) {
     for (auto store = number(words.at(4));; ++store) {
         open("sqlite:" + (folder / std::to_string(store)).string())->fill(image);
         acknowledged.set(store);
-        rest();
+        // Each of them is looked at after the kill.
+        std::this_thread::sleep_for(std::chrono::milliseconds{10});
     }
 }
 
