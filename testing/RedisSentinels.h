@@ -21,7 +21,11 @@ public:
     static constexpr const char* SERVICE = "store";
 
     RedisSentinels() : second{{.lines = {"replicaof 127.0.0.1 " + std::to_string(first.port())}}} {
-        RedisServer::await("the replica", [this] { return second.info("master_link_status") == "up"; });
+        // The link is up before what is written comes over it, which begins with the replica's first word.
+        first.command({"SET", "probe", "1"});
+        RedisServer::await("the replica", [this] { return second.command({"GET", "probe"}) == "1"; });
+        first.command({"DEL", "probe"});
+        RedisServer::await("the replica", [this] { return second.command({"GET", "probe"}).empty(); });
         std::array<int, SENTINELS> ports{};
         for (int& port : ports) {
             port = freePort();

@@ -7,6 +7,7 @@
 #include "platform/qz/datatype.h"
 #include "platform/tessapi/ITessAccessor.h"
 #include "powerdistribution/connectors/CallbackGuard.h"
+#include "powerdistribution/connectors/IExpectingConnector.h"
 #include "powerdistribution/connectors/ITessConnector.h"
 #include "powerdistribution/connectors/LazyTable.h"
 #include "powerdistribution/connectors/ResolvingGate.h"
@@ -26,7 +27,7 @@ namespace velk::powerdistribution::connectors {
 /// Threads: workers call `load` and `store`, the state machine `subscribe`, `unsubscribe` and `terminate`,
 /// the store's client thread `onChannelChange`. Two locks, always in the order subscription lock, channel
 /// lock. A resolved entry is used without any lock of this class.
-class BaseChannelTessConnector : public ITessConnector {
+class BaseChannelTessConnector : public ITessConnector, public IExpectingConnector {
 public:
     static constexpr std::uint64_t UNRESOLVED = tessapi::ITessAccessor::UNKNOWN_ID;
 

@@ -4,13 +4,14 @@
 #include "powerdistribution/connectors/IConnectorFactory.h"
 #include "powerdistribution/connectors/IConnectorListener.h"
 #include "powerdistribution/connectors/IDatabaseManager.h"
+#include "powerdistribution/connectors/IExpectingConnector.h"
 #include "powerdistribution/connectors/ITessConnector.h"
 
 namespace velk::powerdistribution::connectors {
 
 IConnector::~IConnector() = default;
 
-void IConnector::expect(const handlers::HandlerData&) {}
+IExpectingConnector::~IExpectingConnector() = default;
 
 IConnectorFactory::~IConnectorFactory() = default;
 

@@ -16,10 +16,6 @@ class VELK_EXPORT IConnector {
 public:
     virtual ~IConnector();
 
-    /// Called by each handler when it is made: its data point will be loaded, so that the connector may make
-    /// the places of several at once.
-    virtual void expect(const handlers::HandlerData& data);
-
     /// Called by each handler before its first `load`, so a shared connector gets it many times.
     virtual void init() = 0;
 

@@ -1,5 +1,6 @@
 #include "powerdistribution/handlers/BaseValueHandler.h"
 
+#include "powerdistribution/connectors/IExpectingConnector.h"
 #include "powerdistribution/handlers/Rollback.h"
 
 #include <algorithm>
@@ -42,7 +43,9 @@ BaseValueHandler::BaseValueHandler(const EPath& path, protocols::ValueWrapperPtr
     wrapper{std::move(exclusiveWrapper)},
     connector{std::move(sharedConnector)},
     data{path, Value{}, wrapper->dataConfig()} {
-    connector->expect(data);
+    if (auto* expecting = dynamic_cast<connectors::IExpectingConnector*>(connector.get())) {
+        expecting->expect(data);
+    }
 }
 
 BaseValueHandler::~BaseValueHandler() = default;

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/common/Export.h"
+
+namespace velk::powerdistribution::handlers {
+struct HandlerData;
+}
+
+namespace velk::powerdistribution::connectors {
+
+/// What a connector may offer beside its contract: it wants to know early which data points it will serve, so
+/// that it can make the places of several at once.
+class VELK_EXPORT IExpectingConnector {
+public:
+    virtual ~IExpectingConnector();
+
+    /// Called by each handler when it is made: its data point will be loaded. Threads: any.
+    virtual void expect(const handlers::HandlerData& data) = 0;
+};
+
+} // namespace velk::powerdistribution::connectors
