@@ -69,7 +69,7 @@ start_daemon() {
 configure
 failure "Nobody has started the daemon"
 start_daemon && end_daemon
-lines=4 shown tess status
+lines=9 shown tess status
 shown tess set Outlets.1.Setting.AutomaticSwitchOffDelay 30
 
 failure "The configuration has a typing error"
@@ -86,7 +86,7 @@ failure "The device does not answer any more"
 start_daemon
 simctl "$place/sim.sock" fault linkLost >/dev/null || exit 1
 until_true 20 grep -q LOST "$place/daemon.log"
-lines=5 shown tess status
+lines=9 shown tess status
 daemon_says 'lost|LOST|RECOVER'
 
 failure "A path is misspelt"
@@ -117,11 +117,20 @@ rm -f "$place"/tess.db*
 
 failure "The disk is full"
 mkdir "$place/full"
-if mount -t tmpfs -o size=256k tmpfs "$place/full" 2>/dev/null; then
+if mount -t tmpfs -o size=4m tmpfs "$place/full" 2>/dev/null; then
     mounted=$place/full
+    export TESS_URL=sqlite:$place/full/tess.db
+    start_daemon
     dd if=/dev/zero of="$place/full/other" bs=1k status=none 2>/dev/null
-    TESS_URL=sqlite:$place/full/tess.db shown tess devices
-    TESS_URL=sqlite:$place/full/tess.db shown powerdistributiond --config "$place/velk.json" --check
+    shown simctl "$place/sim.sock" mains lost
+    until_true 10 grep -q WARNING "$place/daemon.log"
+    daemon_says WARNING
+    shown tess doctor
+    rm "$place/full/other"
+    sleep 3
+    printf '(the other file is gone again)\n'
+    shown tess get Status.Mode
+    end_daemon
 else
     echo "(a file system of its own cannot be mounted here)"
 fi

@@ -13,6 +13,7 @@ namespace {
 constexpr const char* START_DAEMON = "is powerdistributiond running, and with this store?";
 constexpr const char* JOIN_GROUP = "is this user in the group that owns the store (ls -l)?";
 constexpr const char* MAKE_SPACE = "make space, and what was kept in memory is written by itself";
+constexpr const char* REACH_SERVER = "is the store's server running, and does TESS_URL lead to it?";
 constexpr const char* SET_ASIDE =
     "set the file aside and start powerdistributiond anew; \"tess import\" brings back what "
     "\"tess export\" has kept";
@@ -28,6 +29,10 @@ std::string ofStore(StoreFault fault) {
         return "TESS_URL must name a store";
     case StoreFault::corrupt:
         return SET_ASIDE;
+    case StoreFault::unreachable:
+        return REACH_SERVER;
+    case StoreFault::lost:
+        return "start the programs that worked on it anew";
     case StoreFault::wrongVersion:
         return "all programs must be of one release";
     default:
@@ -63,7 +68,7 @@ std::string ofSystem(int errorNumber) {
     case ECONNREFUSED:
     case ETIMEDOUT:
     case EHOSTUNREACH:
-        return "is the store's server running, and does TESS_URL lead to it?";
+        return REACH_SERVER;
     default:
         return "";
     }

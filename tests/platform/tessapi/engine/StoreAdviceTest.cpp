@@ -49,7 +49,9 @@ TEST(StoreAdviceTest, AFullDiskAsksForSpace) {
 }
 
 TEST(StoreAdviceTest, AServerThatIsAwayAsksForTheServer) {
-    EXPECT_EQ(adviceForSystem(ECONNREFUSED), "is the store's server running, and does TESS_URL lead to it?");
+    const std::string server{"is the store's server running, and does TESS_URL lead to it?"};
+    EXPECT_EQ(adviceFor(StoreFault::unreachable), server);
+    EXPECT_EQ(adviceForSystem(ECONNREFUSED), server);
 }
 
 TEST(StoreAdviceTest, NothingIsSaidWhereNobodyKnows) {
