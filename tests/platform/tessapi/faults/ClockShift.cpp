@@ -2,6 +2,8 @@
 // VELK_CLOCK_FILE holds at this moment, if the environment names one. The clock that nobody sets stays as it
 // is.
 
+#include "platform/common/Export.h"
+
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
@@ -32,7 +34,7 @@ std::int64_t shift() {
 
 } // namespace
 
-extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
+extern "C" VELK_EXPORT int clock_gettime(clockid_t clock, timespec* time) noexcept {
     using Call = int (*)(clockid_t, timespec*);
     static const auto call = reinterpret_cast<Call>(::dlsym(RTLD_NEXT, "clock_gettime"));
     const int result = call(clock, time);
@@ -42,7 +44,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
     return result;
 }
 
-extern "C" int gettimeofday(timeval* time, void*) noexcept {
+extern "C" VELK_EXPORT int gettimeofday(timeval* time, void*) noexcept {
     timespec now{};
     const int result = clock_gettime(CLOCK_REALTIME, &now);
     time->tv_sec = now.tv_sec;
@@ -50,7 +52,7 @@ extern "C" int gettimeofday(timeval* time, void*) noexcept {
     return result;
 }
 
-extern "C" time_t time(time_t* result) noexcept {
+extern "C" VELK_EXPORT time_t time(time_t* result) noexcept {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     if (result != nullptr) {
