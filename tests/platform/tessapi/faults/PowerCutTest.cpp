@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -102,23 +103,25 @@ protected:
         return run;
     }
 
-    /// The last call that returned before the last sync of the log; of a store in memory before the copy to
-    /// the disk began that was synced last, each of which syncs at most twice.
+    /// The last call that returned before the last sync of the log. Of a store in memory before the copy to
+    /// the disk began that is surely complete: a copy syncs the log's new head, its commit and what goes from
+    /// the log into the file, each at most once, so all that is known of the last sync is that the copy which
+    /// began four syncs earlier is done.
     struct Durable {
+        static constexpr std::size_t SYNCS = 4;
+
         std::int64_t returned{-1};
-        std::int64_t before{-1};
+        std::deque<std::int64_t> atSync;
         std::int64_t call{-1};
-        bool second{false};
 
         void happen(const Event& event) {
             if (event.kind == Kind::mark) {
                 returned = event.offset;
             } else if (event.kind == Kind::sync && event.file == "tess.db-wal") {
-                second = !second;
-                if (!inMemory) {
-                    call = returned;
-                } else if (second) {
-                    call = std::exchange(before, returned);
+                atSync.push_back(returned);
+                if (!inMemory || atSync.size() > SYNCS) {
+                    call = inMemory ? atSync.front() : returned;
+                    atSync.pop_front();
                 }
             }
         }
