@@ -9,8 +9,9 @@ namespace tessapi {
 namespace {
 
 [[noreturn]] void refuse(const std::string& url) {
-    throw std::invalid_argument{"\"" + url + "\": this system was built without stores of the network "
-                                             "(VELK_NETWORKED_STORE)"};
+    throw std::invalid_argument{"\"" + url +
+                                "\": this system was built without stores of the network "
+                                "(VELK_NETWORKED_STORE)"};
 }
 
 } // namespace

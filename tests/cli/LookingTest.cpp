@@ -184,8 +184,9 @@ TEST_F(LookingTest, EventsShowsAlarmsAndWritesWithoutADaemon) {
     EXPECT_EQ(tess({"set", "Outlets.1.Setting.AutomaticSwitchOffDelay", "30"}), 7);
     EXPECT_EQ(tess({"events", "--since", "1h"}), 0);
     EXPECT_THAT(out, ContainsRegex("alarm  Status\\.LowRuntime .*  critical LOW raised: "));
-    EXPECT_THAT(out, ContainsRegex("write  Outlets\\.1\\.Setting\\.AutomaticSwitchOffDelay  30 s asked for by "
-                                   ".* with tess: nobody took it: no daemon has ever kept notes"));
+    EXPECT_THAT(out,
+                ContainsRegex("write  Outlets\\.1\\.Setting\\.AutomaticSwitchOffDelay  30 s asked for by "
+                              ".* with tess: nobody took it: no daemon has ever kept notes"));
     EXPECT_EQ(json({"events", "--path", "Outlets.1"})[0]["asked"], "30");
     EXPECT_EQ(tess({"events", "--since", "tomorrow"}), 2);
     EXPECT_THAT(err, HasSubstr("tess: \"tomorrow\" is no time; expected how long ago (90s, 15m, 1h, 2d)"));

@@ -3,8 +3,9 @@
 #include "platform/tessapi/TessAccessor.h"
 #include "testing/TemporaryDirectory.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
+
+#include <filesystem>
 #include <map>
 #include <sys/stat.h>
 

@@ -11,8 +11,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <exception>
 #include <deque>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <map>
