@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <condition_variable>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -89,12 +90,14 @@ TEST_F(EndToEndTest, SettingReachesTheDeviceWithoutTheOldValueShowingUpAgain) {
     const std::uint64_t channel = store->channel(path).id;
     std::vector<qz::CValue> writes;
     velk::common::Mutex mutex;
+    std::condition_variable_any delivered;
     std::uint64_t subscription = 0;
     store->client().inbandAccessor().subscribeMultipleChannels(
         {channel},
         [&](std::uint64_t, const qz::CValue& value) {
             const velk::common::MutexLock lock{mutex};
             writes.push_back(value);
+            delivered.notify_all();
         },
         qz::sub::everyWrite, &subscription);
 
@@ -106,8 +109,14 @@ TEST_F(EndToEndTest, SettingReachesTheDeviceWithoutTheOldValueShowingUpAgain) {
     ASSERT_TRUE(store->await("Inputs.1.Measure.Voltage", qz::CValue{229.1F}));
     server->control("u1", "SET outlet.1.delay.start 9");
     ASSERT_TRUE(store->await(path, qz::CValue{std::int32_t{9}}));
+    // The store shows a value before every subscription has been called for it.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{30};
+    velk::common::MutexLock lock{mutex};
+    while (writes.size() < 2 && delivered.wait_until(lock, deadline) != std::cv_status::timeout) {
+    }
+    lock.unlock();
     store->client().inbandAccessor().unsubscribe(subscription);
-    const velk::common::MutexLock lock{mutex};
+    lock.lock();
     EXPECT_EQ(writes, (std::vector<qz::CValue>{qz::CValue{std::int32_t{7}}, qz::CValue{std::int32_t{9}}}));
 }
 
