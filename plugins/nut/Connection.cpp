@@ -1,6 +1,6 @@
 #include "plugins/nut/Connection.h"
 
-#include "plugins/nut/AddressLookup.h"
+#include "platform/common/AddressLookup.h"
 #include "plugins/nut/LinkError.h"
 
 #include <algorithm>
@@ -39,10 +39,13 @@ std::vector<std::string> namesToLookUp(const std::string& host) {
 Connection::Connection(const std::string& host, std::uint16_t port, const Interrupt& stopped,
                        velk::common::Clock& time, Duration deadline) :
     interrupt{stopped}, clock{time} {
-    std::list<AddressLookup> lookups;
+    std::list<velk::common::AddressLookup> lookups;
     std::vector<const addrinfo*> addresses;
     for (const std::string& name : namesToLookUp(host)) {
         lookups.emplace_back(name, port, deadline - clock.now());
+        if (!lookups.back().failure().empty()) {
+            throw LinkError{lookups.back().failure()};
+        }
         for (const addrinfo* address = lookups.back().first(); address != nullptr;
              address = address->ai_next) {
             addresses.push_back(address);

@@ -1,6 +1,6 @@
 #include "platform/tessapi/network/SocketTransport.h"
 
-#include "platform/tessapi/network/AddressLookup.h"
+#include "platform/common/AddressLookup.h"
 #include "platform/tessapi/network/LinkError.h"
 
 #include <cerrno>
@@ -64,7 +64,11 @@ void SocketTransport::connectToPath(const std::string& path, const Deadline& dea
 }
 
 void SocketTransport::connectToHost(const Endpoint& server, const Deadline& deadline) {
-    const AddressLookup lookup{server.host, server.port, deadline};
+    const velk::common::AddressLookup lookup{server.host, server.port,
+                                             std::chrono::milliseconds{deadline.left()}};
+    if (!lookup.failure().empty()) {
+        throw LinkError{lookup.failure()};
+    }
     int left = 0;
     for (const auto* address = lookup.first(); address != nullptr; address = address->ai_next) {
         ++left;

@@ -1,11 +1,12 @@
-#include "platform/tessapi/network/AddressLookup.h"
+#include "platform/common/AddressLookup.h"
 
-#include "platform/tessapi/network/LinkError.h"
-
+#include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <netdb.h>
 #include <sys/socket.h>
 
-namespace tessapi {
+namespace velk::common {
 
 /// All that the resolver's thread refers to while it works.
 struct AddressLookup::Request {
@@ -26,7 +27,7 @@ struct AddressLookup::Request {
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;
 
-    /// An address takes no resolver.
+    /// Whether the host is an address already; then it is in `lookup`.
     bool isAddress() {
         addrinfo numeric = hints;
         numeric.ai_flags |= AI_NUMERICHOST;
@@ -39,7 +40,17 @@ struct AddressLookup::Request {
     gaicb lookup{};
 };
 
-AddressLookup::AddressLookup(const std::string& host, std::uint16_t port, const Deadline& deadline) :
+namespace {
+
+timespec lookupTime(Clock::Duration timeout) {
+    const auto left = std::max(timeout, Clock::Duration::zero());
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
+    return {static_cast<std::time_t>(seconds.count()), static_cast<long>((left - seconds).count())};
+}
+
+} // namespace
+
+AddressLookup::AddressLookup(const std::string& host, std::uint16_t port, Clock::Duration timeout) :
     request{std::make_unique<Request>(host, port)} {
     if (request->isAddress()) {
         return;
@@ -47,25 +58,24 @@ AddressLookup::AddressLookup(const std::string& host, std::uint16_t port, const 
     gaicb* lookups[] = {&request->lookup};
     int result = getaddrinfo_a(GAI_NOWAIT, lookups, 1, nullptr);
     if (result == 0) {
-        const int left = deadline.left();
-        const timespec limit{left / 1000, (left % 1000) * 1'000'000L};
+        const timespec limit = lookupTime(timeout);
         gai_suspend(lookups, 1, &limit);
         result = gai_error(&request->lookup);
+    }
+    if (result != 0) {
+        reason = "the address of " + host + " was not found: " +
+                 (result == EAI_INPROGRESS ? std::string{"no answer in time"} : gai_strerror(result));
     }
     if (result == EAI_INPROGRESS && gai_cancel(&request->lookup) == EAI_NOTCANCELED) {
         // The resolver's thread goes on writing into the request, so it is left to it.
         [[maybe_unused]] const Request* abandoned = request.release();
-    }
-    if (result != 0) {
-        throw LinkError{"the address of " + host + " was not found: " +
-                        (result == EAI_INPROGRESS ? std::string{"no answer in time"} : gai_strerror(result))};
     }
 }
 
 AddressLookup::~AddressLookup() = default;
 
 const addrinfo* AddressLookup::first() const {
-    return request->lookup.ar_result;
+    return request ? request->lookup.ar_result : nullptr;
 }
 
-} // namespace tessapi
+} // namespace velk::common
