@@ -1,27 +1,18 @@
 #include "daemon/Host.h"
 
-#include "daemon/CommunicationJournal.h"
 #include "daemon/ConfigurationFile.h"
-#include "daemon/ExplainDesk.h"
-#include "daemon/HostFactsWriter.h"
-#include "daemon/LibraryManager.h"
-#include "daemon/LifeSign.h"
-#include "daemon/LogJournal.h"
 #include "daemon/ServiceNotifier.h"
 #include "daemon/SignalWatch.h"
-#include "daemon/StoreFeed.h"
+#include "daemon/StoreSession.h"
 #include "daemon/Supervisor.h"
-#include "daemon/SystemHostSource.h"
-#include "daemon/WriteJournal.h"
 #include "daemon/history/HistoryDesk.h"
-#include "platform/tessapi/TessAccessor.h"
 
 #include <chrono>
 #include <iostream>
 #include <memory>
 #include <thread>
 #include <unistd.h>
-#include <vector>
+#include <utility>
 
 namespace velk::daemon {
 
@@ -29,16 +20,6 @@ namespace {
 
 void say(const std::string& sentence) {
     std::cout << "powerdistributiond: " + sentence + "\n" << std::flush;
-}
-
-std::unique_ptr<tessapi::ITessAccessor> openStore() {
-    return std::make_unique<tessapi::TessAccessor>("powerdistributiond", true);
-}
-
-HostSettings hostSettings(const std::string& path) {
-    Findings told; // by whoever started the daemon with this file
-    const auto file = ConfigurationFile::read(path, told);
-    return file ? HostSettings::of(*file) : HostSettings{};
 }
 
 HistorySettings historySettings(const std::string& path) {
@@ -73,40 +54,23 @@ void takeSignals(SignalWatch& signals, Supervisor& supervisor, const ServiceNoti
 ExitCode host(const std::string& path) {
     SignalWatch signals;
     const ServiceNotifier notifier = ServiceNotifier::fromEnvironment();
-    WriteJournal journal{openStore, std::cerr};
-    journal.open();
-    const auto onDeviceWrite = [&journal](const velk::powerdistribution::DeviceWrite& write) {
-        journal.record(write);
-    };
-    LogJournal log{openStore, std::cerr};
-    const auto onDeviceLog = [&log](const velk::powerdistribution::DeviceLogPiece& piece) {
-        log.record(piece);
-    };
-    LifeSign sign{openStore, std::cerr};
-    ExplainDesk desk{openStore, std::cerr};
-    desk.open();
     HistoryDesk history{historySettings(path), std::cerr, velk::common::Clock::system(), wallMs};
-    CommunicationJournal links{std::cerr};
-    auto feed =
-        std::make_unique<StoreFeed>(openStore, std::vector<IStoreReader*>{&history, &links}, std::cerr);
-    feed->open();
-    // Before the first run, which subscribes only to what is there.
-    SystemHostSource hostSource{hostSettings(path)};
-    const HostFactsWriter hostFacts{openStore, hostSource, std::cerr};
-    const auto makeManager = [&path, &onDeviceWrite, &onDeviceLog, &sign, &desk] {
-        return std::make_unique<LibraryManager>(path, onDeviceWrite, onDeviceLog, sign, desk);
+    const auto makeSession = [&path, &history, &notifier, begun = false]() mutable {
+        auto session = std::make_unique<StoreSession>(path, history, std::cerr);
+        if (!std::exchange(begun, true)) {
+            say("started with " + path);
+            notifier.ready();
+        }
+        return session;
     };
-    Supervisor supervisor{makeManager, velk::common::Clock::system(), std::cerr,
-                          "check the configuration with: powerdistributiond --check --config " + path};
+    Supervisor supervisor{makeSession, velk::common::Clock::system(), std::cerr,
+                          "it opens the store that is there then, and nothing else is to be done"};
     std::thread runner{[&supervisor, &signals] {
         supervisor.run();
         signals.wake();
     }};
-    say("started with " + path);
-    notifier.ready();
     takeSignals(signals, supervisor, notifier);
     runner.join();
-    feed.reset();
     history.finish();
     say("ended");
     return ExitCode::Done;

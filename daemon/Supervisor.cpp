@@ -41,7 +41,7 @@ void Supervisor::run() {
         const std::string failure = runOnce();
         if (isStopping()) {
             // What leaves a run that is being ended is still worth a line, but nothing follows from it.
-            if (!failure.empty()) {
+            if (!failure.empty() && !isQuiet()) {
                 errors << "powerdistributiond: the run ended with an error: " + failure + "\n" << std::flush;
             }
             return;
@@ -75,12 +75,13 @@ std::string Supervisor::runOnce() {
     return failure;
 }
 
-void Supervisor::stop() {
+void Supervisor::end(bool quietly) {
     MutexLock lock{mutex};
     if (stopping) {
         return;
     }
     stopping = true;
+    quiet = quietly;
     changed.notify_all();
     const Clock::Duration deadline = clock.now() + LOOK_FOR;
     while (running != nullptr && running->operatingStatus() == 0 && clock.now() < deadline) {
@@ -94,6 +95,11 @@ void Supervisor::stop() {
 bool Supervisor::isStopping() const {
     const MutexLock lock{mutex};
     return stopping;
+}
+
+bool Supervisor::isQuiet() const {
+    const MutexLock lock{mutex};
+    return quiet;
 }
 
 void Supervisor::rest(Clock::Duration due) {

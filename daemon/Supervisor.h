@@ -34,12 +34,18 @@ public:
     /// Ends the present run, or the pause, and lets no new one begin. Returns when the manager has been
     /// asked, which it can be only once its run has begun; does not wait for its end. Further calls do
     /// nothing.
-    void stop() VELK_EXCLUDES(mutex);
+    void stop() VELK_EXCLUDES(mutex) { end(false); }
+
+    /// The same when the run has lost what it works on: what it still fails with is not reported, since
+    /// whoever calls this tells the cause.
+    void abandon() VELK_EXCLUDES(mutex) { end(true); }
 
 private:
     /// What the run ended with; empty for a run that ended by itself.
     std::string runOnce() VELK_EXCLUDES(mutex);
+    void end(bool quietly) VELK_EXCLUDES(mutex);
     bool isStopping() const VELK_EXCLUDES(mutex);
+    bool isQuiet() const VELK_EXCLUDES(mutex);
     void rest(velk::common::Clock::Duration pause) VELK_EXCLUDES(mutex);
     /// From now on `stop` asks this manager; false, and nothing done, when `stop` has come already.
     bool admit(IHostedManager& manager) VELK_EXCLUDES(mutex);
@@ -53,6 +59,7 @@ private:
     mutable velk::common::Mutex mutex;
     std::condition_variable_any changed;
     bool stopping VELK_GUARDED_BY(mutex){false};
+    bool quiet VELK_GUARDED_BY(mutex){false};
     IHostedManager* running VELK_GUARDED_BY(mutex){nullptr}; ///< observes the manager that `runOnce` owns
 };
 

@@ -102,6 +102,18 @@ void HistoryBook::leave(std::uint64_t channel) {
     count();
 }
 
+void HistoryBook::leaveAll(std::int64_t timeMs) {
+    const MutexLock lock{mutex};
+    for (auto& [_, entry] : known) {
+        if (!entry.history.isEmpty()) {
+            entry.history.add(timeMs, qz::CValue{}, limits.spans);
+            waiting.insert_or_assign(std::move(entry.key), std::move(entry.history));
+        }
+    }
+    known.clear();
+    count();
+}
+
 void HistoryBook::forgetGone(std::int64_t beforeMs) {
     const MutexLock lock{mutex};
     std::erase_if(waiting, [beforeMs](const auto& row) { return row.second.newestMs() < beforeMs; });

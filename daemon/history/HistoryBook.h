@@ -42,6 +42,9 @@ public:
     /// The channel is gone; its history waits for another one of the same key.
     void leave(std::uint64_t channel) VELK_EXCLUDES(mutex);
 
+    /// All channels are gone, and their values from `timeMs` on unknown.
+    void leaveAll(std::int64_t timeMs) VELK_EXCLUDES(mutex);
+
     /// Forgets channels that are gone and changed last before that.
     void forgetGone(std::int64_t beforeMs) VELK_EXCLUDES(mutex);
 

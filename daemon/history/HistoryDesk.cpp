@@ -157,6 +157,10 @@ void HistoryDesk::tick() {
     }
 }
 
+void HistoryDesk::rest() {
+    book.leaveAll(wallMs());
+}
+
 void HistoryDesk::finish() {
     save();
 }

@@ -47,6 +47,10 @@ public:
     HistoryDesk(const HistorySettings& chosen, std::ostream& errors, velk::common::Clock& clock,
                 WallClock wallMs);
 
+    /// To be called when no writes come for a while: what the values are until they do nobody knows. The
+    /// store may be another one then.
+    void rest();
+
     /// Saves to the file, when there is to be one; to be called when no more writes come.
     void finish();
 

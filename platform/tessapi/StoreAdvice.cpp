@@ -87,4 +87,10 @@ std::string storeAdvice(const boost::system::error_code& code) {
     return code.category() == boost::system::system_category() ? ofSystem(code.value()) : "";
 }
 
+bool isStoreLost(const boost::system::error_code& code) {
+    const auto fault = static_cast<StoreFault>(code.value());
+    return code.category().name() == std::string_view{"tess"} &&
+           (fault == StoreFault::disappeared || fault == StoreFault::lost);
+}
+
 } // namespace tessapi

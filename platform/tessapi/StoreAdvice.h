@@ -11,4 +11,8 @@ namespace tessapi {
 /// What a person can do about a store that fails so, as the end of a sentence; empty when nobody knows.
 VELK_EXPORT std::string storeAdvice(const boost::system::error_code& code);
 
+/// Whether the store that was open is gone for good: only a client that opens it anew finds the one that is
+/// there now.
+VELK_EXPORT bool isStoreLost(const boost::system::error_code& code);
+
 } // namespace tessapi

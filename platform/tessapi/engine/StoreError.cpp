@@ -39,9 +39,7 @@ public:
         case StoreFault::refused:
             return "the server of the store refuses";
         case StoreFault::lost:
-            return "the server has lost the store or has another one of its name; a program that worked on "
-                   "it "
-                   "has to be started anew";
+            return "the server has lost the store or has another one of its name; it has to be opened anew";
         }
         return "unknown failure";
     }

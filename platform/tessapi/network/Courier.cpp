@@ -170,8 +170,7 @@ void Courier::giveUp() {
     MutexLock lock{mutex};
     const std::string kept =
         outbox.isEmpty() ? "" : "; " + std::to_string(outbox.size()) + " values kept are lost";
-    say("the server has lost the store or has another one of its name" + kept +
-        "; this program has to be started anew");
+    say("the server has lost the store or has another one of its name" + kept + "; it has to be opened anew");
     outbox.clear();
     busy = false;
     announced = false;
