@@ -32,7 +32,7 @@ protected:
 
     /// Writes a value and reads it again.
     static void expectToWork(const std::string& url) {
-        NetworkClient client{url};
+        NetworkClient client{url, true, NetworkClient::PATIENT};
         const std::uint64_t channel = client.channel(MEASURE);
         client.set(channel, 230.0F);
         EXPECT_EQ(client.channels().getChannelCValue(channel), qz::CValue{230.0F});
@@ -41,7 +41,7 @@ protected:
     /// What is said when the store cannot be opened; always with its name.
     static std::string failureOf(const std::string& url) {
         try {
-            const NetworkClient client{url};
+            const NetworkClient client{url, true, NetworkClient::PATIENT};
         } catch (const boost::system::system_error& failure) {
             EXPECT_THAT(failure.what(), HasSubstr(url));
             return failure.what();

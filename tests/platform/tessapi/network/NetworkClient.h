@@ -20,14 +20,18 @@ namespace tessapi::network {
 
 using contract::Recorder;
 
-/// A program with a store on the network that gives up on a call sooner than programs do.
+/// A program with a store on the network that, unless told otherwise, gives up on a call sooner than programs
+/// do.
 class NetworkClient {
 public:
-    /// For an answer of the server.
+    /// For an answer of the server that may not come.
     static constexpr std::chrono::milliseconds PATIENCE{400};
+    /// For one that comes, on whatever machine.
+    static constexpr std::chrono::milliseconds PATIENT{20'000};
 
-    explicit NetworkClient(const std::string& url, bool create = true) :
-        engine{Engine::open(StoreUrl{url}, create, options())},
+    explicit NetworkClient(const std::string& url, bool create = true,
+                           std::chrono::milliseconds patience = PATIENCE) :
+        engine{Engine::open(StoreUrl{url}, create, options(patience))},
         dispatcher{"test", engine},
         inband{*engine, dispatcher},
         shown{*engine, dispatcher} {}
@@ -57,9 +61,9 @@ public:
     }
 
 private:
-    static Engine::Options options() {
+    static Engine::Options options(std::chrono::milliseconds patience) {
         Engine::Options chosen;
-        chosen.longestWait = PATIENCE;
+        chosen.longestWait = patience;
         return chosen;
     }
 
