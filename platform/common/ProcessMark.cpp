@@ -1,5 +1,6 @@
 #include "platform/common/ProcessMark.h"
 
+#include "platform/common/BootId.h"
 #include "platform/common/Uuid.h"
 
 #include <array>
@@ -34,13 +35,6 @@ std::string startOf(const std::string& pid) {
         fields >> field;
     }
     return fields ? field : std::string{};
-}
-
-std::string presentBoot() {
-    std::ifstream file{"/proc/sys/kernel/random/boot_id"};
-    std::string id;
-    std::getline(file, id);
-    return id;
 }
 
 std::string presentSpace() {

@@ -8,6 +8,8 @@
 
 #include <cstdint>
 #include <exception>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace tessapi {
@@ -58,8 +60,9 @@ CopyKeeping::Duration CopyKeeping::keep(const Round& round) {
     }
     const auto now = pending();
     const auto due = untilValuesAreDue(now.valuesCopied);
-    const bool values = now.values && (due <= Duration::zero() || (round.last && isAlone()));
-    if (!values && !now.changes) {
+    const bool end = round.last && isAlone();
+    const bool values = now.values && (due <= Duration::zero() || end);
+    if (!values && !now.changes && !(end && hasLog())) {
         return due <= Duration::zero() ? place.valuesEvery : due;
     }
     if (round.last) {
@@ -67,7 +70,7 @@ CopyKeeping::Duration CopyKeeping::keep(const Round& round) {
     } else if (!keeper.tryAlone()) {
         return TRY_AGAIN;
     }
-    copy(round, values);
+    copy(values, end);
     return values ? Duration{place.valuesEvery} : due;
 }
 
@@ -82,6 +85,12 @@ bool CopyKeeping::isGone() {
 
 bool CopyKeeping::isAlone() {
     return use.tryAlone();
+}
+
+bool CopyKeeping::hasLog() const {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(place.kept + "-wal", error);
+    return !error && size > 0;
 }
 
 CopyKeeping::Pending CopyKeeping::pending() {
@@ -100,11 +109,11 @@ CopyKeeping::Duration CopyKeeping::untilValuesAreDue(Duration copied) const {
     return copied > now ? Duration::zero() : copied + place.valuesEvery - now;
 }
 
-void CopyKeeping::copy(const Round& round, bool values) {
+void CopyKeeping::copy(bool values, bool end) {
     try {
         CopyRun run{place.kept, place.working, store};
         run.copy(writers, values, clock.now());
-        if (round.last && values) {
+        if (end) {
             run.copyLog(); // whoever takes the file away then has all of it
         }
         keeper.release();

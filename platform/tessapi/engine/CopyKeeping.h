@@ -43,9 +43,12 @@ private:
     bool isGone();
     /// Whether no other program has the store open; whether it is shared after that is not said.
     bool isAlone();
+    /// Whether the copy is a file and a log.
+    bool hasLog() const;
     Pending pending();
     Duration untilValuesAreDue(Duration copied) const;
-    void copy(const Round& round, bool values);
+    /// `end` when nobody has the store open after this.
+    void copy(bool values, bool end);
     /// For those who look at the store: why the disk is behind.
     void noteFailure(const std::string& text);
 

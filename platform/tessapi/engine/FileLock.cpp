@@ -21,13 +21,17 @@ constexpr std::chrono::milliseconds BETWEEN_TRIES{5};
 FileLock::FileLock(std::string file, std::string storeName) :
     path{std::move(file)},
     store{std::move(storeName)},
-    descriptor{velk::common::GroupFile::open(path, O_RDWR)} {
+    descriptor{velk::common::GroupFile::open(path, O_RDWR)},
+    owner{::getpid()} {
     if (descriptor < 0) {
         throwSystemFailure(store, errno, "cannot open " + path);
     }
 }
 
 FileLock::~FileLock() {
+    if (owner == ::getpid()) {
+        release(); // closing is not enough while a process that was forked off has it open
+    }
     ::close(descriptor);
 }
 
@@ -51,10 +55,12 @@ void FileLock::release() {
     ::flock(descriptor, LOCK_UN);
 }
 
-bool FileLock::isAlone(std::chrono::milliseconds longest) {
-    const bool alone = tryAlone();
+bool FileLock::awaitAny(std::chrono::milliseconds longest) {
+    if (tryAlone()) {
+        return true;
+    }
     awaitShared(longest);
-    return alone;
+    return false;
 }
 
 bool FileLock::attempt(int operation) {

@@ -2,13 +2,13 @@
 
 #include <chrono>
 #include <string>
+#include <sys/types.h>
 
 namespace tessapi {
 
 /// The lock on a file of its own, which several holders share or one has alone, among all objects of all
-/// programs. The kernel frees it when its holder dies; a process that was forked off while it was held holds
-/// it too.
-/// Threads: one at a time.
+/// programs. The kernel frees it when its holder dies. A process that was forked off while it was held keeps
+/// it beyond the end of its maker, if that did not end this object. Threads: one at a time.
 class FileLock {
 public:
     /// Makes the file when it is missing; throws boost::system::system_error that names `store`.
@@ -24,8 +24,8 @@ public:
     void awaitShared(std::chrono::milliseconds longest);
     void awaitAlone(std::chrono::milliseconds longest);
     void release();
-    /// Whether nobody else holds it; it is shared before and after, and maybe not in between.
-    bool isAlone(std::chrono::milliseconds longest);
+    /// Whether nobody else holds it: then it is had alone, else shared.
+    bool awaitAny(std::chrono::milliseconds longest);
 
 private:
     bool attempt(int operation);
@@ -33,7 +33,8 @@ private:
 
     const std::string path;
     const std::string store;
-    int descriptor;
+    const int descriptor;
+    const pid_t owner;
 };
 
 } // namespace tessapi

@@ -41,6 +41,7 @@ inline constexpr const char* WORKING_TABLES =
 CREATE TABLE keeping(
     identity INTEGER NOT NULL,
     copies INTEGER NOT NULL,
+    boot TEXT NOT NULL DEFAULT '',
     setting_seq INTEGER NOT NULL DEFAULT 0,
     value_seq INTEGER NOT NULL DEFAULT 0,
     event INTEGER NOT NULL DEFAULT 0,

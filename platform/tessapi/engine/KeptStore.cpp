@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/KeptStore.h"
 
+#include "platform/common/BootId.h"
 #include "platform/common/Clock.h"
 #include "platform/tessapi/engine/CopyRun.h"
 #include "platform/tessapi/engine/KeptSchema.h"
@@ -106,7 +107,7 @@ KeptStore::Settled KeptStore::settle(const std::string& path, const StoreUrl& ur
                                      std::chrono::milliseconds longestWait) {
     const auto folder = folderOf(url);
     while (true) {
-        const bool alone = use.isAlone(longestWait);
+        const bool alone = use.awaitAny(longestWait);
         auto found = read(path, url.text(), alone);
         if (!create || folder.empty() || (found && found->working == folder)) {
             if (found && url.valuesEvery()) {
@@ -114,7 +115,7 @@ KeptStore::Settled KeptStore::settle(const std::string& path, const StoreUrl& ur
             }
             return {found, alone};
         }
-        if (!use.tryAlone()) {
+        if (!alone && !use.tryAlone()) {
             throwStoreFault(url.text(), StoreFault::inUse,
                             "cannot work in " + folder + " instead of " + (found ? found->working : path));
         }
@@ -156,11 +157,29 @@ std::optional<KeptStore::Record> KeptStore::read(const std::string& path, const 
         }
     }
     KeptStore kept{path, store};
-    if (Schema::isEmpty(kept.database)) {
-        return std::nullopt; // it was cut off while it was made, which the first look has undone
+    // It was cut off while it was made or converted, which the first look undoes.
+    if (Schema::isEmpty(kept.database) || StoreFile::applicationId(path, store) != Schema::KEPT_ID) {
+        return std::nullopt;
     }
     Schema::verify(kept.database, Schema::KEPT_ID);
-    return kept.record();
+    auto record = kept.record();
+    if (alone) {
+        StoreFile::useLog(kept.database);
+        if (!isToldByTheFile(record, path, store)) {
+            kept.copyLog(); // the next program, which is not alone, would work in another place
+        }
+    }
+    return record;
+}
+
+bool KeptStore::isToldByTheFile(const Record& record, const std::string& path, const std::string& store) {
+    try {
+        KeptStore file{path, store, Database::Sharing::ignored};
+        const auto told = file.record();
+        return told.working == record.working && told.identity == record.identity;
+    } catch (const boost::system::system_error&) {
+        return false;
+    }
 }
 
 KeptStore::Record KeptStore::record() {
@@ -238,7 +257,8 @@ void KeptStore::fill(const std::string& working, std::int64_t monotonicMs) {
     Statement{database, "ATTACH ? AS working"}.execute(working);
     Transaction transaction{database, Transaction::Kind::read};
     database.execute(FILL);
-    Statement{database, "UPDATE working.keeping SET values_at = ?"}.execute(monotonicMs);
+    Statement{database, "UPDATE working.keeping SET values_at = ?, boot = ?"}.execute(
+        monotonicMs, velk::common::presentBoot());
     transaction.commit();
 }
 

@@ -30,12 +30,13 @@ public:
 
     struct Settled {
         std::optional<Record> record; ///< without one programs work on the file itself
-        bool alone{false};            ///< no other program had the store open
+        bool alone{false};            ///< no other program has the store open
     };
 
     /// Decides what programs work on when they open `path` by `url`, and makes it so: makes, converts or
     /// moves the store if `create` says so and nobody else works on it (`StoreFault::inUse`). `use` is shared
-    /// by every program that has the store open, and from now on by the caller.
+    /// by every program that has the store open; after this the caller has it alone if nobody else has the
+    /// store open, else shares it.
     static Settled settle(const std::string& path, const StoreUrl& url, bool create, FileLock& use,
                           std::chrono::milliseconds longestWait);
 
@@ -43,6 +44,8 @@ public:
               Database::Sharing sharing = Database::Sharing::alone);
 
     Record record();
+    /// Whether programs that look at the file without its log find the same place in it.
+    static bool isToldByTheFile(const Record& record, const std::string& path, const std::string& store);
     /// Puts all of it into the tables of a working database, as one transaction.
     void fill(const std::string& working, std::int64_t monotonicMs);
 
@@ -52,6 +55,7 @@ public:
     Database& connection() { return database; }
 
 private:
+    /// Undoes what a killed program has begun and finishes what it has not finished, if `alone`.
     static std::optional<Record> read(const std::string& path, const std::string& store, bool alone);
     static void setInterval(const std::string& path, const std::string& store, Record& record,
                             std::chrono::seconds interval);

@@ -66,6 +66,7 @@ std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create,
     if (kept && (alone || !WorkingFile::isFilledFrom(file, engine->store, kept->identity))) {
         WorkingFile::prepare(file, path, engine->store, *engine->writers, options.longestWait);
     }
+    engine->use->awaitShared(options.longestWait); // others may come from here on
     engine->connect(file, create, kept.has_value(), options);
     engine->checkSound();
     std::unique_ptr<IKeeping> keeping;
@@ -91,6 +92,7 @@ void SqliteEngine::connect(const std::string& path, bool create, bool working, c
         MutexLock lock{writer->mutex};
         if (working) {
             Schema::verify(writer->database, Schema::WORKING_ID);
+            StoreFile::useLog(writer->database); // whoever filled it may have been killed before that
         } else {
             StoreFile::prepare(writer->database, create);
         }

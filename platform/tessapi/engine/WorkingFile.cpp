@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/WorkingFile.h"
 
+#include "platform/common/BootId.h"
 #include "platform/common/Clock.h"
 #include "platform/common/GroupFile.h"
 #include "platform/tessapi/engine/KeptSchema.h"
@@ -55,14 +56,15 @@ struct FilledRecord {
     std::int64_t copies;
 };
 
-/// Nothing unless the file is filled.
+/// Nothing unless the file was filled since the boot: nothing in it is synced, so where the folder is no
+/// memory and outlives a boot it may lack what the copy has.
 std::optional<FilledRecord> recordOf(const std::string& file, const std::string& store) {
     if (StoreFile::applicationId(file, store) != Schema::WORKING_ID) {
         return std::nullopt;
     }
     Database working{file, store};
-    Statement statement{working, "SELECT identity, copies FROM keeping"};
-    auto run = statement.with();
+    Statement statement{working, "SELECT identity, copies FROM keeping WHERE boot = ?"};
+    auto run = statement.with(velk::common::presentBoot());
     return run.next() ? std::optional{FilledRecord{run.integer(0), run.integer(1)}} : std::nullopt;
 }
 
