@@ -47,19 +47,25 @@ public:
     const std::string url;
     SyntheticDevice device;
 
-    /// What the last initialisation has taken, in nanoseconds.
-    struct {
-        double wall{0};
-        double cpu{0};
-    } initialising;
+    struct Cost {
+        double wall{0}; ///< nanoseconds
+        double cpu{0};  ///< likewise, of the whole process
+    };
+
+    /// What the store has cost in the last build and initialisation: what the same tree without a store costs
+    /// is taken off.
+    Cost filling() const;
 
 private:
+    template <typename Work>
+    static Cost costOf(Work work);
     SyntheticTree(std::uint32_t outletCount, Store kind, const std::string& otherUrl, const More& more);
     void build(const More& more);
 
     powerdistribution::connectors::TessDatabaseManager store;
     const std::shared_ptr<powerdistribution::protocols::IWrapperFactory> factory;
     powerdistribution::datamodel::DataModelManager model;
+    Cost bringingUp;
 };
 
 } // namespace velk::benchmarks

@@ -202,14 +202,8 @@ public:
     void setChannelCValue(std::uint64_t channel, const qz::CValue& value) override {
         called("setChannelCValue", textOf(channel), value);
         velk::common::MutexLock lock{mutex};
-        const auto entry = channels.find(channel);
-        if (entry == channels.end()) {
-            throw std::runtime_error{"channel " + textOf(channel) + " is gone"};
-        }
-        if (value.type() != entry->second.type) {
-            throw std::invalid_argument{"channel " + textOf(channel) + " is of another type"};
-        }
-        entry->second.value = value;
+        check(channel, value);
+        channels.at(channel).value = value;
     }
 
     void setChannelAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) override {
@@ -284,9 +278,33 @@ public:
     }
 
     void setChannelCValues(const std::vector<std::pair<std::uint64_t, qz::CValue>>& values) override {
+        std::ostringstream list;
         for (const auto& [channel, value] : values) {
-            setChannelCValue(channel, value);
+            list << (&value == &values.front().second ? "" : " ") << textOf(channel) << "=" << value;
         }
+        called("setChannelCValues", list.str());
+        velk::common::MutexLock lock{mutex};
+        for (const auto& [channel, value] : values) {
+            check(channel, value);
+        }
+        for (const auto& [channel, value] : values) {
+            channels.at(channel).value = value;
+        }
+    }
+
+    std::vector<std::uint64_t> emplaceChannels(std::uint64_t device,
+                                               const std::vector<std::string>& names) override {
+        std::string list;
+        for (const std::string& name : names) {
+            list += ", " + name;
+        }
+        called("emplaceChannels", textOf(device) + list);
+        velk::common::MutexLock lock{mutex};
+        std::vector<std::uint64_t> ids;
+        for (const std::string& name : names) {
+            ids.push_back(devices.count(device) == 0 ? UNKNOWN_ID : emplace(device, name));
+        }
+        return ids;
     }
 
     void unsubscribe(std::uint64_t subscription) override {
@@ -317,6 +335,17 @@ private:
         text << ")";
         log->add(text.str());
         faults->check(operation);
+    }
+
+    /// Throws as a store does that cannot take `value`.
+    void check(std::uint64_t channel, const qz::CValue& value) const VELK_REQUIRES(mutex) {
+        const auto entry = channels.find(channel);
+        if (entry == channels.end()) {
+            throw std::runtime_error{"channel " + textOf(channel) + " is gone"};
+        }
+        if (value.type() != entry->second.type) {
+            throw std::invalid_argument{"channel " + textOf(channel) + " is of another type"};
+        }
     }
 
     std::uint64_t find(std::uint64_t device, const std::string& name) const VELK_REQUIRES(mutex) {

@@ -50,11 +50,11 @@ bool namesStates(const AlarmConfig& config) {
 
 BaseChannelTessConnector::BaseChannelTessConnector(tessapi::ITessAccessor& storeAccessor,
                                                    const velk::common::Uuid& deviceUuid, unsigned int size,
-                                                   ResolvingGatePtr resolvingGate) :
+                                                   StoreTrafficPtr sharedTraffic) :
     accessor{storeAccessor},
     deviceId{accessor.deviceIdOf(deviceUuid)},
     channels(size),
-    gate{std::move(resolvingGate)} {}
+    traffic{std::move(sharedTraffic)} {}
 
 BaseChannelTessConnector::~BaseChannelTessConnector() {
     guard.close();
@@ -68,8 +68,7 @@ BaseChannelTessConnector::~BaseChannelTessConnector() {
 }
 
 void BaseChannelTessConnector::expect(const HandlerData& data) {
-    MutexLock lock{channelLock};
-    expected.push_back(nameOf(data));
+    traffic->expected.expect(self(), nameOf(data));
 }
 
 void BaseChannelTessConnector::init() {}
@@ -82,7 +81,8 @@ void BaseChannelTessConnector::terminate() {
 
 void BaseChannelTessConnector::subscribe(const HandlerData& data, IConnectorListener* listener,
                                          const SubscriptionOptions& options) {
-    ChannelInfo& info = getChannelOrEmplace(data);
+    // The tree is still being built: the device's other channels are made when they are about to be read.
+    ChannelInfo& info = getChannelOrEmplace(data, ExpectedChannels::Reach::connector);
     if (info.id == UNRESOLVED) {
         return;
     }
@@ -117,7 +117,9 @@ void BaseChannelTessConnector::unsubscribe(const HandlerData& data, IConnectorLi
 }
 
 void BaseChannelTessConnector::load(HandlerData& data) const {
-    load(getChannelOrEmplace(data), data);
+    ChannelInfo& info = getChannelOrEmplace(data);
+    info.isLoaded = true;
+    load(info, data);
 }
 
 void BaseChannelTessConnector::load(const ChannelInfo& info, HandlerData& data) const {
@@ -125,6 +127,7 @@ void BaseChannelTessConnector::load(const ChannelInfo& info, HandlerData& data) 
     if (id == UNRESOLVED) {
         return;
     }
+    traffic->writes.settle(id);
     tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
     if (!inBand.isChannelValueInitialized(id)) {
         data.value.reset();
@@ -148,18 +151,24 @@ void BaseChannelTessConnector::store(const HandlerData& data) {
     } catch (const velk::common::UnexpectedIndex&) {
         failUnexpectedType(data, info.type);
     }
+    if (mayWait(info)) {
+        traffic->writes.add(deviceId, id, value);
+        return;
+    }
+    traffic->writes.settle(id);
     accessor.inbandAccessor().setChannelCValue(id, value);
+}
+
+bool BaseChannelTessConnector::mayWait(const ChannelInfo& info) const {
+    return traffic->writes.isOpenHere() && info.listener == nullptr && info.isLoaded;
 }
 
 TessResources BaseChannelTessConnector::getResourcesInUse() const {
     TessResources resources;
     std::vector<std::uint64_t> ids = getChannelIds();
-    {
-        MutexLock lock{channelLock};
-        for (const auto& [name, id] : made) {
-            if (id != UNRESOLVED && std::find(ids.begin(), ids.end(), id) == ids.end()) {
-                ids.push_back(id);
-            }
+    for (const std::uint64_t id : traffic->expected.madeFor(self())) {
+        if (std::find(ids.begin(), ids.end(), id) == ids.end()) {
+            ids.push_back(id);
         }
     }
     resources.add(deviceId, ids);
@@ -200,21 +209,22 @@ BaseChannelTessConnector::ChannelInfo& BaseChannelTessConnector::getChannel(cons
 }
 
 BaseChannelTessConnector::ChannelInfo&
-BaseChannelTessConnector::getChannelOrEmplace(const HandlerData& data) const {
+BaseChannelTessConnector::getChannelOrEmplace(const HandlerData& data, ExpectedChannels::Reach reach) const {
     ChannelInfo& info = getChannel(data);
     if (info.id != UNRESOLVED) {
         return info;
     }
-    const velk::common::SharedLock noCleaning{*gate};
+    const velk::common::SharedLock noCleaning{traffic->gate};
     MutexLock lock{channelLock};
     if (info.id == UNRESOLVED) {
-        resolve(info, data);
+        resolve(info, data, reach);
     }
     return info;
 }
 
-void BaseChannelTessConnector::resolve(ChannelInfo& info, const HandlerData& data) const {
-    const std::uint64_t id = emplace(nameOf(data), data.dataConfig.channelOption);
+void BaseChannelTessConnector::resolve(ChannelInfo& info, const HandlerData& data,
+                                       ExpectedChannels::Reach reach) const {
+    const std::uint64_t id = emplace(data, reach);
     const qz::datatype type = accessor.inbandAccessor().getChannelDataType(id);
     // Before the entry is seen by others: the store has the triggers before the first value.
     setChannelAlarmConfiguration(id, data);
@@ -223,18 +233,12 @@ void BaseChannelTessConnector::resolve(ChannelInfo& info, const HandlerData& dat
     info.id = id;
 }
 
-std::uint64_t BaseChannelTessConnector::emplace(const std::string& name, bool option) const {
+std::uint64_t BaseChannelTessConnector::emplace(const HandlerData& data,
+                                                ExpectedChannels::Reach reach) const {
     tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
-    if (expected.size() > 1) {
-        const std::vector<std::string> names = std::exchange(expected, {});
-        const std::vector<std::uint64_t> ids = inBand.emplaceChannels(deviceId, names);
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            made.emplace(names[i], ids[i]);
-        }
-    }
-    const auto known = made.find(name);
-    return known == made.end() || known->second == UNRESOLVED ? inBand.emplaceChannel(deviceId, name, option)
-                                                              : known->second;
+    const std::string name = nameOf(data);
+    const std::uint64_t id = traffic->expected.emplace(inBand, self(), name, reach);
+    return id == UNRESOLVED ? inBand.emplaceChannel(deviceId, name, data.dataConfig.channelOption) : id;
 }
 
 bool BaseChannelTessConnector::hasAnyChannelListener() const {
@@ -250,7 +254,7 @@ void BaseChannelTessConnector::clearCache() {
     for (ChannelInfo* info : channels.used()) {
         info->id = UNRESOLVED;
     }
-    made.clear();
+    traffic->expected.forget(self());
 }
 
 void BaseChannelTessConnector::setChannelAlarmConfiguration(std::uint64_t id, const HandlerData& data) const {
@@ -258,6 +262,7 @@ void BaseChannelTessConnector::setChannelAlarmConfiguration(std::uint64_t id, co
         return;
     }
     const AlarmConfig& config = *data.dataConfig.alarmConfig;
+    traffic->writes.settle(id);
     tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
     inBand.setChannelAlarmConfig(id, toQz(config));
     if (namesStates(config)) {

@@ -10,11 +10,10 @@
 #include "powerdistribution/connectors/IExpectingConnector.h"
 #include "powerdistribution/connectors/ITessConnector.h"
 #include "powerdistribution/connectors/LazyTable.h"
-#include "powerdistribution/connectors/ResolvingGate.h"
+#include "powerdistribution/connectors/StoreTraffic.h"
 
 #include <atomic>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,18 +39,20 @@ public:
         std::atomic<qz::datatype> type{qz::datatype::unknown};
         /// Null when nobody listens; written under the subscription lock.
         std::atomic<IConnectorListener*> listener{nullptr};
+        /// Whoever stores it loads it first, and so finds out what the store holds.
+        std::atomic<bool> isLoaded{false};
     };
 
-    /// `size` is the number of members of the family. `accessor` outlives this object. Without a gate of a
-    /// container the connector gets its own.
+    /// `size` is the number of members of the family. `accessor` outlives this object. Without the
+    /// traffic of a container the connector gets its own.
     BaseChannelTessConnector(tessapi::ITessAccessor& accessor, const velk::common::Uuid& deviceUuid,
                              unsigned int size,
-                             ResolvingGatePtr resolvingGate = std::make_shared<ResolvingGate>());
+                             StoreTrafficPtr sharedTraffic = std::make_shared<StoreTraffic>());
     ~BaseChannelTessConnector() override;
     BaseChannelTessConnector(const BaseChannelTessConnector&) = delete;
     BaseChannelTessConnector& operator=(const BaseChannelTessConnector&) = delete;
 
-    void expect(const handlers::HandlerData& data) override VELK_EXCLUDES(channelLock);
+    void expect(const handlers::HandlerData& data) override;
     void init() override;
     void terminate() override;
     /// Throws PowerDistributionError "Duplicate subscription to PATH within the same TessChannelAccessor".
@@ -79,8 +80,10 @@ public:
     ChannelInfo& getChannel(const handlers::HandlerData& data) const;
 
     /// The entry, resolved if the store has the device; a failure leaves it unresolved. Never touches the
-    /// listener.
-    ChannelInfo& getChannelOrEmplace(const handlers::HandlerData& data) const VELK_EXCLUDES(channelLock);
+    /// listener. `reach` says which of the channels that are expected are made with it.
+    ChannelInfo& getChannelOrEmplace(const handlers::HandlerData& data,
+                                     ExpectedChannels::Reach reach = ExpectedChannels::Reach::device) const
+        VELK_EXCLUDES(channelLock);
 
     /// Required: true when at least one entry has NO listener; false for an empty table.
     bool hasAnyChannelListener() const VELK_EXCLUDES(channelLock);
@@ -121,21 +124,21 @@ protected:
 
 private:
     const ChannelInfo* findChannel(std::uint64_t id) const VELK_REQUIRES(channelLock);
-    void resolve(ChannelInfo& info, const handlers::HandlerData& data) const VELK_REQUIRES(channelLock);
-    /// The identifier of the channel; the first call makes all channels that are expected.
-    std::uint64_t emplace(const std::string& name, bool option) const VELK_REQUIRES(channelLock);
+    void resolve(ChannelInfo& info, const handlers::HandlerData& data, ExpectedChannels::Reach reach) const
+        VELK_REQUIRES(channelLock);
+    std::uint64_t emplace(const handlers::HandlerData& data, ExpectedChannels::Reach reach) const;
+    /// Whether its values may wait for others: nobody answers them, and if they get lost that is found out.
+    bool mayWait(const ChannelInfo& info) const;
+    ExpectedChannels::Owner self() const { return {deviceId, this}; }
 
     tessapi::ITessAccessor& accessor;
     const std::uint64_t deviceId;
     mutable velk::common::Mutex channelLock;
     // One entry for each member of the family, of which a device serves few; filled by `load` too.
     mutable LazyTable<ChannelInfo> channels;
-    mutable std::vector<std::string> expected VELK_GUARDED_BY(channelLock); ///< names that were not made yet
-    /// Channels that were made before they were asked for. They are in use from then on.
-    mutable std::map<std::string, std::uint64_t> made VELK_GUARDED_BY(channelLock);
     mutable velk::common::Mutex subscriptionLock VELK_ACQUIRED_BEFORE(channelLock);
     std::uint64_t subscriptionId VELK_GUARDED_BY(subscriptionLock){0};
-    const ResolvingGatePtr gate;
+    const StoreTrafficPtr traffic;
     CallbackGuard guard;
 };
 

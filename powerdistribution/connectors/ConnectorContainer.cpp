@@ -7,7 +7,7 @@ namespace velk::powerdistribution::connectors {
 
 using velk::common::MutexLock;
 
-ConnectorContainer::ConnectorContainer() : gate{std::make_shared<ResolvingGate>()} {}
+ConnectorContainer::ConnectorContainer() : shared{std::make_shared<StoreTraffic>()} {}
 
 ConnectorPtr ConnectorContainer::add(ConnectorPtr connector) {
     ConnectorPtr handle{connector.get(), [this](IConnector* released) { removeConnector(released); }};

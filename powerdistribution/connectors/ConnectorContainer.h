@@ -3,7 +3,7 @@
 #include "platform/common/Mutex.h"
 #include "platform/common/ThreadAnnotations.h"
 #include "powerdistribution/connectors/IConnector.h"
-#include "powerdistribution/connectors/ResolvingGate.h"
+#include "powerdistribution/connectors/StoreTraffic.h"
 
 #include <cstddef>
 #include <functional>
@@ -39,15 +39,15 @@ public:
 
     std::size_t size() const VELK_EXCLUDES(lock);
 
-    /// The gate of all connectors in this container.
-    const ResolvingGatePtr& resolvingGate() const { return gate; }
+    /// What all connectors in this container share.
+    const StoreTrafficPtr& traffic() const { return shared; }
 
 private:
     mutable velk::common::Mutex lock;
     std::list<ConnectorPtr> connectors VELK_GUARDED_BY(lock); ///< in the order of addition
     /// Where each is in the list: a large tree has tens of thousands, which all go one by one.
     std::unordered_map<const IConnector*, std::list<ConnectorPtr>::iterator> places VELK_GUARDED_BY(lock);
-    const ResolvingGatePtr gate;
+    const StoreTrafficPtr shared;
 };
 
 } // namespace velk::powerdistribution::connectors

@@ -5,6 +5,7 @@
 #include "powerdistribution/connectors/IConnectorListener.h"
 #include "powerdistribution/connectors/IDatabaseManager.h"
 #include "powerdistribution/connectors/IExpectingConnector.h"
+#include "powerdistribution/connectors/IGroupingFactory.h"
 #include "powerdistribution/connectors/ITessConnector.h"
 
 namespace velk::powerdistribution::connectors {
@@ -14,6 +15,8 @@ IConnector::~IConnector() = default;
 IExpectingConnector::~IExpectingConnector() = default;
 
 IConnectorFactory::~IConnectorFactory() = default;
+
+IGroupingFactory::~IGroupingFactory() = default;
 
 IConnectorListener::~IConnectorListener() = default;
 

@@ -63,10 +63,10 @@ EPath pathOf(DeviceAttribute attribute) {
 
 DeviceAttributeTessConnector::DeviceAttributeTessConnector(tessapi::ITessAccessor& storeAccessor,
                                                            const velk::common::Uuid& deviceUuid,
-                                                           ResolvingGatePtr resolvingGate) :
+                                                           StoreTrafficPtr sharedTraffic) :
     accessor{storeAccessor},
     deviceId{accessor.deviceIdOf(deviceUuid)},
-    channels{accessor, deviceUuid, attributeFamilySize, std::move(resolvingGate)} {
+    channels{accessor, deviceUuid, attributeFamilySize, std::move(sharedTraffic)} {
     for (const ServedAttribute& row : servedByDevice) {
         attributes.at(static_cast<std::size_t>(row.attribute)).attribute = row.attribute;
     }
@@ -78,6 +78,12 @@ DeviceAttributeTessConnector::~DeviceAttributeTessConnector() {
         terminate();
     } catch (const std::exception&) {
         // A subscription that the store could not end calls a closed guard from now on, which is harmless.
+    }
+}
+
+void DeviceAttributeTessConnector::expect(const HandlerData& data) {
+    if (!attributeOf(data)) {
+        channels.expect(data);
     }
 }
 

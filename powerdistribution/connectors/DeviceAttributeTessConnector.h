@@ -8,6 +8,7 @@
 #include "platform/tessapi/ITessAccessor.h"
 #include "powerdistribution/connectors/CallbackGuard.h"
 #include "powerdistribution/connectors/ChannelTessConnector.h"
+#include "powerdistribution/connectors/IExpectingConnector.h"
 #include "powerdistribution/connectors/ITessConnector.h"
 #include "powerdistribution/core/EAttribute.h"
 
@@ -22,15 +23,17 @@ namespace velk::powerdistribution::connectors {
 ///
 /// Threads: any. Its own lock covers the attributes, the embedded channel connector has its own two, and no
 /// call holds both.
-class DeviceAttributeTessConnector final : public ITessConnector {
+class DeviceAttributeTessConnector final : public ITessConnector, public IExpectingConnector {
 public:
-    /// `accessor` outlives this object. Without a gate of a container the connector gets its own.
+    /// `accessor` outlives this object. Without the traffic of a container the connector gets its own.
     DeviceAttributeTessConnector(tessapi::ITessAccessor& accessor, const velk::common::Uuid& deviceUuid,
-                                 ResolvingGatePtr resolvingGate = std::make_shared<ResolvingGate>());
+                                 StoreTrafficPtr sharedTraffic = std::make_shared<StoreTraffic>());
     ~DeviceAttributeTessConnector() override;
     DeviceAttributeTessConnector(const DeviceAttributeTessConnector&) = delete;
     DeviceAttributeTessConnector& operator=(const DeviceAttributeTessConnector&) = delete;
 
+    /// An attribute of the device is there already.
+    void expect(const handlers::HandlerData& data) override;
     void init() override;
     void terminate() override VELK_EXCLUDES(lock);
     /// Required: a second subscriber of an attribute replaces the first.

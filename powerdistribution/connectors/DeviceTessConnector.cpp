@@ -27,8 +27,8 @@ const std::map<EPath, std::uint64_t>& pathToDeviceId() {
 } // namespace
 
 DeviceTessConnector::DeviceTessConnector(tessapi::ITessAccessor& storeAccessor, const Uuid& parent,
-                                         ResolvingGatePtr resolvingGate) :
-    accessor{storeAccessor}, parentUuid{parent}, gate{std::move(resolvingGate)} {}
+                                         StoreTrafficPtr sharedTraffic) :
+    accessor{storeAccessor}, parentUuid{parent}, traffic{std::move(sharedTraffic)} {}
 
 DeviceTessConnector::~DeviceTessConnector() = default;
 
@@ -57,7 +57,7 @@ void DeviceTessConnector::store(const HandlerData& data) {
 }
 
 void DeviceTessConnector::emplace(const HandlerData& data) {
-    const velk::common::SharedLock noCleaning{*gate};
+    const velk::common::SharedLock noCleaning{traffic->gate};
     // Required: set first, so the first call counts as such also when it fails.
     initialized = true;
     deviceId = getDeviceId(data);

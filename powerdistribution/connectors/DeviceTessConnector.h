@@ -3,7 +3,7 @@
 #include "platform/common/Uuid.h"
 #include "platform/tessapi/ITessAccessor.h"
 #include "powerdistribution/connectors/ITessConnector.h"
-#include "powerdistribution/connectors/ResolvingGate.h"
+#include "powerdistribution/connectors/StoreTraffic.h"
 
 #include <atomic>
 #include <cstdint>
@@ -16,10 +16,10 @@ namespace velk::powerdistribution::connectors {
 /// Threads: `load` and `store` on one thread at a time; `getResourcesInUse` on any.
 class DeviceTessConnector final : public ITessConnector {
 public:
-    /// `parentUuid` is that of the device above. `accessor` outlives this object. Without a gate of a
+    /// `parentUuid` is that of the device above. `accessor` outlives this object. Without the traffic of a
     /// container the connector gets its own.
     DeviceTessConnector(tessapi::ITessAccessor& accessor, const velk::common::Uuid& parentUuid,
-                        ResolvingGatePtr resolvingGate = std::make_shared<ResolvingGate>());
+                        StoreTrafficPtr sharedTraffic = std::make_shared<StoreTraffic>());
     ~DeviceTessConnector() override;
 
     void init() override;
@@ -49,7 +49,7 @@ private:
     const velk::common::Uuid parentUuid;
     mutable std::atomic<std::uint64_t> deviceId{0};
     std::atomic<bool> initialized{false};
-    const ResolvingGatePtr gate;
+    const StoreTrafficPtr traffic;
 };
 
 } // namespace velk::powerdistribution::connectors

@@ -14,7 +14,7 @@ class VELK_EXPORT IExpectingConnector {
 public:
     virtual ~IExpectingConnector();
 
-    /// Called by each handler when it is made: its data point will be loaded. Threads: any.
+    /// Called by whoever makes a handler, before it does: its data point will be used. Threads: any.
     virtual void expect(const handlers::HandlerData& data) = 0;
 };
 

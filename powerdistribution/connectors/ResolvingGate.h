@@ -2,8 +2,6 @@
 
 #include "platform/common/Mutex.h"
 
-#include <memory>
-
 namespace velk::powerdistribution::connectors {
 
 /// Held shared by a connector from the moment it makes something in the store until it reports it as in use,
@@ -11,9 +9,8 @@ namespace velk::powerdistribution::connectors {
 /// between, and its dead identifier would be kept for ever.
 ///
 /// One gate serves all connectors of a `ConnectorContainer`. Lock order: a handler's lock, the gate, the
-/// container's lock, a connector's subscription lock, its channel lock, the store.
+/// container's lock, a connector's subscription lock, its channel lock, the expected channels, the write
+/// group, the store.
 using ResolvingGate = velk::common::SharedMutex;
-
-using ResolvingGatePtr = std::shared_ptr<ResolvingGate>;
 
 } // namespace velk::powerdistribution::connectors

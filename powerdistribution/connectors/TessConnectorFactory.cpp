@@ -21,7 +21,7 @@ TessConnectorFactory::~TessConnectorFactory() = default;
 template <typename E>
 ConnectorPtr TessConnectorFactory::buildChannels(const Uuid& uuid, unsigned int size) const {
     return connectors->add(
-        std::make_shared<ChannelTessConnector<E>>(accessor, uuid, size, connectors->resolvingGate()));
+        std::make_shared<ChannelTessConnector<E>>(accessor, uuid, size, connectors->traffic()));
 }
 
 Uuid TessConnectorFactory::getRootParentUuid() const {
@@ -30,16 +30,16 @@ Uuid TessConnectorFactory::getRootParentUuid() const {
 
 ConnectorPtr TessConnectorFactory::buildConnector(const Uuid& parentUuid) const {
     return connectors->add(
-        std::make_shared<DeviceTessConnector>(accessor, parentUuid, connectors->resolvingGate()));
+        std::make_shared<DeviceTessConnector>(accessor, parentUuid, connectors->traffic()));
 }
 
 ConnectorPtr TessConnectorFactory::buildAlarmConnector(const Uuid& uuid) const {
-    return connectors->add(std::make_shared<AlarmTessConnector>(accessor, uuid));
+    return connectors->add(std::make_shared<AlarmTessConnector>(accessor, uuid, connectors->traffic()));
 }
 
 ConnectorPtr TessConnectorFactory::buildAttributeConnector(const Uuid& uuid) const {
     return connectors->add(
-        std::make_shared<DeviceAttributeTessConnector>(accessor, uuid, connectors->resolvingGate()));
+        std::make_shared<DeviceAttributeTessConnector>(accessor, uuid, connectors->traffic()));
 }
 
 ConnectorPtr TessConnectorFactory::buildSpecificationConnector(const Uuid& uuid) const {
@@ -72,6 +72,10 @@ ConnectorPtr TessConnectorFactory::buildCommunicationStatusConnector(const Uuid&
 
 ConnectorPtr TessConnectorFactory::buildSystemConnector() const {
     return connectors->add(std::make_shared<SystemTessConnector>(accessor));
+}
+
+void TessConnectorFactory::inGroups(const std::function<void()>& work) const {
+    connectors->traffic()->writes.run(accessor.inbandAccessor(), work);
 }
 
 } // namespace velk::powerdistribution::connectors

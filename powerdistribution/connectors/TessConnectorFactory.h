@@ -3,14 +3,16 @@
 #include "platform/tessapi/ITessAccessor.h"
 #include "powerdistribution/connectors/ConnectorContainer.h"
 #include "powerdistribution/connectors/IConnectorFactory.h"
+#include "powerdistribution/connectors/IGroupingFactory.h"
 
+#include <functional>
 #include <memory>
 
 namespace velk::powerdistribution::connectors {
 
 /// Makes connectors to the store. Every call makes a new one and enters it in the container; `init` is left
 /// to the caller. Threads: any.
-class TessConnectorFactory final : public IConnectorFactory {
+class TessConnectorFactory final : public IConnectorFactory, public IGroupingFactory {
 public:
     /// `accessor` outlives this object and every connector.
     TessConnectorFactory(tessapi::ITessAccessor& accessor, std::shared_ptr<ConnectorContainer> connectors);
@@ -28,6 +30,8 @@ public:
     ConnectorPtr buildPrivateActionConnector(const velk::common::Uuid& uuid) const override;
     ConnectorPtr buildCommunicationStatusConnector(const velk::common::Uuid& uuid) const override;
     ConnectorPtr buildSystemConnector() const override;
+
+    void inGroups(const std::function<void()>& work) const override;
 
 private:
     template <typename E>

@@ -43,7 +43,7 @@ const IConnectorFactory& TessDatabaseManager::connectorFactory() const {
 }
 
 void TessDatabaseManager::sanitize() {
-    const velk::common::ExclusiveLock nobodyResolves{*d->connectors->resolvingGate()};
+    const velk::common::ExclusiveLock nobodyResolves{d->connectors->traffic()->gate};
     TessResources inUse;
     d->connectors->for_each(
         [&inUse](const ConnectorPtr& connector) { inUse.add(connector->getResourcesInUse()); });

@@ -85,6 +85,7 @@ bool DataModelManager::build(const protocols::IWrapperFactory& wrapperFactory,
         const Factories factories{wrapperFactory, connectorFactory, &container};
         root = builder(EPath{}, rootUuid, factories); // an empty builder throws std::bad_function_call
         container.emplace(root);
+        grouping = dynamic_cast<const connectors::IGroupingFactory*>(&connectorFactory);
         if (const HandlerPtr comState = findComState(); comState != nullptr && comStateAdapter != nullptr) {
             comState->registerObserver(*comStateAdapter);
         }
@@ -115,6 +116,15 @@ bool DataModelManager::initialize() {
 }
 
 void DataModelManager::initializeHandlers() {
+    // After a recovery the workers are storing values too, which those that wait must not overtake.
+    if (grouping != nullptr && !scheduler.isInitialized()) {
+        grouping->inGroups([this] { initializeEach(); });
+    } else {
+        initializeEach();
+    }
+}
+
+void DataModelManager::initializeEach() {
     for (const auto& [path, handler] : container.all()) {
         // A handler that keeps the base's operation has nothing to do in it. Calling that empty operation is
         // the same as leaving it out.
@@ -145,6 +155,7 @@ void DataModelManager::terminate() {
 void DataModelManager::clear() {
     terminate();
     noteModel(false);
+    grouping = nullptr;
     container.clearAll();
 }
 

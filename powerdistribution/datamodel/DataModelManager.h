@@ -2,6 +2,7 @@
 
 #include "platform/common/Clock.h"
 #include "platform/common/Mutex.h"
+#include "powerdistribution/connectors/IGroupingFactory.h"
 #include "powerdistribution/core/CommunicationEventListener.h"
 #include "powerdistribution/core/Configuration.h"
 #include "powerdistribution/core/PointDescription.h"
@@ -46,7 +47,8 @@ public:
 
     /// Builds the tree with `builder`, from the empty path and the store's root device. False when a standard
     /// exception ended that, told on the standard error as "Failed to build data model: " and its text; what
-    /// was entered in the index until then stays there. The factories are not kept.
+    /// was entered in the index until then stays there. `wrapperFactory` is not kept; `connectorFactory`
+    /// lives as long as the handlers.
     bool build(const protocols::IWrapperFactory& wrapperFactory,
                const connectors::IConnectorFactory& connectorFactory, const Builder& builder);
 
@@ -93,6 +95,7 @@ private:
 
     HandlerPtr findComState() const;
     void initializeHandlers();
+    void initializeEach();
     void noteModel(bool built, const std::string& failure = {}) VELK_EXCLUDES(describing);
     PointPublisher publisherOf(const handlers::IHandler& handler, const char* kind,
                                const protocols::PointOrigins& origins) const;
@@ -103,6 +106,8 @@ private:
     /// gone.
     std::vector<std::unique_ptr<ComStateAdapter>> detachedAdapters;
     HandlerPtr root; ///< null before the first build
+    /// The one of the connectors that the handlers hold; null when it does not group.
+    const connectors::IGroupingFactory* grouping{nullptr};
     DataModelContainer container;
     DataModelScheduler scheduler;
     std::unique_ptr<ComStateAdapter> comStateAdapter; ///< null without subscriber

@@ -1,6 +1,5 @@
 #include "powerdistribution/handlers/BaseValueHandler.h"
 
-#include "powerdistribution/connectors/IExpectingConnector.h"
 #include "powerdistribution/handlers/Rollback.h"
 
 #include <algorithm>
@@ -42,11 +41,7 @@ BaseValueHandler::BaseValueHandler(const EPath& path, protocols::ValueWrapperPtr
     BaseHandler{path},
     wrapper{std::move(exclusiveWrapper)},
     connector{std::move(sharedConnector)},
-    data{path, Value{}, wrapper->dataConfig()} {
-    if (auto* expecting = dynamic_cast<connectors::IExpectingConnector*>(connector.get())) {
-        expecting->expect(data);
-    }
-}
+    data{path, Value{}, wrapper->dataConfig()} {}
 
 BaseValueHandler::~BaseValueHandler() = default;
 

@@ -1,6 +1,7 @@
 #include "powerdistribution/handlers/ComputedStatusHandler.h"
 
 #include "powerdistribution/handlers/Rollback.h"
+#include "powerdistribution/handlers/expectPoint.h"
 
 namespace velk::powerdistribution::handlers {
 
@@ -8,7 +9,9 @@ ComputedStatusHandler::ComputedStatusHandler(const EPath& path, const velk::comm
                                              const Factories& factories) :
     BaseHandler{path + EStatus::OperatingStatus},
     connector{factories.connectorFactory.buildStatusConnector(uuid)},
-    data{epath(), Value{}, {}} {}
+    data{epath(), Value{}, {}} {
+    expectPoint(*connector, epath());
+}
 
 ComputedStatusHandler::~ComputedStatusHandler() = default;
 

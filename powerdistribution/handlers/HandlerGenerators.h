@@ -3,10 +3,12 @@
 #include "powerdistribution/connectors/IConnector.h"
 #include "powerdistribution/handlers/Factories.h"
 #include "powerdistribution/handlers/ROValueHandler.h"
+#include "powerdistribution/handlers/expectPoint.h"
 
 #include <cstdint>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace velk::powerdistribution::handlers {
 
@@ -37,12 +39,18 @@ inline constexpr EPrivateAction LAST_MEMBER<EPrivateAction> = EPrivateAction::Se
 template <typename E, typename H = ROValueHandler, typename... Args>
 void generateHandlersFromEnum(const EPath& path, const connectors::ConnectorPtr& connector,
                               const Factories& factories, Args... args) {
+    std::vector<std::pair<EPath, protocols::ValueWrapperPtr>> served;
     for (std::uint32_t number = 1; number <= static_cast<std::uint32_t>(LAST_MEMBER<E>); ++number) {
-        const EPath dataPoint = path + static_cast<E>(number);
-        protocols::ValueWrapperPtr wrapper = factories.wrapperFactory.buildWrapper(dataPoint);
-        if (wrapper == nullptr) {
-            continue;
+        EPath dataPoint = path + static_cast<E>(number);
+        if (auto wrapper = factories.wrapperFactory.buildWrapper(dataPoint)) {
+            served.emplace_back(std::move(dataPoint), std::move(wrapper));
         }
+    }
+    // The connector knows of all before the first handler uses one.
+    for (const auto& [dataPoint, wrapper] : served) {
+        expectPoint(*connector, dataPoint);
+    }
+    for (auto& [dataPoint, wrapper] : served) {
         factories.dataModel->emplace(std::make_shared<H>(dataPoint, std::move(wrapper), connector, args...));
     }
 }

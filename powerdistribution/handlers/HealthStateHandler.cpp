@@ -3,6 +3,7 @@
 #include "powerdistribution/alarms/Trigger.h"
 #include "powerdistribution/core/PowerDistributionError.h"
 #include "powerdistribution/handlers/Rollback.h"
+#include "powerdistribution/handlers/expectPoint.h"
 #include "powerdistribution/handlers/subscribeOrLeave.h"
 
 #include <cstdint>
@@ -45,6 +46,7 @@ HealthStateHandler::HealthStateHandler(const EPath& path, const velk::common::Uu
     alarmConnector{factories.connectorFactory.buildAlarmConnector(uuid)},
     healthData{path + EStatus::HealthState, Value{GOOD}, {}}, //
     alarmData{path + EStatus::HealthState, Value{}, {}} {
+    expectPoint(*statusConnector, healthData.path);
     // Last, because callbacks may come from here on.
     subscribeOrLeave(*alarmConnector, alarmData, this, {false, false});
 }

@@ -1,5 +1,7 @@
 #include "powerdistribution/handlers/makeStatusHandler.h"
 
+#include "powerdistribution/handlers/expectPoint.h"
+
 #include <utility>
 
 namespace velk::powerdistribution::handlers {
@@ -11,6 +13,7 @@ std::shared_ptr<ROValueHandler> makeStatusHandler(const EPath& path, const velk:
     if (wrapper == nullptr) {
         return nullptr;
     }
+    expectPoint(*connector, path);
     return std::make_shared<ROValueHandler>(path, std::move(wrapper), std::move(connector));
 }
 

@@ -1,0 +1,307 @@
+// What the connectors of one device do together: they make their channels in one call, and while a tree is
+// brought up their values go to the store in groups.
+
+#include "powerdistribution/connectors/IExpectingConnector.h"
+#include "powerdistribution/connectors/IGroupingFactory.h"
+#include "powerdistribution/connectors/TessDatabaseManager.h"
+#include "testing/FakeTessAccessor.h"
+#include "testing/RecordingListener.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace velk::powerdistribution::connectors {
+namespace {
+
+using handlers::HandlerData;
+using velk::common::Uuid;
+using Calls = std::vector<std::string>;
+
+const Uuid strip{"00000000-0000-4000-8000-000000000020"};
+const Uuid other{"00000000-0000-4000-8000-000000000021"};
+
+void expectPoints(const ConnectorPtr& connector, const std::vector<EPath>& paths) {
+    auto* expecting = dynamic_cast<IExpectingConnector*>(connector.get());
+    ASSERT_NE(nullptr, expecting);
+    for (const EPath& path : paths) {
+        expecting->expect({path, {}, {}});
+    }
+}
+
+void load(const ConnectorPtr& connector, const EPath& path) {
+    HandlerData data{path, {}, {}};
+    connector->load(data);
+}
+
+void store(const ConnectorPtr& connector, const EPath& path, const std::string& text) {
+    connector->store({path, text, {}});
+}
+
+/// A device with connectors of statuses, measures and settings; all channels are texts.
+class GroupingTest : public ::testing::Test {
+protected:
+    GroupingTest() {
+        auto client = std::make_unique<testing::FakeTessAccessor>();
+        fake = client.get();
+        fake->addDevice(20, strip, 1);
+        fake->addDevice(21, other, 1);
+        manager = std::make_unique<TessDatabaseManager>(std::move(client));
+        statuses = factory().buildStatusConnector(strip);
+        measures = factory().buildMeasureConnector(strip);
+        settings = factory().buildSettingConnector(strip);
+    }
+
+    const IConnectorFactory& factory() const { return manager->connectorFactory(); }
+
+    void inGroups(const std::function<void()>& work) const {
+        dynamic_cast<const IGroupingFactory&>(factory()).inGroups(work);
+    }
+
+    void expectAll() {
+        expectPoints(statuses, {{EStatus::Mode}, {EStatus::Supply}});
+        expectPoints(measures, {{EMeasurement::Voltage}});
+        expectPoints(settings, {{ESetting::Temperature}, {ESetting::AudibleAlarmControl}});
+    }
+
+    testing::FakeTessAccessor* fake;
+    std::unique_ptr<TessDatabaseManager> manager;
+    testing::RecordingListener listener;
+    ConnectorPtr statuses;
+    ConnectorPtr measures;
+    ConnectorPtr settings;
+};
+
+const std::string MODE{"PowerDistribution.Status.Mode"};
+const std::string SUPPLY{"PowerDistribution.Status.Supply"};
+const std::string VOLTAGE{"PowerDistribution.Measure.Voltage"};
+const std::string TEMPERATURE{"PowerDistribution.Setting.Temperature"};
+const std::string AUDIBLE{"PowerDistribution.Setting.AudibleAlarmControl"};
+
+TEST_F(GroupingTest, AllChannelsOfADeviceAreMadeInOneCall) {
+    expectAll();
+    load(measures, {EMeasurement::Voltage});
+    load(statuses, {EStatus::Supply});
+    load(statuses, {EStatus::Mode});
+    load(settings, {ESetting::Temperature});
+    const std::string names = MODE + ", " + SUPPLY + ", " + VOLTAGE + ", " + TEMPERATURE + ", " + AUDIBLE;
+    EXPECT_EQ(Calls{"emplaceChannels(20, " + names + ")"}, fake->calls("emplaceChannel"));
+}
+
+TEST_F(GroupingTest, AnotherDeviceIsMadeByItself) {
+    const auto others = factory().buildStatusConnector(other);
+    expectPoints(others, {{EStatus::Mode}, {EStatus::Supply}});
+    expectAll();
+    load(others, {EStatus::Mode});
+    EXPECT_EQ(Calls{"emplaceChannels(21, " + MODE + ", " + SUPPLY + ")"}, fake->calls("emplaceChannel"));
+}
+
+TEST_F(GroupingTest, SubscribingMakesTheChannelsOfTheConnectorAlone) {
+    expectAll();
+    settings->subscribe({{ESetting::Temperature}, {}, {}}, &listener, {false, false});
+    settings->subscribe({{ESetting::AudibleAlarmControl}, {}, {}}, &listener, {false, false});
+    EXPECT_EQ(Calls{"emplaceChannels(20, " + TEMPERATURE + ", " + AUDIBLE + ")"},
+              fake->calls("emplaceChannel"));
+    EXPECT_EQ((Calls{"subscribeMultipleChannels([1000], 15)", "subscribeMultipleChannels([1001 1000], 15)"}),
+              fake->calls("subscribeMultipleChannels"))
+        << "only what was subscribed, in the order of the table";
+}
+
+TEST_F(GroupingTest, WithTheDeviceTheChannelsAreAskedForTooThatAreThereAlready) {
+    expectAll();
+    settings->subscribe({{ESetting::Temperature}, {}, {}}, &listener, {false, false});
+    fake->forgetCalls();
+    load(statuses, {EStatus::Mode});
+    const std::string names = MODE + ", " + SUPPLY + ", " + VOLTAGE + ", " + TEMPERATURE + ", " + AUDIBLE;
+    EXPECT_EQ(Calls{"emplaceChannels(20, " + names + ")"}, fake->calls("emplaceChannel"));
+    EXPECT_EQ(5u, fake->inbandAccessor().channelNames(20).size());
+}
+
+TEST_F(GroupingTest, WhatNobodyExpectsIsMadeAlone) {
+    expectAll();
+    load(measures, {EMeasurement::Current});
+    EXPECT_EQ(Calls{"emplaceChannel(20, PowerDistribution.Measure.Current, 0)"},
+              fake->calls("emplaceChannel"));
+}
+
+TEST_F(GroupingTest, AttributesOfTheDeviceAreNoChannels) {
+    const auto attributes = factory().buildAttributeConnector(strip);
+    expectPoints(attributes, {{EAttribute::Model}, {EAttribute::Manufacturer}, {EAttribute::PartNumber}});
+    load(attributes, {EAttribute::PartNumber});
+    EXPECT_EQ((Calls{"emplaceChannels(20, PowerDistribution.Attribute.Manufacturer, "
+                     "PowerDistribution.Attribute.PartNumber)"}),
+              fake->calls("emplaceChannel"));
+}
+
+TEST_F(GroupingTest, AFailureOfTheStoreLeavesAllToBeMadeAgain) {
+    expectAll();
+    fake->faults().failOn("emplaceChannels");
+    EXPECT_ANY_THROW(load(statuses, {EStatus::Mode}));
+    fake->faults().recover();
+    load(statuses, {EStatus::Mode});
+    EXPECT_EQ(2u, fake->calls("emplaceChannels").size());
+    EXPECT_EQ(5u, fake->inbandAccessor().channelNames(20).size());
+}
+
+TEST_F(GroupingTest, WhatWasMadeTogetherIsInUseFromThenOn) {
+    expectAll();
+    load(statuses, {EStatus::Mode});
+    manager->sanitize();
+    EXPECT_EQ(5u, fake->inbandAccessor().channelNames(20).size());
+}
+
+TEST_F(GroupingTest, AConnectorThatWasTerminatedExpectsNothingAndUsesNothing) {
+    expectAll();
+    load(measures, {EMeasurement::Voltage});
+    settings->terminate();
+    statuses->terminate();
+    manager->sanitize();
+    EXPECT_EQ(Calls{VOLTAGE}, fake->inbandAccessor().channelNames(20));
+    fake->forgetCalls();
+    load(statuses, {EStatus::Mode});
+    EXPECT_EQ(Calls{"emplaceChannel(20, " + MODE + ", 0)"}, fake->calls("emplaceChannel"));
+}
+
+TEST_F(GroupingTest, ATreeForAnotherDeviceMakesNothingOfTheFormerOne) {
+    expectAll();
+    load(measures, {EMeasurement::Voltage});
+    statuses.reset();
+    settings.reset();
+    measures = factory().buildMeasureConnector(strip);
+    expectPoints(measures, {{EMeasurement::Current}, {EMeasurement::Frequency}});
+    fake->forgetCalls();
+    load(measures, {EMeasurement::Current});
+    EXPECT_EQ((Calls{"emplaceChannels(20, PowerDistribution.Measure.Current, "
+                     "PowerDistribution.Measure.Frequency)"}),
+              fake->calls("emplaceChannel"));
+    manager->sanitize();
+    EXPECT_EQ(2u, fake->inbandAccessor().channelNames(20).size());
+}
+
+TEST_F(GroupingTest, FirstValuesReachTheStoreInOneCall) {
+    inGroups([this] {
+        load(statuses, {EStatus::Mode});
+        store(statuses, {EStatus::Mode}, "a");
+        load(measures, {EMeasurement::Voltage});
+        store(measures, {EMeasurement::Voltage}, "b");
+        EXPECT_TRUE(fake->calls("setChannel").empty());
+    });
+    EXPECT_EQ(Calls{"setChannelCValues(1000=a 1001=b)"}, fake->calls("setChannel"));
+}
+
+TEST_F(GroupingTest, AfterwardsEachValueIsWrittenAtOnce) {
+    inGroups([this] { load(statuses, {EStatus::Mode}); });
+    store(statuses, {EStatus::Mode}, "a");
+    EXPECT_EQ(Calls{"setChannelCValue(1000, a)"}, fake->calls("setChannel"));
+}
+
+TEST_F(GroupingTest, AValueWhoseWriterDoesNotLoadItIsWrittenAtOnce) {
+    inGroups([this] {
+        store(statuses, {EStatus::Mode}, "a");
+        EXPECT_EQ(Calls{"setChannelCValue(1000, a)"}, fake->calls("setChannel"));
+    });
+}
+
+TEST_F(GroupingTest, AValueThatSomebodyListensToIsWrittenAtOnce) {
+    settings->subscribe({{ESetting::Temperature}, {}, {}}, &listener, {false, false});
+    inGroups([this] {
+        load(statuses, {EStatus::Mode});
+        store(statuses, {EStatus::Mode}, "a");
+        load(settings, {ESetting::Temperature});
+        store(settings, {ESetting::Temperature}, "b");
+        EXPECT_EQ(Calls{"setChannelCValue(1000, b)"}, fake->calls("setChannel"));
+    });
+}
+
+TEST_F(GroupingTest, ASecondWriterOfAChannelComesBehindTheValueThatWaits) {
+    const auto second = factory().buildStatusConnector(strip);
+    inGroups([&] {
+        load(statuses, {EStatus::Mode});
+        store(statuses, {EStatus::Mode}, "a");
+        store(second, {EStatus::Mode}, "b");
+    });
+    EXPECT_EQ((Calls{"setChannelCValues(1000=a)", "setChannelCValue(1000, b)"}), fake->calls("setChannel"));
+}
+
+TEST_F(GroupingTest, AWriterOnAnotherThreadDoesNotWaitAndComesBehindTheValueThatDoes) {
+    inGroups([&] {
+        load(statuses, {EStatus::Mode});
+        store(statuses, {EStatus::Mode}, "a");
+        std::thread{[this] { store(statuses, {EStatus::Mode}, "b"); }}.join();
+    });
+    EXPECT_EQ((Calls{"setChannelCValues(1000=a)", "setChannelCValue(1000, b)"}), fake->calls("setChannel"));
+}
+
+TEST_F(GroupingTest, WhoLoadsAValueThatWaitsGetsIt) {
+    const auto second = factory().buildStatusConnector(strip);
+    inGroups([&] {
+        load(statuses, {EStatus::Mode});
+        store(statuses, {EStatus::Mode}, "a");
+        HandlerData data{{EStatus::Mode}, {}, {}};
+        second->load(data);
+        EXPECT_EQ(Value{std::string{"a"}}, data.value);
+    });
+}
+
+TEST_F(GroupingTest, NewTriggersComeBehindTheValueThatWaits) {
+    HandlerData data{{EStatus::Mode}, std::string{"a"}, {}};
+    inGroups([&] {
+        load(statuses, {EStatus::Mode});
+        statuses->store(data);
+        data.dataConfig.alarmConfig = AlarmConfig{};
+        data.dataConfig.alarmConfigChanged = true;
+        statuses->store(data);
+    });
+    EXPECT_EQ((Calls{"setChannelCValues(1000=a)", "setChannelAlarmConfig(1000, 0)",
+                     "setChannelMultistateMap(1000, 0)", "setChannelCValues(1000=a)"}),
+              fake->calls("setChannel"));
+}
+
+TEST_F(GroupingTest, TheAlarmLevelIsAskedForBehindTheValuesOfTheDeviceThatWait) {
+    const auto alarms = factory().buildAlarmConnector(strip);
+    const auto others = factory().buildAlarmConnector(other);
+    alarms->init();
+    others->init();
+    inGroups([&] {
+        load(statuses, {EStatus::Mode});
+        store(statuses, {EStatus::Mode}, "a");
+        load(others, {EStatus::HealthState});
+        EXPECT_TRUE(fake->calls("setChannel").empty());
+        load(alarms, {EStatus::HealthState});
+        EXPECT_EQ(Calls{"setChannelCValues(1000=a)"}, fake->calls("setChannel"));
+    });
+}
+
+TEST_F(GroupingTest, TerminatingLosesNoValueThatWaits) {
+    inGroups([this] {
+        load(statuses, {EStatus::Mode});
+        store(statuses, {EStatus::Mode}, "a");
+        statuses->terminate();
+    });
+    EXPECT_EQ(qz::CValue{std::string{"a"}}, fake->inbandAccessor().channel(20, MODE).value);
+}
+
+TEST_F(GroupingTest, AValueThatFailsIsToldAtTheEndAndWrittenByTheNextTry) {
+    const auto bringUp = [this] {
+        inGroups([this] {
+            load(statuses, {EStatus::Mode});
+            store(statuses, {EStatus::Mode}, "a");
+        });
+    };
+    fake->faults().failOn("setChannelCValues");
+    fake->faults().failOn("setChannelCValue");
+    EXPECT_THROW(bringUp(), boost::system::system_error);
+    fake->faults().recover();
+    HandlerData data{{EStatus::Mode}, std::string{"a"}, {}};
+    statuses->load(data);
+    EXPECT_FALSE(data.value.hasValue()) << "who loads it sees that the store has none";
+    bringUp();
+    EXPECT_EQ(qz::CValue{std::string{"a"}}, fake->inbandAccessor().channel(20, MODE).value);
+}
+
+} // namespace
+} // namespace velk::powerdistribution::connectors
