@@ -155,7 +155,7 @@ std::uint64_t Model::emplaceChannel(std::uint64_t device, const std::string& nam
     const auto type = typeFor(name);
     const auto channel = channels.insert(device, name, type);
     cache.add(channel, {device, type, {}, 0, {}});
-    if (const auto* entry = catalogue.find(name); entry != nullptr) {
+    if (const auto* entry = catalogue.find(name); entry != nullptr && !entry->labels.entries().empty()) {
         channels.setStates(channel, entry->labels);
     }
     return channel;
