@@ -52,9 +52,9 @@ BaseChannelTessConnector::BaseChannelTessConnector(tessapi::ITessAccessor& store
                                                    const velk::common::Uuid& deviceUuid, unsigned int size,
                                                    StoreTrafficPtr sharedTraffic) :
     accessor{storeAccessor},
-    deviceId{accessor.deviceIdOf(deviceUuid)},
-    channels(size),
-    traffic{std::move(sharedTraffic)} {}
+    traffic{std::move(sharedTraffic)},
+    deviceId{traffic->devices.idOf(accessor, deviceUuid)},
+    channels(size) {}
 
 BaseChannelTessConnector::~BaseChannelTessConnector() {
     guard.close();

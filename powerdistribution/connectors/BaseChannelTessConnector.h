@@ -132,13 +132,13 @@ private:
     ExpectedChannels::Owner self() const { return {deviceId, this}; }
 
     tessapi::ITessAccessor& accessor;
+    const StoreTrafficPtr traffic;
     const std::uint64_t deviceId;
     mutable velk::common::Mutex channelLock;
     // One entry for each member of the family, of which a device serves few; filled by `load` too.
     mutable LazyTable<ChannelInfo> channels;
     mutable velk::common::Mutex subscriptionLock VELK_ACQUIRED_BEFORE(channelLock);
     std::uint64_t subscriptionId VELK_GUARDED_BY(subscriptionLock){0};
-    const StoreTrafficPtr traffic;
     CallbackGuard guard;
 };
 

@@ -65,7 +65,7 @@ DeviceAttributeTessConnector::DeviceAttributeTessConnector(tessapi::ITessAccesso
                                                            const velk::common::Uuid& deviceUuid,
                                                            StoreTrafficPtr sharedTraffic) :
     accessor{storeAccessor},
-    deviceId{accessor.deviceIdOf(deviceUuid)},
+    deviceId{sharedTraffic->devices.idOf(accessor, deviceUuid)},
     channels{accessor, deviceUuid, attributeFamilySize, std::move(sharedTraffic)} {
     for (const ServedAttribute& row : servedByDevice) {
         attributes.at(static_cast<std::size_t>(row.attribute)).attribute = row.attribute;

@@ -64,6 +64,7 @@ void DeviceTessConnector::emplace(const HandlerData& data) {
     const Uuid& uuid = data.value.get<Uuid>();
     const std::uint64_t parentId = accessor.deviceIdOf(parentUuid);
     deviceId = accessor.emplaceDevice(uuid, parentId, deviceId);
+    traffic->devices.forget();
 }
 
 TessResources DeviceTessConnector::getResourcesInUse() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "powerdistribution/connectors/DeviceLookup.h"
 #include "powerdistribution/connectors/ExpectedChannels.h"
 #include "powerdistribution/connectors/ResolvingGate.h"
 #include "powerdistribution/connectors/WriteGroup.h"
@@ -11,6 +12,7 @@ namespace velk::powerdistribution::connectors {
 /// What the connectors of one container share on their way to the store. Threads: those of its parts.
 struct StoreTraffic {
     ResolvingGate gate;
+    DeviceLookup devices;
     ExpectedChannels expected;
     WriteGroup writes;
 };

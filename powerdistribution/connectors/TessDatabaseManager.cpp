@@ -44,6 +44,7 @@ const IConnectorFactory& TessDatabaseManager::connectorFactory() const {
 
 void TessDatabaseManager::sanitize() {
     const velk::common::ExclusiveLock nobodyResolves{d->connectors->traffic()->gate};
+    d->connectors->traffic()->devices.forget();
     TessResources inUse;
     d->connectors->for_each(
         [&inUse](const ConnectorPtr& connector) { inUse.add(connector->getResourcesInUse()); });

@@ -128,6 +128,26 @@ TEST_F(GroupingTest, WhatNobodyExpectsIsMadeAlone) {
               fake->calls("emplaceChannel"));
 }
 
+TEST_F(GroupingTest, TheStoreIsAskedForADeviceOnceWhenItsConnectorsAreMadeTogether) {
+    EXPECT_EQ(1u, fake->calls("deviceIdOf").size()) << "three connectors";
+    const auto others = factory().buildAttributeConnector(other);
+    const auto again = factory().buildStatusConnector(strip);
+    EXPECT_EQ(3u, fake->calls("deviceIdOf").size());
+}
+
+TEST_F(GroupingTest, ADeviceIsLookedUpAnewWhenItWasNotThereOrDevicesHaveChanged) {
+    const Uuid late{"00000000-0000-4000-8000-000000000022"};
+    const auto early = factory().buildStatusConnector(late);
+    factory().buildConnector(strip)->store({{ECircuit::Outlets}, late, {}});
+    const auto connector = factory().buildStatusConnector(late);
+    store(connector, {EStatus::Mode}, "a");
+    EXPECT_EQ(Calls{MODE}, fake->inbandAccessor().channelNames(fake->deviceIdOf(late)));
+    manager->sanitize();
+    fake->forgetCalls();
+    const auto after = factory().buildStatusConnector(late);
+    EXPECT_EQ(1u, fake->calls("deviceIdOf").size());
+}
+
 TEST_F(GroupingTest, AttributesOfTheDeviceAreNoChannels) {
     const auto attributes = factory().buildAttributeConnector(strip);
     expectPoints(attributes, {{EAttribute::Model}, {EAttribute::Manufacturer}, {EAttribute::PartNumber}});
