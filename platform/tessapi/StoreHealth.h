@@ -41,6 +41,8 @@ struct StoreHealth {
     std::string server; ///< of a networked engine: what it says of itself
     std::optional<File> file;
     std::optional<Copy> copy;
+    std::uint64_t waitingWrites{0}; ///< that this program has made and the server has not taken yet
+    std::int64_t waitingSinceMs{0}; ///< since when some wait: milliseconds since 1970 UTC, 0 for none
 };
 
 } // namespace tessapi

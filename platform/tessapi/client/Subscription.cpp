@@ -13,7 +13,7 @@ using Kind = Change::Kind;
 
 /// A channel that the catalogue gave another type has lost its value, which is no write.
 bool isWrite(const Change& change) {
-    return change.value.isValid();
+    return change.value.isValid() && !change.isRepeat;
 }
 
 Subscription::Objects keysOf(const std::map<std::uint64_t, qz::CValue>& values) {
@@ -59,6 +59,9 @@ AttributeSubscription::AttributeSubscription(std::int64_t start, std::uint64_t d
     Subscription{start, Kind::attribute, Objects{device}}, callback{std::move(call)} {}
 
 std::function<void()> AttributeSubscription::callFor(const Change& change, Engine& /*engine*/) {
+    if (change.isRepeat) {
+        return {};
+    }
     return [this, device = change.object] { callback(device); };
 }
 
@@ -70,12 +73,16 @@ std::function<void()> AlarmSubscription::callFor(const Change& change, Engine& e
     qz::CAlarmUpdate update;
     update.present = true;
     update.deviceId = change.object;
-    if (change.value.isValid()) {
+    if (change.value.isValid() && !change.isRepeat) {
         update.level = static_cast<LevelAlarm>(change.value.as_uint32());
     } else {
         const auto worst = engine.mostCriticalOf(change.object);
         update.level = worst ? worst->level : LevelAlarm::good;
     }
+    if (change.isRepeat && update.level == told) {
+        return {};
+    }
+    told = update.level;
     return [this, update] { callback(update); };
 }
 

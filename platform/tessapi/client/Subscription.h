@@ -93,6 +93,7 @@ public:
     std::function<void()> callFor(const Change& change, Engine& engine) override;
 
 private:
+    LevelAlarm told{LevelAlarm::good}; ///< by the last call
     const InBandAccessor::AlarmCallback callback;
 };
 

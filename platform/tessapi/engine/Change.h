@@ -19,6 +19,9 @@ struct Change {
     std::uint64_t object{0};
     qz::CValue value;
     std::int64_t timeMs{0}; ///< milliseconds since 1970 UTC
+    /// The listener has been given it before, or something else in its place: no write, but a reason to look
+    /// at what is there.
+    bool isRepeat{false};
 };
 
 } // namespace tessapi

@@ -69,6 +69,12 @@ public:
 
     using ChannelValue = std::pair<std::uint64_t, qz::CValue>;
 
+    /// Writes that this program has made and that are not in the store yet, because its server is away.
+    struct Waiting {
+        std::uint64_t writes{0};
+        std::int64_t sinceMs{0}; ///< milliseconds since 1970 UTC; 0 for none
+    };
+
     /// Opens a store, or makes it if `create` says so. All engines of a store in memory are one.
     static std::shared_ptr<Engine> open(const StoreUrl& url, bool create) {
         return open(url, create, Options{});
@@ -116,6 +122,8 @@ public:
     virtual void fill(const StoreImage& image) = 0;
     /// An engine that has more to tell than its name and URL overrides it.
     virtual StoreHealth health();
+    /// Asks nobody, so that a program may look as often as it likes.
+    virtual Waiting waiting() { return {}; }
 
     virtual Start startOf(const std::vector<std::uint64_t>& channels) = 0;
     /// At most some hundred changes; call again until there are none.

@@ -1,11 +1,15 @@
 #include "platform/tessapi/network/Courier.h"
 
 #include "platform/tessapi/network/LinkError.h"
+#include "platform/tessapi/network/OutageBoard.h"
 #include "platform/tessapi/network/ServerRefusal.h"
 
 #include <boost/system/system_error.hpp>
 
+#include <algorithm>
+#include <chrono>
 #include <iostream>
+#include <stdexcept>
 #include <utility>
 
 namespace tessapi {
@@ -13,14 +17,37 @@ namespace tessapi {
 namespace {
 
 using velk::common::MutexLock;
+using Kind = ValueSender::Verdict::Kind;
 
 /// Between two knocks at a server that is away.
 constexpr std::chrono::milliseconds KNOCK_PAUSE{500};
 
+std::int64_t presentMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+std::vector<Change> changesOf(const Courier::Values& values, std::int64_t timeMs) {
+    std::vector<Change> changes;
+    changes.reserve(values.size());
+    for (const auto& [channel, value] : values) {
+        changes.push_back({0, Change::Kind::value, channel, value, timeMs});
+    }
+    return changes;
+}
+
+/// Whether the server may take later what it has not taken now.
+bool isOutage(const std::runtime_error& failure) {
+    const auto* refusal = dynamic_cast<const ServerRefusal*>(&failure);
+    return refusal != nullptr ? refusal->mayPass() : dynamic_cast<const LinkError*>(&failure) != nullptr;
+}
+
 } // namespace
 
 Courier::Courier(RedisLink& server, ValueSender& values, ChannelMemory& known) :
-    link{server}, sender{values}, channels{known}, clock{velk::common::Clock::system()} {}
+    link{server}, sender{values}, channels{known}, clock{velk::common::Clock::system()} {
+    link.onGreeting([this](std::uint64_t done) { sendAgainAfter(done); });
+}
 
 Courier::~Courier() {
     std::thread ending;
@@ -30,13 +57,12 @@ Courier::~Courier() {
         ending = std::move(thread);
     }
     condition.notify_all();
-    if (!ending.joinable()) {
-        return;
+    if (ending.joinable()) {
+        ending.join();
     }
-    ending.join();
     MutexLock lock{mutex};
-    if (!outbox.isEmpty()) {
-        say("this program ends, and " + std::to_string(outbox.size()) + " values that it kept are lost");
+    if (announced) {
+        OutageBoard::ofProcess().leave(link.store(), outbox.size());
     }
 }
 
@@ -53,37 +79,113 @@ void Courier::expectReturn() {
     startThread();
 }
 
-bool Courier::takeIfBusy(const std::vector<Change>& changes) {
+void Courier::missServer(const std::string& why) {
+    MutexLock lock{mutex};
+    announce(why);
+    startThread();
+}
+
+void Courier::announce(const std::string& why) {
+    if (!announced) {
+        OutageBoard::ofProcess().begin(link.store(), why);
+        announced = true;
+    }
+}
+
+Engine::Waiting Courier::waiting() {
+    MutexLock lock{mutex};
+    return outbox.isEmpty() ? Engine::Waiting{} : Engine::Waiting{outbox.size(), busySinceMs};
+}
+
+bool Courier::addIfBusy(const Values& values, const std::vector<Change>& changes) {
+    if (!busy) {
+        return false;
+    }
+    const bool isKnown = channels.knows(values);
     MutexLock lock{mutex};
     if (outbox.isEmpty()) {
         return false;
     }
-    add(changes);
-    return true;
-}
-
-void Courier::add(const std::vector<Change>& changes) {
+    if (!isKnown) {
+        throw LinkError{"other values have to be written first"};
+    }
     for (const auto& change : changes) {
         outbox.add(change, channels.isInOrder(change.object));
     }
     if (const auto lost = outbox.takeLost(); lost != 0) {
-        say("too many writes are kept; the oldest " + std::to_string(lost) + " of them are lost");
+        OutageBoard::ofProcess().giveUp(link.store(), lost);
+    }
+    return true;
+}
+
+void Courier::keep(Outbox::Batch batch) {
+    outbox.addSent(std::move(batch));
+    if (!busy.exchange(true)) {
+        busySinceMs = presentMs();
+    }
+    startThread();
+}
+
+ValueSender::Verdict Courier::send(const Values& values) {
+    auto changes = changesOf(values, presentMs());
+    if (addIfBusy(values, changes)) {
+        return {};
+    }
+    MutexLock order{sending};
+    if (addIfBusy(values, changes)) { // another one had to wait, and in vain
+        return {};
+    }
+    Outbox::Batch batch{++lastNumber, false, std::move(changes)};
+    for (;;) {
+        const auto generation = link.generation();
+        ValueSender::Verdict verdict;
+        try {
+            verdict = sender.send(batch);
+        } catch (const std::runtime_error& failure) {
+            if (!isOutage(failure) || !channels.knows(values)) {
+                throw;
+            }
+            MutexLock lock{mutex};
+            announce(failure.what());
+            keep(std::move(batch));
+            return {};
+        }
+        MutexLock lock{mutex};
+        if (verdict.kind == Kind::taken) {
+            remember(std::move(batch), generation);
+        }
+        if (verdict.kind != Kind::behind) {
+            return verdict;
+        }
+        moveSentAfter(verdict.done);
+        if (!outbox.isEmpty()) {
+            keep(std::move(batch));
+            return {};
+        }
+        batch.afterGap = true; // what is missing was refused, or nobody has it any more
     }
 }
 
-void Courier::keep(Outbox::Batch batch, const std::string& why) {
-    MutexLock lock{mutex};
-    if (outbox.isEmpty()) {
-        outbox.addUncertain(std::move(batch));
+void Courier::remember(Outbox::Batch batch, std::uint64_t generation) {
+    // Another server that was greeted since may lack it: whoever has it already does nothing.
+    if (link.generation() != generation && batch.number > doneAtGreeting) {
+        keep(std::move(batch));
     } else {
-        add(batch.changes);
+        sent.add(std::move(batch), clock.now());
     }
-    busy = true;
-    if (!announced) {
-        say("cannot be reached: " + why + "; values are kept until it is back");
-        announced = true;
+}
+
+void Courier::sendAgainAfter(std::uint64_t done) {
+    MutexLock lock{mutex};
+    doneAtGreeting = done;
+    moveSentAfter(done);
+}
+
+void Courier::moveSentAfter(std::uint64_t done) {
+    for (auto& batch : sent.takeAfter(done)) {
+        batch.afterGap = false;
+        keep(std::move(batch));
     }
-    startThread();
 }
 
 void Courier::run() {
@@ -126,6 +228,7 @@ bool Courier::deliver() {
 }
 
 Courier::Progress Courier::deliverBatch() {
+    MutexLock order{sending};
     Outbox::Batch batch;
     {
         MutexLock lock{mutex};
@@ -133,33 +236,41 @@ Courier::Progress Courier::deliverBatch() {
             announceReturn();
             return Progress::done;
         }
-        auto& next = outbox.next(sender.nextMark(), link.seen());
-        batch = next;
-        next.sentBefore = true;
+        batch = outbox.next(lastNumber + 1);
+        lastNumber = std::max(lastNumber, batch.number);
     }
-    ValueSender::Verdict verdict;
+    const auto generation = link.generation();
     try {
-        verdict = sender.send(batch);
+        take(sender.send(batch), batch, generation);
+        return Progress::more;
     } catch (const LinkError&) {
         return Progress::stuck;
     } catch (const ServerRefusal&) {
         return Progress::stuck;
     }
+}
+
+void Courier::take(const ValueSender::Verdict& verdict, Outbox::Batch batch, std::uint64_t generation) {
     MutexLock lock{mutex};
-    if (verdict.kind == ValueSender::Verdict::Kind::taken) {
+    if (verdict.kind == Kind::taken) {
         delivered += batch.changes.size();
-        outbox.drop();
-        return Progress::more;
+        outbox.drop(batch.number);
+        remember(std::move(batch), generation);
+    } else if (verdict.kind == Kind::behind) {
+        moveSentAfter(verdict.done);
+        outbox.next(batch.number).afterGap = true; // nobody has what is before it
+    } else {
+        // One write for the whole line, which other threads may not split.
+        std::cerr << "WARNING - store " + link.store() + ": channel " + std::to_string(verdict.channel) +
+                         " is not in the store any more, or has another type; what was kept for it is lost\n"
+                  << std::flush;
+        outbox.dropChannel(verdict.channel);
     }
-    say("channel " + std::to_string(verdict.channel) +
-        " is not in the store any more, or has another type; what was kept for it is lost");
-    outbox.dropChannel(verdict.channel);
-    return Progress::more;
 }
 
 void Courier::announceReturn() {
     if (announced) {
-        say("is back; " + std::to_string(delivered) + " values kept meanwhile were written");
+        OutageBoard::ofProcess().end(link.store(), delivered);
     }
     busy = false;
     announced = false;
@@ -168,17 +279,11 @@ void Courier::announceReturn() {
 
 void Courier::giveUp() {
     MutexLock lock{mutex};
-    const std::string kept =
-        outbox.isEmpty() ? "" : "; " + std::to_string(outbox.size()) + " values kept are lost";
-    say("the server has lost the store or has another one of its name" + kept + "; it has to be opened anew");
+    OutageBoard::ofProcess().lose(link.store(), outbox.size(), announced);
     outbox.clear();
     busy = false;
     announced = false;
-}
-
-void Courier::say(const std::string& text) const {
-    // One write for the whole line, which other threads may not split.
-    std::cerr << "WARNING - store " + link.store() + ": " + text + "\n" << std::flush;
+    delivered = 0;
 }
 
 } // namespace tessapi

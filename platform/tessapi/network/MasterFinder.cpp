@@ -38,13 +38,17 @@ Deadline shareOf(const Deadline& deadline, std::size_t servers) {
 
 } // namespace
 
-Endpoint MasterFinder::redirection(const std::string& answer) {
+Endpoint MasterFinder::redirection(const std::string& answer) const {
     const auto place = answer.substr(answer.rfind(' ') + 1);
     const auto colon = place.rfind(':');
     if (colon == std::string::npos) {
         throw LinkError{"an answer that no server of a store gives: " + answer};
     }
-    return {place.substr(0, colon), portOf(std::string_view{place}.substr(colon + 1)), ""};
+    Endpoint target{place.substr(0, colon), portOf(std::string_view{place}.substr(colon + 1)), ""};
+    if (target.host.empty() || target.host == "?") { // a node that does not know its own address
+        target.host = (home ? *home : url.endpoints.front()).host;
+    }
+    return target;
 }
 
 std::unique_ptr<RedisConnection> MasterFinder::connect(const Deadline& deadline) {
@@ -100,7 +104,9 @@ std::unique_ptr<RedisConnection> MasterFinder::connectToAny(const Deadline& dead
     std::string reasons;
     for (std::size_t i = 0; i < candidates.size(); ++i) {
         try {
-            return connectTo(candidates[i], shareOf(deadline, candidates.size() - i));
+            auto found = connectTo(candidates[i], shareOf(deadline, candidates.size() - i));
+            home = candidates[i];
+            return found;
         } catch (const LinkError& failure) {
             reasons += (reasons.empty() ? "" : "; ") + std::string{failure.what()};
         }
@@ -137,11 +143,14 @@ std::unique_ptr<RedisConnection> MasterFinder::askSentinel(const Endpoint& senti
         throw LinkError{sentinel.text() + ": " + refusal.what()};
     }
     auto found = connectTo(master, deadline);
-    const auto role = found->call({"ROLE"}, deadline);
-    if (role.view().at(0).text() != "master") {
-        throw LinkError{master.text() + " is not the master any more"};
+    try {
+        if (found->call({"ROLE"}, deadline).view().at(0).text() == "master") {
+            return found;
+        }
+    } catch (const ServerRefusal& refusal) {
+        throw LinkError{master.text() + ": " + refusal.what()};
     }
-    return found;
+    throw LinkError{master.text() + " is not the master any more"};
 }
 
 } // namespace tessapi

@@ -25,7 +25,7 @@ public:
     void follow(const Endpoint& server) { home = server; }
 
     /// The server of "MOVED 5798 127.0.0.1:7001" and of "ASK …".
-    static Endpoint redirection(const std::string& answer);
+    Endpoint redirection(const std::string& answer) const;
 
 private:
     std::unique_ptr<RedisConnection> connectToAny(const Deadline& deadline);
@@ -35,7 +35,7 @@ private:
     void logIn(RedisConnection& server, const Deadline& deadline) const;
 
     const NetworkUrl url;
-    std::optional<Endpoint> home;
+    std::optional<Endpoint> home; ///< where the last connection went
 };
 
 } // namespace tessapi

@@ -103,9 +103,13 @@ void NetworkUrl::readOptions(string_view options) {
         auto value = takeUntil(options, '&');
         const auto name = takeUntil(value, '=');
         const auto option = known.find(name);
+        if (name == "changes") {
+            readChanges(value);
+            continue;
+        }
         if (option == known.end()) {
             refuse("there is no option '" + std::string{name} +
-                   "'; there are password-file, ca-file, cert-file and key-file");
+                   "'; there are password-file, ca-file, cert-file, key-file and changes");
         }
         if (value.empty()) {
             refuse("the option '" + std::string{name} + "' has no value");
@@ -118,6 +122,17 @@ void NetworkUrl::readOptions(string_view options) {
     if (certFile.empty() != keyFile.empty()) {
         refuse("cert-file and key-file go together");
     }
+}
+
+void NetworkUrl::readChanges(string_view text) {
+    std::int64_t number = 0;
+    const auto* end = text.data() + text.size();
+    const auto [stop, failure] = std::from_chars(text.data(), end, number);
+    if (failure != std::errc{} || stop != end || number < FEWEST_CHANGES || number > MOST_CHANGES) {
+        refuse("'changes' is a number from " + std::to_string(FEWEST_CHANGES) + " to " +
+               std::to_string(MOST_CHANGES));
+    }
+    changes = number;
 }
 
 void NetworkUrl::readPlace(string_view place) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,7 +28,8 @@ struct Endpoint {
 ///     redis+cluster://[USER@]HOST[:PORT][,HOST[:PORT]…]/SITE[?OPTIONS]
 ///
 /// `rediss` instead of `redis` encrypts. Options, separated by '&': `password-file`, and for encrypted
-/// connections `ca-file`, `cert-file`, `key-file`, each with a path. A plain value.
+/// connections `ca-file`, `cert-file`, `key-file`, each with a path; `changes`, how many of them the site
+/// keeps for listeners that are away. A plain value.
 class NetworkUrl {
 public:
     enum class Kind {
@@ -35,6 +37,12 @@ public:
         sentinel, ///< the master that sentinels name
         cluster,  ///< the node of a cluster that has the site
     };
+
+    /// Changes that a site keeps unless the URL says otherwise: 13 minutes of ten a second. Thousands of
+    /// sites share the memory of a server, and a listener that is away for longer gets present values.
+    static constexpr std::int64_t CHANGES = 8192;
+    static constexpr std::int64_t FEWEST_CHANGES = 256;
+    static constexpr std::int64_t MOST_CHANGES = 1'048'576;
 
     /// Whether `scheme` (what stands before the first ':') names a networked store.
     static bool isScheme(std::string_view scheme);
@@ -55,9 +63,11 @@ public:
     std::string caFile;              ///< empty: whom the machine trusts
     std::string certFile;
     std::string keyFile;
+    std::optional<std::int64_t> changes; ///< that the site keeps for listeners, if it is said
 
 private:
     void readOptions(std::string_view options);
+    void readChanges(std::string_view text);
     void readPlace(std::string_view place);
     void readServers(std::string_view servers);
     void takeSite(std::string_view& place);

@@ -1,21 +1,52 @@
 #include "platform/tessapi/network/NewsFeed.h"
 
 #include "platform/tessapi/network/SiteCodec.h"
+#include "platform/tessapi/network/Unpacker.h"
 
 #include <algorithm>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace tessapi {
 
-std::vector<Change> NewsFeed::changesOf(ReplyView entries) {
-    std::vector<Change> all;
+namespace {
+
+std::uint64_t writerIn(std::string_view bytes) {
+    return Unpacker{bytes}.number<std::uint64_t>();
+}
+
+/// Entries of earlier versions have another mark, which says nothing about the order of calls.
+WriteMark markIn(std::string_view bytes) {
+    Unpacker from{bytes};
+    WriteMark mark;
+    if (bytes.size() == sizeof mark.writer + sizeof mark.number) {
+        mark.writer = from.number<std::uint64_t>();
+        mark.number = from.number<std::uint64_t>();
+    }
+    return mark;
+}
+
+} // namespace
+
+std::vector<NewsItem> NewsFeed::itemsOf(ReplyView entries) {
+    std::vector<NewsItem> all;
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        const auto entry = entries.at(i);
-        auto some =
-            SiteCodec::unpackChanges(entry.at(1).at(1).text(), SiteCodec::numberOf(entry.at(0).text()));
-        all.insert(all.end(), std::make_move_iterator(some.begin()), std::make_move_iterator(some.end()));
+        const auto last = SiteCodec::numberOf(entries.at(i).at(0).text());
+        const auto fields = entries.at(i).at(1);
+        const auto mark = markIn(fields.at(3).text());
+        for (auto& change : SiteCodec::unpackChanges(fields.at(1).text(), last)) {
+            all.push_back({std::move(change), mark, last});
+        }
+    }
+    return all;
+}
+
+std::vector<WriteMark> NewsFeed::writersOf(ReplyView writers) {
+    std::vector<WriteMark> all;
+    for (std::size_t i = 0; i + 1 < writers.size(); i += 2) {
+        all.push_back({writerIn(writers.at(i).text()), writers.at(i + 1).id()});
     }
     return all;
 }
@@ -36,22 +67,22 @@ std::vector<Change> NewsFeed::summaryOf(ReplyView rows, ReplyView marks) {
     return changes;
 }
 
-void NewsFeed::add(std::vector<Change> more) {
-    changes.insert(changes.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
+void NewsFeed::add(std::vector<NewsItem> more) {
+    items.insert(items.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
 
-std::vector<Change> NewsFeed::takeAfter(std::int64_t seq, std::size_t limit) {
-    while (!changes.empty() && changes.front().seq <= seq) {
-        changes.pop_front();
+std::vector<NewsItem> NewsFeed::takeAfter(std::int64_t seq, std::size_t limit) {
+    while (!items.empty() && items.front().change.seq <= seq) {
+        items.pop_front();
     }
-    std::vector<Change> taken;
-    while (!changes.empty() && taken.size() < limit && changes.front().seq == seq + 1) {
-        taken.push_back(std::move(changes.front()));
-        changes.pop_front();
+    std::vector<NewsItem> taken;
+    while (!items.empty() && taken.size() < limit && items.front().change.seq == seq + 1) {
+        taken.push_back(std::move(items.front()));
+        items.pop_front();
         ++seq;
     }
     if (taken.empty()) {
-        changes.clear(); // what is there does not follow
+        items.clear(); // what is there does not follow
     }
     return taken;
 }

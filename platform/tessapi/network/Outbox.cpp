@@ -31,19 +31,22 @@ void Outbox::forgetOldest() {
     ++lost;
 }
 
-void Outbox::addUncertain(Batch batch) {
-    batch.sentBefore = true;
-    uncertain.push_back(std::move(batch));
+void Outbox::addSent(Batch batch) {
+    const auto place = std::find_if(sent.begin(), sent.end(),
+                                    [&](const Batch& other) { return other.number >= batch.number; });
+    if (place == sent.end() || place->number != batch.number) {
+        sent.insert(place, std::move(batch));
+    }
 }
 
 std::size_t Outbox::size() const {
-    return std::accumulate(uncertain.begin(), uncertain.end(), entries.size(),
+    return std::accumulate(sent.begin(), sent.end(), entries.size(),
                            [](std::size_t sum, const Batch& batch) { return sum + batch.changes.size(); });
 }
 
-Outbox::Batch& Outbox::next(const std::string& mark, std::int64_t seen) {
-    if (uncertain.empty()) {
-        Batch batch{mark, seen, false, {}};
+Outbox::Batch& Outbox::next(std::uint64_t number) {
+    if (sent.empty()) {
+        Batch batch{number, false, {}};
         while (!entries.empty() && batch.changes.size() < BATCH) {
             auto& entry = entries.front();
             newest.erase(entry.inOrder ? ~std::uint64_t{0} : entry.change.object);
@@ -51,13 +54,21 @@ Outbox::Batch& Outbox::next(const std::string& mark, std::int64_t seen) {
             batch.changes.push_back(std::move(entry.change));
             entries.pop_front();
         }
-        uncertain.push_back(std::move(batch));
+        sent.push_back(std::move(batch));
     }
-    return uncertain.front();
+    return sent.front();
+}
+
+void Outbox::drop(std::uint64_t number) {
+    const auto done = std::find_if(sent.begin(), sent.end(),
+                                   [number](const Batch& batch) { return batch.number == number; });
+    if (done != sent.end()) {
+        sent.erase(done);
+    }
 }
 
 void Outbox::dropChannel(std::uint64_t channel) {
-    for (auto& batch : uncertain) {
+    for (auto& batch : sent) {
         const auto end = std::remove_if(batch.changes.begin(), batch.changes.end(),
                                         [channel](const Change& change) { return change.object == channel; });
         batch.changes.erase(end, batch.changes.end());
@@ -68,13 +79,13 @@ void Outbox::dropChannel(std::uint64_t channel) {
         entry = goes ? entries.erase(entry) : std::next(entry);
     }
     newest.erase(channel);
-    while (!uncertain.empty() && uncertain.front().changes.empty()) {
-        uncertain.pop_front();
-    }
+    const auto end =
+        std::remove_if(sent.begin(), sent.end(), [](const Batch& batch) { return batch.changes.empty(); });
+    sent.erase(end, sent.end());
 }
 
 void Outbox::clear() {
-    uncertain.clear();
+    sent.clear();
     entries.clear();
     newest.clear();
     ordered = 0;

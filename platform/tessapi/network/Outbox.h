@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <deque>
 #include <list>
-#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -20,28 +19,28 @@ public:
     /// Writes that are sent at a time.
     static constexpr std::size_t BATCH = 100;
 
-    /// Writes that go together, and whether they went before without an answer.
+    /// Writes that go together as one call.
     struct Batch {
-        std::string mark;     ///< by which the server knows them again
-        std::int64_t seen{0}; ///< the newest change that was known when they were sent first
-        bool sentBefore{false};
+        std::uint64_t number{
+            0}; ///< of the call; of calls of one program that rises, and stays when one comes again
+        bool afterGap{false}; ///< what the server misses before it is not there any more
         std::vector<Change> changes;
     };
 
     /// `inOrder`: every write of this channel counts.
     void add(Change change, bool inOrder);
-    /// A batch that was sent and not answered: it goes before all others, in the order of these calls.
-    void addUncertain(Batch batch);
+    /// A batch with a number, which was sent: these go before all others, by their numbers.
+    void addSent(Batch batch);
 
-    bool isEmpty() const { return uncertain.empty() && entries.empty(); }
+    bool isEmpty() const { return sent.empty() && entries.empty(); }
     /// Writes in it.
     std::size_t size() const;
 
-    /// The next batch; it stays here until `drop` or `dropChannel`. `mark` and `seen` are for one that was
-    /// not sent yet. Not for an empty box.
-    Batch& next(const std::string& mark, std::int64_t seen);
-    /// What `next` gave was taken.
-    void drop() { uncertain.pop_front(); }
+    /// The next batch; it stays here until `drop` or `dropChannel`. `number` is for one that was not sent
+    /// yet. Not for an empty box.
+    Batch& next(std::uint64_t number);
+    /// The batch was taken.
+    void drop(std::uint64_t number);
     /// The channel of a write is not there any more.
     void dropChannel(std::uint64_t channel);
     void clear();
@@ -58,7 +57,7 @@ private:
 
     void forgetOldest();
 
-    std::deque<Batch> uncertain;
+    std::deque<Batch> sent; ///< by their numbers
     Entries entries;
     std::unordered_map<std::uint64_t, Entries::iterator> newest; ///< of channels of which that counts
     std::size_t ordered{0};

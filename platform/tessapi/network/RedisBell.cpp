@@ -109,22 +109,22 @@ void RedisBell::take() {
         return;
     }
     const auto entries = answer.view().at(0).at(1);
-    auto changes = NewsFeed::changesOf(entries);
-    quietAt = entries.size() < ENTRIES_AT_A_TIME && !changes.empty() ? changes.back().seq : -1;
-    feed.add(std::move(changes));
+    auto items = NewsFeed::itemsOf(entries);
+    quietAt = entries.size() < ENTRIES_AT_A_TIME && !items.empty() ? items.back().change.seq : -1;
+    feed.add(std::move(items));
 }
 
-std::optional<std::vector<Change>> RedisBell::changesAfter(std::int64_t seq, std::size_t limit) {
+std::optional<std::vector<NewsItem>> RedisBell::changesAfter(std::int64_t seq, std::size_t limit) {
     MutexLock lock{mutex};
     position = seq;
-    auto changes = feed.takeAfter(seq, limit);
+    auto items = feed.takeAfter(seq, limit);
     const bool isQuiet = quietAt == seq;
-    if (!changes.empty()) {
-        position = changes.back().seq;
-        return changes;
+    if (!items.empty()) {
+        position = items.back().change.seq;
+        return items;
     }
     quietAt = -1;
-    return isQuiet ? std::optional{std::move(changes)} : std::nullopt;
+    return isQuiet ? std::optional{std::move(items)} : std::nullopt;
 }
 
 } // namespace tessapi

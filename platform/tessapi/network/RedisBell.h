@@ -31,7 +31,8 @@ public:
 
     /// The changes after `seq` that have come. Nothing when the store has to be asked; an empty list when it
     /// has said already that there are none. A following `wait` waits for those after `seq`.
-    std::optional<std::vector<Change>> changesAfter(std::int64_t seq, std::size_t limit) VELK_EXCLUDES(mutex);
+    std::optional<std::vector<NewsItem>> changesAfter(std::int64_t seq, std::size_t limit)
+        VELK_EXCLUDES(mutex);
 
 private:
     using Moment = std::chrono::steady_clock::time_point;

@@ -6,6 +6,7 @@
 #include "platform/tessapi/network/BadData.h"
 #include "platform/tessapi/network/CatalogueMark.h"
 #include "platform/tessapi/network/LinkError.h"
+#include "platform/tessapi/network/OutageBoard.h"
 #include "platform/tessapi/network/ServerRefusal.h"
 #include "platform/tessapi/network/SiteCodec.h"
 #include "platform/tessapi/network/SiteImage.h"
@@ -20,10 +21,9 @@ namespace tessapi {
 namespace {
 
 constexpr auto NO_ID = ITessAccessor::UNKNOWN_ID;
-/// Entries of the stream that a listener takes at a time; each has one to some hundred changes.
-constexpr std::uint64_t NEWS_AT_A_TIME = 64;
-constexpr std::size_t CHANGES_AT_A_TIME = 256;
 constexpr std::uint64_t HISTORY_AT_A_TIME = 1000;
+/// Channels that are made in one call: a server that many sites share does nothing else meanwhile.
+constexpr std::size_t CHANNELS_AT_A_TIME = 256;
 
 std::int64_t presentMs() {
     using namespace std::chrono;
@@ -32,12 +32,6 @@ std::int64_t presentMs() {
 
 std::string rawOf(const velk::common::Uuid& uuid) {
     return {uuid.data().begin(), uuid.data().end()};
-}
-
-/// Whether the server may take later what it has not taken now.
-bool isOutage(const std::runtime_error& failure) {
-    const auto* refusal = dynamic_cast<const ServerRefusal*>(&failure);
-    return refusal != nullptr ? refusal->mayPass() : dynamic_cast<const LinkError*>(&failure) != nullptr;
 }
 
 std::uint64_t idOf(ReplyView reply) {
@@ -56,13 +50,16 @@ void addAll(Command& command, const std::vector<std::uint64_t>& ids) {
 RedisEngine::RedisEngine(const NetworkUrl& url, const Options& options) :
     catalogue{Catalogue::builtin()},
     link{url, options.longestWait},
-    sender{link, options},
+    sender{link, url.changes.value_or(std::min<std::int64_t>(options.changesKept, NetworkUrl::CHANGES)),
+           options.eventsKept},
     bell{link},
+    siteNews{link, bell},
     courier{link, sender, channels} {}
 
 std::shared_ptr<Engine> RedisEngine::open(const NetworkUrl& url, bool create, const Options& options) {
     std::shared_ptr<RedisEngine> engine{new RedisEngine{url, options}};
     engine->connect(create);
+    OutageBoard::ofProcess().open(url.text());
     return engine;
 }
 
@@ -112,19 +109,24 @@ Reply RedisEngine::ask(const Command& command) {
 
 template <class Fill>
 Reply RedisEngine::write(const char* function, Fill fill) {
-    const auto mark = sender.nextMark();
-    const auto seen = link.seen();
     const auto time = presentMs();
+    std::uint64_t number = 0;
     return guarded([&] {
-        auto answer = link.call([&](bool again) {
-            auto command = sender.write(function, mark, seen, again, time);
-            fill(command);
-            return command;
-        });
-        if (answer.view().isInteger()) {
-            link.note(answer.view().integer());
+        try {
+            auto answer = link.call([&](bool again) {
+                number = number == 0 ? link.writers.nextOther() : number;
+                auto command = sender.write(function, link.writers.others, number, again, time);
+                fill(command);
+                return command;
+            });
+            if (answer.view().isInteger()) {
+                link.note(answer.view().integer());
+            }
+            return answer;
+        } catch (const LinkError&) {
+            link.writers.giveUp(number);
+            throw;
         }
-        return answer;
     });
 }
 
@@ -204,20 +206,37 @@ std::uint64_t RedisEngine::findChannel(std::uint64_t device, const std::string& 
 }
 
 std::uint64_t RedisEngine::emplaceChannel(std::uint64_t device, const std::string& name) {
-    const auto* entry = catalogue.find(name);
-    const auto answer = write("emplace_channel", [&](Command& command) {
-        const auto type = entry == nullptr ? qz::datatype::string : entry->type;
-        command.add(device).add(name).add(static_cast<std::uint32_t>(type));
-        command.add(entry == nullptr ? std::string{} : entry->description);
-        command.add(entry == nullptr ? std::string{} : SiteCodec::packStates(entry->labels));
-    });
-    if (answer.view().size() == 0) {
-        return NO_ID;
+    return emplaceChannels(device, {name}).front();
+}
+
+std::vector<std::uint64_t> RedisEngine::emplaceChannels(std::uint64_t device,
+                                                        const std::vector<std::string>& names) {
+    checkNotForked();
+    std::vector<std::uint64_t> made;
+    while (made.size() < names.size()) {
+        const auto first = made.size();
+        const auto end = std::min(names.size(), first + CHANNELS_AT_A_TIME);
+        const auto answer = write("emplace_channels", [&](Command& command) {
+            command.add(device);
+            for (auto i = first; i < end; ++i) {
+                const auto* entry = catalogue.find(names[i]);
+                const auto type = entry == nullptr ? qz::datatype::string : entry->type;
+                command.add(names[i]).add(static_cast<std::uint32_t>(type));
+                command.add(entry == nullptr ? std::string{} : entry->description);
+                command.add(entry == nullptr ? std::string{} : SiteCodec::packStates(entry->labels));
+            }
+        });
+        const auto found = answer.view();
+        if (found.size() == 0) {
+            made.resize(names.size(), NO_ID); // there is no such device
+        }
+        for (std::size_t i = 0; i + 1 < found.size(); i += 2) {
+            made.push_back(found.at(i).id());
+            channels.learnName(made.back(), names[first + i / 2]);
+            channels.learnType(made.back(), static_cast<qz::datatype>(found.at(i + 1).integer()));
+        }
     }
-    const auto channel = answer.view().at(0).id();
-    channels.learnName(channel, name);
-    channels.learnType(channel, static_cast<qz::datatype>(answer.view().at(1).integer()));
-    return channel;
+    return made;
 }
 
 void RedisEngine::removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) {
@@ -255,41 +274,32 @@ void RedisEngine::setValues(const std::vector<ChannelValue>& values) {
     if (values.empty()) {
         return;
     }
-    Outbox::Batch batch{sender.nextMark(), link.seen(), false, {}};
-    const auto time = presentMs();
-    batch.changes.reserve(values.size());
-    for (const auto& [channel, value] : values) {
-        batch.changes.push_back({0, Change::Kind::value, channel, value, time});
+    if (courier.isBusy()) {
+        learnTypes(values);
     }
-    if (!link.isGone() && courier.isBusy() && channels.knows(values) && courier.takeIfBusy(batch.changes)) {
-        return;
+    const auto verdict = guarded([&] { return courier.send(values); });
+    if (verdict.kind == ValueSender::Verdict::Kind::unknownChannel) {
+        throw std::runtime_error{"channel " + std::to_string(verdict.channel) + " is not in the store"};
     }
-    send(values, batch);
+    if (verdict.kind == ValueSender::Verdict::Kind::otherType) {
+        const auto refused = std::find_if(values.begin(), values.end(), [&](const auto& value) {
+            return value.first == verdict.channel && value.second.type() != verdict.type;
+        });
+        throw std::invalid_argument{
+            ChannelMemory::refusal(verdict.channel, verdict.name, verdict.type, refused->second)};
+    }
 }
 
-void RedisEngine::send(const std::vector<ChannelValue>& values, const Outbox::Batch& batch) {
-    guarded([&] {
-        ValueSender::Verdict verdict;
-        try {
-            verdict = sender.send(batch);
-        } catch (const std::runtime_error& failure) {
-            if (!isOutage(failure) || !channels.knows(values)) {
-                throw;
-            }
-            courier.keep(batch, failure.what());
-            return;
+/// Values that have to wait behind others are taken if their channels are known; so these are.
+void RedisEngine::learnTypes(const std::vector<ChannelValue>& values) {
+    if (channels.knows(values)) {
+        return;
+    }
+    for (const auto& [channel, _] : values) {
+        if (typeOf(channel) == qz::datatype::unknown) {
+            throw std::runtime_error{"channel " + std::to_string(channel) + " is not in the store"};
         }
-        if (verdict.kind == ValueSender::Verdict::Kind::unknownChannel) {
-            throw std::runtime_error{"channel " + std::to_string(verdict.channel) + " is not in the store"};
-        }
-        if (verdict.kind == ValueSender::Verdict::Kind::otherType) {
-            const auto refused = std::find_if(values.begin(), values.end(), [&](const auto& value) {
-                return value.first == verdict.channel && value.second.type() != verdict.type;
-            });
-            throw std::invalid_argument{
-                ChannelMemory::refusal(verdict.channel, verdict.name, verdict.type, refused->second)};
-        }
-    });
+    }
 }
 
 void RedisEngine::setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) {
@@ -373,6 +383,9 @@ void RedisEngine::fill(const StoreImage& image) {
 StoreHealth RedisEngine::health() {
     auto health = Engine::health();
     health.engine = "redis";
+    const auto kept = waiting();
+    health.waitingWrites = kept.writes;
+    health.waitingSinceMs = kept.sinceMs;
     const auto answer = ask({"INFO", "server"});
     const auto text = std::string{answer.view().text()};
     const auto version = text.find("redis_version:");
@@ -396,50 +409,25 @@ Engine::Start RedisEngine::startOf(const std::vector<std::uint64_t>& wanted) {
             start.values.emplace(wanted[i],
                                  known ? SiteCodec::unpackRow(rows.at(i).text()).value : qz::CValue{});
         }
+        siteNews.begin(NewsFeed::writersOf(answer.view().at(2)), start.seq);
         return start;
     });
 }
 
 Engine::News RedisEngine::newsAfter(std::int64_t seq) {
     checkNotForked();
-    News news{{}, seq, false};
-    if (auto known = bell.changesAfter(seq, CHANGES_AT_A_TIME)) {
-        news.changes = std::move(*known);
-    } else {
-        Command command{"XRANGE", link.keys.news, "(" + std::to_string(seq) + "-0", "+", "COUNT"};
-        const auto answer = ask(command.add(NEWS_AT_A_TIME));
-        news.changes = guarded([&] { return NewsFeed::changesOf(answer.view()); });
+    try {
+        return guarded([&] { return siteNews.after(seq); });
+    } catch (const boost::system::system_error& failure) {
+        if (failure.code().category() != storeCategory() ||
+            failure.code().value() != static_cast<int>(StoreFault::unreachable)) {
+            throw;
+        }
     }
-    if (news.changes.empty()) {
-        return news;
-    }
-    if (news.changes.front().seq > seq + 1 && isForgotten(seq + 1)) {
-        return summaryAfter(seq);
-    }
-    const auto isOld = [seq](const Change& change) { return change.seq <= seq; };
-    news.changes.erase(news.changes.begin(),
-                       std::find_if_not(news.changes.begin(), news.changes.end(), isOld));
-    news.upTo = news.changes.back().seq;
-    link.note(news.upTo);
-    return news;
-}
-
-bool RedisEngine::isForgotten(std::int64_t seq) {
-    const auto answer = ask({"XRANGE", link.keys.news, "-", "+", "COUNT", "1"});
-    return guarded([&] {
-        const auto oldest = NewsFeed::changesOf(answer.view());
-        return oldest.empty() || oldest.front().seq > seq;
-    });
-}
-
-Engine::News RedisEngine::summaryAfter(std::int64_t seq) {
-    const auto answer = ask(link.keys.function("summary", true).add(seq));
-    return guarded([&] {
-        News news{NewsFeed::summaryOf(answer.view().at(1), answer.view().at(2)),
-                  answer.view().at(0).integer(), true};
-        link.note(news.upTo);
-        return news;
-    });
+    // It is said once for all that this process does with the store, and the listener goes on when it is
+    // back.
+    courier.missServer(link.whyAway());
+    return {{}, seq, false, false};
 }
 
 } // namespace tessapi

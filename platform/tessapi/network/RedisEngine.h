@@ -7,6 +7,7 @@
 #include "platform/tessapi/network/NetworkUrl.h"
 #include "platform/tessapi/network/RedisBell.h"
 #include "platform/tessapi/network/RedisLink.h"
+#include "platform/tessapi/network/SiteNews.h"
 #include "platform/tessapi/network/ValueSender.h"
 
 #include <cstdint>
@@ -40,6 +41,8 @@ public:
 
     std::uint64_t findChannel(std::uint64_t device, const std::string& name) override;
     std::uint64_t emplaceChannel(std::uint64_t device, const std::string& name) override;
+    std::vector<std::uint64_t> emplaceChannels(std::uint64_t device,
+                                               const std::vector<std::string>& names) override;
     void removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) override;
     qz::datatype typeOf(std::uint64_t channel) override;
     qz::CValue valueOf(std::uint64_t channel) override;
@@ -57,6 +60,7 @@ public:
     StoreImage image() override;
     void fill(const StoreImage& image) override;
     StoreHealth health() override;
+    Waiting waiting() override { return courier.waiting(); }
 
     Start startOf(const std::vector<std::uint64_t>& channels) override;
     News newsAfter(std::int64_t seq) override;
@@ -75,12 +79,8 @@ private:
     /// A writing call of a function, with what `fill` adds as its arguments.
     template <class Fill>
     Reply write(const char* function, Fill fill);
-    void send(const std::vector<ChannelValue>& values, const Outbox::Batch& batch);
+    void learnTypes(const std::vector<ChannelValue>& values);
     void forget(ReplyView channels);
-    /// Whether the site keeps this change no more. A number that is not among those that it keeps was left
-    /// out when the server came back with older data: then nothing is missing behind it.
-    bool isForgotten(std::int64_t seq);
-    News summaryAfter(std::int64_t seq);
     template <class Entry, class Unpack>
     std::vector<Entry> entriesOf(const std::string& key, std::int64_t sinceMs, std::size_t limit,
                                  Unpack unpack);
@@ -90,6 +90,7 @@ private:
     ChannelMemory channels;
     ValueSender sender;
     RedisBell bell;
+    SiteNews siteNews;
     Courier courier; // before what it uses to go
 };
 

@@ -36,6 +36,12 @@ std::string rootIdentity() {
     return {bytes.begin(), bytes.end()};
 }
 
+void raise(std::atomic<std::int64_t>& number, std::int64_t wanted) {
+    auto known = number.load();
+    while (known < wanted && !number.compare_exchange_weak(known, wanted)) {
+    }
+}
+
 /// A server that answers so is no better than one that does not answer.
 bool isAbsence(const std::string& code) {
     return code == "LOADING" || code == "READONLY" || code == "CLUSTERDOWN" || code == "MASTERDOWN" ||
@@ -57,9 +63,16 @@ std::string RedisLink::open(bool create, const std::string& catalogue) {
 }
 
 void RedisLink::note(std::int64_t seq) {
-    auto known = newest.load();
-    while (known < seq && !newest.compare_exchange_weak(known, seq)) {
-    }
+    raise(newest, seq);
+}
+
+void RedisLink::noteBase(std::int64_t seq) {
+    raise(historyBase, seq);
+}
+
+std::string RedisLink::whyAway() {
+    MutexLock lock{causeMutex};
+    return cause;
 }
 
 void RedisLink::checkUsable() {
@@ -117,12 +130,12 @@ Reply RedisLink::call(const Make& make) {
 void RedisLink::connect(const Deadline& deadline) {
     connection.reset();
     connection = finder.connect(deadline);
+    ++connections;
     try {
         greet(false, "", deadline);
     } catch (const ServerRefusal& refusal) {
         throw LinkError{refusal.what()};
     }
-    ++connections;
 }
 
 bool RedisLink::tryToReturn() {
@@ -155,9 +168,10 @@ std::pair<std::string, std::string> RedisLink::greet(bool create, const std::str
         [&](bool /*again*/) {
             auto command = keys.function("hello", false);
             command.add(identity).add(seen()).add(create ? "1" : "0").add(fresh);
-            return command.add(rootIdentity()).add(catalogue);
+            command.add(rootIdentity()).add(catalogue);
+            return command.add(writers.values).add(writers.others).add(writers.givenUp());
         },
-        false, deadline);
+        false, deadline, Talk::greeting);
     const auto word = answer.view().at(0).text();
     if (word == "gone") {
         lose();
@@ -173,10 +187,12 @@ std::pair<std::string, std::string> RedisLink::greet(bool create, const std::str
                         "format " + std::string{answer.view().at(1).text()} + ", expected 1");
     }
     note(answer.view().at(2).integer());
+    noteBase(answer.view().at(4).integer());
+    greeted(answer.view().at(5).id());
     return {std::string{answer.view().at(1).text()}, std::string{answer.view().at(3).text()}};
 }
 
-Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline) {
+Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline, Talk talk) {
     std::optional<Endpoint> elsewhere;
     for (;;) {
         const auto command = make(again);
@@ -185,16 +201,19 @@ Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline
                              : connection->call(command, deadline);
         } catch (const ServerRefusal& refusal) {
             elsewhere.reset();
+            if (deadline.isOver()) {
+                throw;
+            }
             if (refusal.code() == "ASK") {
-                elsewhere = MasterFinder::redirection(refusal.what());
-            } else if (deadline.isOver() || !mend(refusal, deadline)) {
+                elsewhere = finder.redirection(refusal.what());
+            } else if (!mend(refusal, deadline, talk)) {
                 throw;
             }
         }
     }
 }
 
-bool RedisLink::mend(const ServerRefusal& refusal, const Deadline& deadline) {
+bool RedisLink::mend(const ServerRefusal& refusal, const Deadline& deadline, Talk talk) {
     const auto code = refusal.code();
     const std::string text{refusal.what()};
     if (code == "TESSGONE") {
@@ -204,8 +223,12 @@ bool RedisLink::mend(const ServerRefusal& refusal, const Deadline& deadline) {
         throw LinkError{text};
     }
     if (code == "MOVED") {
-        finder.follow(MasterFinder::redirection(text));
+        finder.follow(finder.redirection(text));
         connection = finder.connect(deadline);
+        ++connections;
+        if (talk == Talk::work) {
+            greet(false, "", deadline); // it may be another one that has taken the site over
+        }
         return true;
     }
     if (code == "TRYAGAIN") {

@@ -4,6 +4,7 @@
 #include "platform/tessapi/network/MasterFinder.h"
 #include "platform/tessapi/network/ServerRefusal.h"
 #include "platform/tessapi/network/SiteKeys.h"
+#include "platform/tessapi/network/Writers.h"
 
 #include <atomic>
 #include <chrono>
@@ -28,7 +29,14 @@ public:
     /// Makes a command; `again` tells that it was sent before and that its answer was lost.
     using Make = std::function<Command(bool again)>;
 
+    /// Is told, with every connection, the last call that the server knows of the writer of values. It must
+    /// not call the link.
+    using Greeted = std::function<void(std::uint64_t lastValueCall)>;
+
     RedisLink(const NetworkUrl& store, std::chrono::milliseconds longestWait);
+
+    /// Before `open`.
+    void onGreeting(Greeted listener) { greeted = std::move(listener); }
 
     /// The first contact; gives what the site says of the catalogue that its types are of.
     std::string open(bool create, const std::string& catalogue) VELK_EXCLUDES(mutex);
@@ -52,28 +60,41 @@ public:
     std::int64_t seen() const { return newest; }
     void note(std::int64_t seq);
 
+    /// Where the history of the site begins that the server has: numbers up to this are of another one, which
+    /// went on in another way on another server.
+    std::int64_t base() const { return historyBase; }
+    void noteBase(std::int64_t seq);
+
+    /// Why the server is away; the last cause when it is not.
+    std::string whyAway() VELK_EXCLUDES(causeMutex);
+
     const std::string& store() const { return url.text(); }
     /// What the site is called on the server since its beginning, and what every write names.
     const std::string& token() const { return identity; }
 
     const SiteKeys keys;
+    Writers writers;
     const std::chrono::milliseconds patience;
 
 private:
+    enum class Talk { greeting, work };
+
     void checkUsable() VELK_EXCLUDES(causeMutex);
     [[noreturn]] void leave(const std::string& why) VELK_REQUIRES(mutex) VELK_EXCLUDES(causeMutex);
     void connect(const Deadline& deadline) VELK_REQUIRES(mutex);
     /// Gives identity and catalogue of the site.
     std::pair<std::string, std::string> greet(bool create, const std::string& catalogue,
                                               const Deadline& deadline) VELK_REQUIRES(mutex);
-    Reply exchange(const Make& make, bool again, const Deadline& deadline) VELK_REQUIRES(mutex);
+    Reply exchange(const Make& make, bool again, const Deadline& deadline, Talk talk = Talk::work)
+        VELK_REQUIRES(mutex);
     /// Does what the refusal asks for; gives whether the call may be tried again.
-    bool mend(const ServerRefusal& refusal, const Deadline& deadline) VELK_REQUIRES(mutex);
+    bool mend(const ServerRefusal& refusal, const Deadline& deadline, Talk talk) VELK_REQUIRES(mutex);
     Reply askElsewhere(const Endpoint& server, const Command& command, const Deadline& deadline)
         VELK_REQUIRES(mutex);
     [[noreturn]] void lose();
 
     const NetworkUrl url;
+    Greeted greeted{[](std::uint64_t /*lastValueCall*/) {}};
     std::string identity; ///< of the site; from `open` on it stays as it is
     velk::common::Mutex mutex;
     MasterFinder finder VELK_GUARDED_BY(mutex);
@@ -85,6 +106,7 @@ private:
     std::atomic<bool> gone{false};
     std::atomic<std::uint64_t> connections{0};
     std::atomic<std::int64_t> newest{0};
+    std::atomic<std::int64_t> historyBase{0};
 };
 
 } // namespace tessapi

@@ -119,6 +119,7 @@ void addChannel(Command& command, const ChannelRecord& record, const Catalogue& 
 
 StoreSnapshot SiteImage::snapshotOf(ReplyView answer, const Catalogue& catalogue) {
     StoreSnapshot store;
+    store.ofSeveralMachines = true;
     store.devices = devicesOf(answer.at(0), answer.at(1));
     const auto infos = hashOf(answer.at(2));
     const auto states = hashOf(answer.at(4));

@@ -28,7 +28,7 @@ SiteKeys::SiteKeys(const std::string& site) :
 }
 
 Command SiteKeys::function(const std::string& name, bool reads) const {
-    return Command{reads ? "FCALL_RO" : "FCALL", "tess1_" + name}.append(all);
+    return Command{reads ? "FCALL_RO" : "FCALL", "tess2_" + name}.append(all);
 }
 
 } // namespace tessapi

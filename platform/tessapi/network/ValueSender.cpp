@@ -3,8 +3,6 @@
 #include "platform/tessapi/network/Packer.h"
 #include "platform/tessapi/network/SiteCodec.h"
 
-#include <random>
-
 namespace tessapi {
 
 namespace {
@@ -12,33 +10,22 @@ namespace {
 /// About: two arguments, of which the second has a number.
 constexpr std::size_t BYTES_OF_A_WRITE = 56;
 
-std::string randomBytes() {
-    std::random_device source;
-    return Packer{}
-        .number(static_cast<std::uint32_t>(source()))
-        .number(static_cast<std::uint32_t>(source()))
-        .take();
-}
-
 } // namespace
 
-ValueSender::ValueSender(RedisLink& server, const Engine::Options& kept) :
-    link{server}, changesKept{kept.changesKept}, eventsKept{kept.eventsKept}, program{randomBytes()} {}
+ValueSender::ValueSender(RedisLink& server, std::int64_t changes, std::int64_t events) :
+    link{server}, changesKept{changes}, eventsKept{events} {}
 
-std::string ValueSender::nextMark() {
-    return program + Packer{}.number(++writes).take();
-}
-
-Command ValueSender::write(const std::string& function, const std::string& mark, std::int64_t seen,
+Command ValueSender::write(const std::string& function, const std::string& writer, std::uint64_t number,
                            bool again, std::int64_t timeMs) const {
     auto command = link.keys.function(function, false);
-    command.add(link.token()).add(seen).add(mark).add(again ? "1" : "0").add(changesKept).add(eventsKept);
+    command.add(link.token()).add(link.seen()).add(writer).add(number).add(again ? "1" : "0");
+    command.add(changesKept).add(eventsKept);
     return command.add(Packer{}.number(timeMs).take());
 }
 
 ValueSender::Verdict ValueSender::send(const Outbox::Batch& batch) {
-    const auto answer = link.call([&](bool again) {
-        auto command = write("set", batch.mark, batch.seen, again || batch.sentBefore, 0);
+    const auto answer = link.call([&](bool /*again*/) {
+        auto command = write("set", link.writers.values, batch.number, batch.afterGap, 0);
         command.reserve(BYTES_OF_A_WRITE * batch.changes.size());
         for (const auto& change : batch.changes) {
             command.add(change.object).add(SiteCodec::packChange(change));
@@ -51,6 +38,11 @@ ValueSender::Verdict ValueSender::send(const Outbox::Batch& batch) {
         return {};
     }
     Verdict verdict;
+    if (reply.at(0).text() == "behind") {
+        verdict.kind = Verdict::Kind::behind;
+        verdict.done = reply.at(1).id();
+        return verdict;
+    }
     verdict.channel = reply.at(1).id();
     verdict.kind = Verdict::Kind::unknownChannel;
     if (reply.at(0).text() == "type") {

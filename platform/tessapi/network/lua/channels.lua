@@ -36,14 +36,18 @@ local function apply(write, ids, changes, rows)
   set_fields(write.keys[VALUES], fields)
 end
 
--- Channel and change, as often as one likes: all or none. Gives the number of the last change.
+-- Channel and change, as often as one likes: all or none. Gives the number of the last change. A writer's calls are
+-- done in their order, each once; when some before this one are missing, it is told the last that was done, except
+-- with '1' for AGAIN: it does not have them any more.
 local function set_values(keys, args)
   local write, gone = begin(keys, args)
   if gone then
     return gone
   end
-  if is_done(write) then
+  if write.number <= write.done then
     return write.seq
+  elseif write.number > write.done + 1 and args[AGAIN] ~= '1' then
+    return {'behind', whole(write.done)}
   end
   local ids, changes = {}, {}
   for i = OWN, #args, 2 do
@@ -67,7 +71,7 @@ end
 
 -- Channel, packed triggers.
 local function set_alarms(keys, args)
-  local write, gone = begin(keys, args)
+  local write, gone = begin_next(keys, args)
   if gone then
     return gone
   end
@@ -104,13 +108,14 @@ end
 
 -- Channel, packed states.
 local function set_states(keys, args)
-  local write, gone = begin(keys, args)
+  local write, gone = begin_next(keys, args)
   if gone then
     return gone
   end
   if redis.call('HEXISTS', keys[VALUES], args[OWN]) == 1 then
     put_states(keys, args[OWN], args[OWN + 1])
   end
+  commit(write)
   return write.seq
 end
 
@@ -129,25 +134,31 @@ local function insert_channel(keys, id, device, name, kind, description)
   end
 end
 
--- Device, name, type, description, packed states. Gives the channel and its type.
-local function emplace_channel(keys, args)
-  local write, gone = begin(keys, args)
+-- Device, then for each channel: name, type, description, packed states. Gives channel and type of each by turns;
+-- nothing for an unknown device.
+local function emplace_channels(keys, args)
+  local write, gone = begin_next(keys, args)
   if gone then
     return gone
   end
-  local device, name = args[OWN], args[OWN + 1]
-  local id = redis.call('HGET', keys[NAMES], device .. ':' .. name)
-  if id then
-    return {id, string.byte(redis.call('HGET', keys[VALUES], id), 1)}
-  end
+  local device, found = args[OWN], {}
   if redis.call('HEXISTS', keys[DEVICES], device) == 0 then
-    return {}
+    return found
   end
-  local kind = tonumber(args[OWN + 2])
-  id = whole(redis.call('HINCRBY', keys[SITE], 'chan', 1))
-  insert_channel(keys, id, device, name, kind, args[OWN + 3])
-  put_states(keys, id, args[OWN + 4])
-  return {id, kind}
+  for i = OWN + 1, #args, 4 do
+    local id, kind = redis.call('HGET', keys[NAMES], device .. ':' .. args[i]), tonumber(args[i + 1])
+    if id then
+      kind = string.byte(redis.call('HGET', keys[VALUES], id), 1)
+    else
+      id = whole(redis.call('HINCRBY', keys[SITE], 'chan', 1))
+      insert_channel(keys, id, device, args[i], kind, args[i + 2])
+      put_states(keys, id, args[i + 3])
+    end
+    found[#found + 1] = id
+    found[#found + 1] = kind
+  end
+  commit(write)
+  return found
 end
 
 -- Alarms of a channel that is about to go are cleared; gives whether there were some.
@@ -181,7 +192,7 @@ end
 
 -- Device, then the channels that are kept. Gives those that are gone.
 local function remove_channels(keys, args)
-  local write, gone = begin(keys, args)
+  local write, gone = begin_next(keys, args)
   if gone then
     return gone
   end
@@ -203,7 +214,7 @@ end
 -- Catalogue, then for each channel: id, type, description, packed states. A channel of another type loses its
 -- value.
 local function retype(keys, args)
-  local write, gone = begin(keys, args)
+  local write, gone = begin_next(keys, args)
   if gone then
     return gone
   end

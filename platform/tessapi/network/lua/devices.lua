@@ -61,7 +61,7 @@ end
 
 -- Uuid, parent, wanted identifier. Gives the device, if there is one then, and the channels that are gone.
 local function emplace_device(keys, args)
-  local write, gone = begin(keys, args)
+  local write, gone = begin_next(keys, args)
   if gone then
     return gone
   end
@@ -98,7 +98,7 @@ end
 
 -- Device, limit, then the devices that are kept. Gives the channels that are gone.
 local function remove_sub_devices(keys, args)
-  local write, gone = begin(keys, args)
+  local write, gone = begin_next(keys, args)
   if gone then
     return gone
   end
@@ -120,12 +120,12 @@ end
 
 -- Device, number, text.
 local function set_attribute(keys, args)
-  local write, gone = begin(keys, args)
+  local write, gone = begin_next(keys, args)
   if gone then
     return gone
   end
   local device = args[OWN]
-  if redis.call('HEXISTS', keys[DEVICES], device) == 0 or is_done(write) then
+  if redis.call('HEXISTS', keys[DEVICES], device) == 0 or write.is_repeated then
     return write.seq
   end
   local seq = add(write, struct.pack('<BI8', KIND_ATTRIBUTE, tonumber(device)) .. write.time ..
@@ -138,19 +138,16 @@ end
 
 -- The record.
 local function record_write(keys, args)
-  local write, gone = begin(keys, args)
+  local write, gone = begin_next(keys, args)
   if gone then
     return gone
   end
-  if args[AGAIN] == '1' then
-    for _, entry in ipairs(redis.call('XREVRANGE', keys[RECORDS], '+', '-', 'COUNT', 64)) do
-      if entry[2][2] == args[OWN] then
-        return write.seq -- it has its time in it
-      end
-    end
+  if write.is_repeated then
+    return write.seq
   end
   local number = redis.call('HINCRBY', keys[SITE], 'rec', 1)
   redis.call('XADD', keys[RECORDS], 'MAXLEN', '~', args[EVENTS_KEPT], whole(number) .. '-0', 'r', args[OWN])
+  commit(write)
   return write.seq
 end
 

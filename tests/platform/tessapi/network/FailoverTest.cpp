@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <memory>
 #include <set>
 #include <string>
 #include <thread>
@@ -22,37 +23,6 @@ using velk::testing::RedisCluster;
 using velk::testing::RedisSentinels;
 using velk::testing::RedisServer;
 
-/// Writes "1", "2", … into a channel without a pause longer than some milliseconds until it is told to end.
-class SteadyWriter {
-public:
-    SteadyWriter(NetworkClient& client, std::uint64_t channel) :
-        thread{[this, &client, channel] {
-            while (!ending) {
-                const auto begin = steady_clock::now();
-                client.set(channel, std::to_string(written + 1));
-                longest = std::max(longest, steady_clock::now() - begin);
-                ++written;
-                std::this_thread::sleep_for(std::chrono::milliseconds{5});
-            }
-        }} {}
-
-    /// Ends it and gives the number that was written last.
-    int end() {
-        ending = true;
-        thread.join();
-        return written;
-    }
-
-    /// Of the writes; once it has ended.
-    steady_clock::duration longestWrite() const { return longest; }
-
-private:
-    std::atomic<bool> ending{false};
-    int written{0};
-    steady_clock::duration longest{};
-    std::thread thread;
-};
-
 std::string siteOn(const RedisCluster& cluster, std::size_t node) {
     for (int i = 0;; ++i) {
         const std::string site = "gateway-" + std::to_string(i);
@@ -62,57 +32,158 @@ std::string siteOn(const RedisCluster& cluster, std::size_t node) {
     }
 }
 
-/// What was written last before a failover may not have reached the replica, and the writer was told that it
-/// was taken: then a short run of numbers is missing. The one that was not answered was heard perhaps, and is
-/// written again. Nothing else.
-void expectInOrderButFor(const std::vector<qz::CValue>& values, int most, int last) {
-    std::vector<int> numbers;
-    for (const qz::CValue& value : values) {
-        numbers.push_back(std::stoi(value.as_string()));
+/// Three programs that write "1", "2", … each into a channel of its own, with pauses of some milliseconds,
+/// and two that listen to all of them.
+class Crowd {
+public:
+    explicit Crowd(const std::string& url) : url{url} {
+        for (const char* name : {"Daemon.LastWrite", "Daemon.Writes", "Daemon.DeviceLog"}) {
+            auto& writer = writers.emplace_back(std::make_unique<Writer>(url));
+            writer->channel = writer->client.channel(name);
+        }
+        for (int i = 0; i < 2; ++i) {
+            listeners.push_back(std::make_unique<NetworkClient>(url));
+            for (const auto& writer : writers) {
+                heard.push_back(listeners.back()->watch(writer->channel));
+            }
+        }
+        for (const auto& writer : writers) {
+            writer->begin();
+        }
     }
-    EXPECT_LE(numbers.size() - std::set<int>(numbers.begin(), numbers.end()).size(), 1U);
-    EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
-    EXPECT_GE(static_cast<int>(numbers.size()), last - most);
-}
 
-TEST(SentinelTest, WriterGoesOnWhenTheReplicaTakesOver) {
-    ::testing::internal::CaptureStderr();
+    /// Until each listener has heard so many more of each writer.
+    void awaitMore(std::size_t count) const {
+        std::vector<std::size_t> before;
+        for (const auto& each : heard) {
+            before.push_back(each.all().size());
+        }
+        for (std::size_t i = 0; i < heard.size(); ++i) {
+            heard[i].waitFor(before[i] + count);
+        }
+    }
+
+    /// Ends the writers. Each listener has to have heard each write of each writer once and in order, and the
+    /// last ones have to be in the store.
+    void expectEverythingOnce() {
+        std::vector<int> last;
+        for (const auto& writer : writers) {
+            last.push_back(writer->end());
+            EXPECT_LT(writer->longest, 5 * NetworkClient::PATIENCE);
+        }
+        for (std::size_t i = 0; i < heard.size(); ++i) {
+            const auto expected = last[i % writers.size()];
+            heard[i].waitForItem(qz::CValue{std::to_string(expected)});
+            EXPECT_TRUE(areNumbersUpTo(expected, heard[i].all())) << "of the writer " << i % writers.size();
+        }
+        NetworkClient reader{url};
+        for (std::size_t i = 0; i < writers.size(); ++i) {
+            EXPECT_EQ(reader.channels().getChannelCValue(writers[i]->channel),
+                      qz::CValue{std::to_string(last[i])});
+        }
+    }
+
+private:
+    struct Writer {
+        explicit Writer(const std::string& url) : client{url} {}
+        ~Writer() { end(); }
+
+        void begin() {
+            thread = std::thread{[this] {
+                while (!ending) {
+                    const auto start = steady_clock::now();
+                    client.set(channel, std::to_string(written + 1));
+                    longest = std::max(longest, steady_clock::now() - start);
+                    ++written;
+                    std::this_thread::sleep_for(std::chrono::milliseconds{3});
+                }
+            }};
+        }
+
+        int end() {
+            ending = true;
+            if (thread.joinable()) {
+                thread.join();
+            }
+            return written;
+        }
+
+        NetworkClient client;
+        std::uint64_t channel{0};
+        steady_clock::duration longest{};
+        std::atomic<bool> ending{false};
+        int written{0};
+        std::thread thread;
+    };
+
+    const std::string url;
+    std::vector<std::unique_ptr<NetworkClient>> listeners;
+    std::vector<Recorder<qz::CValue>> heard; ///< of the first listener each writer, then of the second
+    std::vector<std::unique_ptr<Writer>> writers;
+};
+
+/// What is said on the standard error during the test.
+class FailoverTest : public ::testing::Test {
+protected:
+    FailoverTest() { ::testing::internal::CaptureStderr(); }
+    ~FailoverTest() override {
+        const std::string said = ::testing::internal::GetCapturedStderr();
+        EXPECT_LE(countOf("values are kept", said), 1U) << said;
+        EXPECT_EQ(countOf("fell behind", said), 0U) << said;
+    }
+};
+
+class SentinelTest : public FailoverTest {
+protected:
     RedisSentinels servers;
-    const std::string url =
-        "redis+sentinel://" + servers.addresses() + "/" + RedisSentinels::SERVICE + "/berlin";
-    NetworkClient client{url};
-    NetworkClient listener{url};
-    const std::uint64_t channel = client.channel(RESULT);
-    const auto results = listener.watch(channel);
-    SteadyWriter writer{client, channel};
-    results.waitForItem(qz::CValue{std::string{"20"}});
+    const std::string service{"redis+sentinel://" + servers.addresses() + "/" + RedisSentinels::SERVICE};
+};
+
+class ClusterTest : public FailoverTest {};
+
+class ClusterFailoverTest : public FailoverTest {
+protected:
+    /// Node 1 has the site, node 4 is its replica.
+    void takeOver(const std::vector<std::string>& how) {
+        cluster.node(4).command(how);
+        cluster.awaitMaster(4);
+    }
+
+    RedisCluster cluster{true};
+    const std::string url{"redis+cluster://" + cluster.addresses() + "/" + siteOn(cluster, 1)};
+};
+
+TEST_F(SentinelTest, EveryWriteArrivesOnceWhenTheMasterCrashes) {
+    Crowd crowd{service + "/berlin"};
+    crowd.awaitMore(20);
     servers.master().stop();
     servers.awaitFailover();
-    RedisServer::await("a value on the new master", [&] {
-        return servers.replica().command({"HGET", "tess:{berlin}:site", "seq"}) != "" &&
-               results.all().size() > 60;
-    });
-    const int last = writer.end();
-    results.waitForItem(qz::CValue{std::to_string(last)});
-    expectInOrderButFor(results.all(), 5, last);
-    EXPECT_LT(writer.longestWrite(), 5 * NetworkClient::PATIENCE);
-    const std::string said = ::testing::internal::GetCapturedStderr();
-    EXPECT_LE(countOf("values are kept", said), 1U) << said;
+    crowd.awaitMore(50);
+    crowd.expectEverythingOnce();
 }
 
-TEST(SentinelTest, SentinelsThatAreAwayExceptOneAreEnough) {
-    RedisSentinels servers;
+TEST_F(SentinelTest, EveryWriteArrivesOnceWhenTheSentinelsChangeTheMaster) {
+    Crowd crowd{service + "/berlin"};
+    crowd.awaitMore(20);
+    EXPECT_EQ(servers.sentinel(0).command({"SENTINEL", "FAILOVER", RedisSentinels::SERVICE}), "OK");
+    servers.awaitFailover();
+    // For some seconds yet the former master takes writes, which are lost with it.
+    RedisServer::await("the former master",
+                       [this] { return servers.master().command({"ROLE"}).rfind("slave", 0) == 0; });
+    crowd.awaitMore(50);
+    crowd.expectEverythingOnce();
+}
+
+TEST_F(SentinelTest, SentinelsThatAreAwayExceptOneAreEnough) {
     servers.sentinel(0).stop();
     servers.sentinel(1).pause();
-    NetworkClient client{"redis+sentinel://" + servers.addresses() + "/" + RedisSentinels::SERVICE +
-                         "/berlin"};
+    NetworkClient client{service + "/berlin"};
     const std::uint64_t channel = client.channel(RESULT);
     client.set(channel, std::string{"1"});
     EXPECT_EQ(client.channels().getChannelCValue(channel), qz::CValue{std::string{"1"}});
 }
 
-TEST(SentinelTest, ServiceThatTheSentinelsDoNotKnowIsNamed) {
-    RedisSentinels servers;
+TEST_F(SentinelTest, ServiceThatTheSentinelsDoNotKnowIsNamed) {
     try {
         const NetworkClient client{"redis+sentinel://" + servers.addresses() + "/nothing/berlin"};
         ADD_FAILURE() << "it opened the store";
@@ -121,7 +192,33 @@ TEST(SentinelTest, ServiceThatTheSentinelsDoNotKnowIsNamed) {
     }
 }
 
-TEST(ClusterTest, GatewaysOfOneDeploymentSpreadOverTheNodesAndNeverMix) {
+TEST_F(SentinelTest, MasterThatDoesNotTellItsRoleIsAwayUntilItDoes) {
+    NetworkClient client{service + "/berlin"};
+    const std::uint64_t channel = client.channel(RESULT);
+    servers.master().command({"ACL", "SETUSER", "default", "-role"});
+    servers.master().command({"CLIENT", "KILL", "TYPE", "normal"});
+    EXPECT_THROW(client.channels().getChannelCValue(channel), boost::system::system_error);
+    client.set(channel, std::string{"1"});
+    servers.master().command({"ACL", "SETUSER", "default", "+role"});
+    RedisServer::await("the value", [&] {
+        return client.channels().getChannelCValue(channel) == qz::CValue{std::string{"1"}};
+    });
+}
+
+TEST_F(ClusterTest, NodesThatDoNotNameTheirAddressAreWhereTheyWereAsked) {
+    RedisCluster cluster;
+    for (std::size_t i = 0; i < cluster.size(); ++i) {
+        EXPECT_EQ(
+            cluster.node(i).command({"CONFIG", "SET", "cluster-preferred-endpoint-type", "unknown-endpoint"}),
+            "OK");
+    }
+    NetworkClient client{"redis+cluster://" + cluster.addresses() + "/" + siteOn(cluster, 2)};
+    const std::uint64_t channel = client.channel(RESULT);
+    client.set(channel, std::string{"1"});
+    EXPECT_EQ(client.channels().getChannelCValue(channel), qz::CValue{std::string{"1"}});
+}
+
+TEST_F(ClusterTest, GatewaysOfOneDeploymentSpreadOverTheNodesAndNeverMix) {
     RedisCluster cluster;
     std::vector<std::unique_ptr<NetworkClient>> gateways;
     std::vector<std::uint64_t> channels;
@@ -152,26 +249,29 @@ TEST(ClusterTest, GatewaysOfOneDeploymentSpreadOverTheNodesAndNeverMix) {
     }
 }
 
-TEST(ClusterTest, WriterGoesOnWhenAReplicaTakesItsNodeOver) {
-    ::testing::internal::CaptureStderr();
-    RedisCluster cluster{true};
-    const std::string url = "redis+cluster://" + cluster.addresses() + "/" + siteOn(cluster, 1);
-    NetworkClient client{url};
-    NetworkClient listener{url};
-    const std::uint64_t channel = client.channel(RESULT);
-    const auto results = listener.watch(channel);
-    SteadyWriter writer{client, channel};
-    results.waitForItem(qz::CValue{std::string{"20"}});
+TEST_F(ClusterFailoverTest, EveryWriteArrivesOnceWhenTheNodeCrashes) {
+    Crowd crowd{url};
+    crowd.awaitMore(20);
     cluster.node(1).stop();
     cluster.awaitMaster(4);
-    const auto before = results.all().size();
-    results.waitFor(before + 50);
-    const int last = writer.end();
-    results.waitForItem(qz::CValue{std::to_string(last)});
-    expectInOrderButFor(results.all(), 5, last);
-    EXPECT_LT(writer.longestWrite(), 5 * NetworkClient::PATIENCE);
-    const std::string said = ::testing::internal::GetCapturedStderr();
-    EXPECT_LE(countOf("values are kept", said), 1U) << said;
+    crowd.awaitMore(50);
+    crowd.expectEverythingOnce();
+}
+
+TEST_F(ClusterFailoverTest, EveryWriteArrivesOnceWhenTheReplicaTakesItsTurn) {
+    Crowd crowd{url};
+    crowd.awaitMore(20);
+    takeOver({"CLUSTER", "FAILOVER"});
+    crowd.awaitMore(50);
+    crowd.expectEverythingOnce();
+}
+
+TEST_F(ClusterFailoverTest, EveryWriteArrivesOnceWhenTheReplicaTakesOverWithoutAsking) {
+    Crowd crowd{url};
+    crowd.awaitMore(20);
+    takeOver({"CLUSTER", "FAILOVER", "TAKEOVER"});
+    crowd.awaitMore(50);
+    crowd.expectEverythingOnce();
 }
 
 } // namespace

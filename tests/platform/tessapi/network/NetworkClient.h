@@ -38,6 +38,7 @@ public:
 
     InBandAccessor& channels() { return inband; }
     StoreBrowser& browser() { return shown; }
+    Engine::Waiting waiting() { return engine->waiting(); }
 
     /// Makes the channel on the root device, or finds it.
     std::uint64_t channel(const std::string& name) {

@@ -127,6 +127,16 @@ TEST(NetworkUrlTest, OptionsThatAreNoneAreRefused) {
     EXPECT_THAT(refusalOf("rediss://host/b?cert-file=/c"), HasSubstr("go together"));
 }
 
+TEST(NetworkUrlTest, SaysHowManyChangesAreKept) {
+    EXPECT_FALSE(NetworkUrl{"redis://host/b"}.changes);
+    EXPECT_EQ(NetworkUrl{"redis://host/b?changes=256"}.changes, 256);
+    EXPECT_EQ(NetworkUrl{"redis://host/b?password-file=/p&changes=1048576"}.changes, 1'048'576);
+    for (const auto* number : {"", "255", "1048577", "-1", "1e3", "many", "99999999999999999999"}) {
+        EXPECT_THAT(refusalOf(std::string{"redis://host/b?changes="} + number),
+                    HasSubstr("'changes' is a number from 256 to 1048576"));
+    }
+}
+
 TEST(NetworkUrlTest, UrlOfAStoreTellsNetworkedOnesApart) {
     EXPECT_EQ(StoreUrl{"redis://host/berlin"}.network()->site, "berlin");
     EXPECT_EQ(StoreUrl{"redis://host/berlin"}.text(), "redis://host/berlin");

@@ -102,6 +102,65 @@ TEST_F(OutageTest, HangingServerHoldsAWriterForOneWaitOnly) {
     EXPECT_EQ(countOf("values are kept", said()), 1U);
 }
 
+TEST_F(OutageTest, CallThatAHangingServerReadsTooLateIsNotDone) {
+    NetworkClient other{url};
+    server.pause();
+    EXPECT_THROW(writer.channels().removeAllChannelsExcept(ITessAccessor::ROOT_DEVICE, {measure, result}),
+                 boost::system::system_error);
+    server.resume();
+    RedisServer::await("the store",
+                       [&] { return writer.channel("Daemon.Writes") != ITessAccessor::UNKNOWN_ID; });
+    const auto made = other.channel("Daemon.DeviceLog");
+    const auto results = listener.watch(made);
+    for (int i = 1; i <= 50; ++i) {
+        writer.set(made, std::to_string(i));
+    }
+    await(results, qz::CValue{std::string{"50"}});
+    EXPECT_TRUE(areNumbersUpTo(50, results.all()));
+}
+
+TEST_F(OutageTest, OutageIsToldOnceForAllThatAProgramDoesWithTheStore) {
+    NetworkClient another{url};
+    another.channel(RESULT);
+    const auto results = listener.watch(result);
+    const auto alike = another.watch(result);
+    server.stop();
+    writeBoth(20);
+    another.set(result, std::string{"from another"});
+    std::this_thread::sleep_for(2 * NetworkClient::PATIENCE);
+    server.start();
+    await(results, qz::CValue{std::string{"20"}});
+    RedisServer::await("the last line",
+                       [&] { return writer.waiting().writes + another.waiting().writes == 0; });
+    writer.set(result, std::string{"end"});
+    results.waitForItem(qz::CValue{std::string{"end"}});
+    alike.waitForItem(qz::CValue{std::string{"end"}});
+    std::this_thread::sleep_for(2 * NetworkClient::PATIENCE);
+    const std::string text = said();
+    EXPECT_EQ(countOf("WARNING", text), 2U) << text;
+    EXPECT_EQ(countOf("cannot be reached", text), 1U) << text;
+    EXPECT_EQ(countOf("is back; 23 values kept meanwhile were written\n", text), 1U) << text;
+}
+
+TEST_F(OutageTest, WritesThatWaitAreCountedWithSinceWhen) {
+    EXPECT_EQ(writer.waiting().writes, 0U);
+    EXPECT_EQ(writer.waiting().sinceMs, 0);
+    const auto nowMs = [] {
+        using namespace std::chrono;
+        return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+    };
+    const auto begin = nowMs();
+    server.stop();
+    writeBoth(5);
+    EXPECT_EQ(writer.waiting().writes, 7U) << "the first, of the measure the newest, and all results";
+    EXPECT_GE(writer.waiting().sinceMs, begin);
+    EXPECT_LE(writer.waiting().sinceMs, nowMs());
+    server.start();
+    RedisServer::await("the values", [&] { return writer.waiting().writes == 0; });
+    EXPECT_EQ(writer.waiting().sinceMs, 0);
+    EXPECT_EQ(writer.browser().health().waitingWrites, 0U);
+}
+
 TEST_F(OutageTest, ReadingWhileTheServerIsAwayFailsWithItsName) {
     server.stop();
     try {
@@ -205,7 +264,7 @@ TEST_F(OutageTest, NewerFunctionsOnTheServerAreToldWithBothVersions) {
     } catch (const boost::system::system_error& failure) {
         EXPECT_EQ(failure.code(),
                   (boost::system::error_code{static_cast<int>(StoreFault::wrongVersion), storeCategory()}));
-        EXPECT_NE(std::string{failure.what()}.find("version 99, expected 1"), std::string::npos)
+        EXPECT_NE(std::string{failure.what()}.find("version 99, expected 2"), std::string::npos)
             << failure.what();
     }
 }

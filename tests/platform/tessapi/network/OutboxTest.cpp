@@ -1,7 +1,6 @@
 #include "platform/tessapi/network/Outbox.h"
 
 #include "platform/tessapi/network/ChannelMemory.h"
-#include "platform/tessapi/network/NewsFeed.h"
 
 #include <gtest/gtest.h>
 
@@ -21,11 +20,12 @@ Change write(std::uint64_t channel, std::int32_t value) {
 /// The values of all batches, in the order in which they go.
 Values emptied(Outbox& outbox) {
     Values values;
-    while (!outbox.isEmpty()) {
-        for (const auto& change : outbox.next("mark", 0).changes) {
+    for (std::uint64_t number = 1000; !outbox.isEmpty(); ++number) {
+        const auto& batch = outbox.next(number);
+        for (const auto& change : batch.changes) {
             values.push_back(change.value.as_int32());
         }
-        outbox.drop();
+        outbox.drop(batch.number);
     }
     return values;
 }
@@ -67,26 +67,30 @@ TEST(OutboxTest, OfTooManyOrderedWritesTheOldestGoAndAreCounted) {
 TEST(OutboxTest, ABatchStaysAsItWasSentUntilItIsDropped) {
     Outbox outbox;
     outbox.add(write(1, 1), false);
-    EXPECT_FALSE(outbox.next("first", 7).sentBefore);
-    outbox.next("first", 7).sentBefore = true;
+    EXPECT_FALSE(outbox.next(7).afterGap);
+    outbox.next(7).afterGap = true;
     outbox.add(write(1, 2), false);
-    const auto& again = outbox.next("second", 8);
-    EXPECT_EQ(again.mark, "first");
-    EXPECT_EQ(again.seen, 7);
-    EXPECT_TRUE(again.sentBefore);
+    const auto& again = outbox.next(8);
+    EXPECT_EQ(again.number, 7U);
+    EXPECT_TRUE(again.afterGap);
     EXPECT_EQ(again.changes.at(0).value, CValue{1});
-    outbox.drop();
-    EXPECT_EQ(outbox.next("second", 8).mark, "second");
+    outbox.drop(6);
+    EXPECT_EQ(outbox.next(8).number, 7U) << "it was another one";
+    outbox.drop(7);
+    EXPECT_EQ(outbox.next(8).number, 8U);
     EXPECT_EQ(emptied(outbox), (Values{2}));
 }
 
-TEST(OutboxTest, WhatWasSentWithoutAnAnswerGoesFirst) {
+TEST(OutboxTest, WhatWasSentGoesFirstByItsNumbersAndOnce) {
     Outbox outbox;
-    outbox.addUncertain({"mark", 3, false, {write(1, 1)}});
-    outbox.add(write(1, 2), false);
-    EXPECT_TRUE(outbox.next("other", 9).sentBefore);
-    EXPECT_EQ(outbox.size(), 2U);
-    EXPECT_EQ(emptied(outbox), (Values{1, 2}));
+    outbox.add(write(1, 4), true);
+    outbox.addSent({12, false, {write(1, 3)}});
+    outbox.addSent({10, false, {write(1, 1)}});
+    outbox.addSent({11, false, {write(1, 2)}});
+    outbox.addSent({10, false, {write(1, 1)}});
+    EXPECT_EQ(outbox.size(), 4U);
+    EXPECT_EQ(outbox.next(13).number, 10U);
+    EXPECT_EQ(emptied(outbox), (Values{1, 2, 3, 4}));
 }
 
 TEST(OutboxTest, ManyWritesGoInBatches) {
@@ -94,13 +98,13 @@ TEST(OutboxTest, ManyWritesGoInBatches) {
     for (std::int32_t i = 0; i < 250; ++i) {
         outbox.add(write(static_cast<std::uint64_t>(i), i), false);
     }
-    EXPECT_EQ(outbox.next("mark", 0).changes.size(), Outbox::BATCH);
+    EXPECT_EQ(outbox.next(1).changes.size(), Outbox::BATCH);
     EXPECT_EQ(emptied(outbox).size(), 250U);
 }
 
 TEST(OutboxTest, WritesOfAChannelThatIsGoneGo) {
     Outbox outbox;
-    outbox.addUncertain({"mark", 3, false, {write(1, 1)}});
+    outbox.addSent({3, false, {write(1, 1)}});
     outbox.add(write(1, 2), true);
     outbox.add(write(2, 3), false);
     outbox.add(write(1, 4), false);
@@ -139,38 +143,6 @@ TEST(ChannelMemoryTest, EveryWriteOfActionsSettingsAndTheDaemonCounts) {
         EXPECT_FALSE(memory.isInOrder(channel)) << name;
     }
     EXPECT_TRUE(memory.isInOrder(99)) << "nobody knows what it is";
-}
-
-std::vector<Change> numbered(std::int64_t first, std::int64_t last) {
-    std::vector<Change> changes;
-    for (auto seq = first; seq <= last; ++seq) {
-        changes.push_back({seq, Change::Kind::value, 1, CValue{true}, 0});
-    }
-    return changes;
-}
-
-TEST(NewsFeedTest, GivesWhatFollowsAndKeepsTheRest) {
-    NewsFeed feed;
-    feed.add(numbered(5, 9));
-    EXPECT_EQ(feed.takeAfter(6, 2).size(), 2U);
-    const auto rest = feed.takeAfter(8, 10);
-    ASSERT_EQ(rest.size(), 1U);
-    EXPECT_EQ(rest[0].seq, 9);
-    EXPECT_TRUE(feed.takeAfter(9, 10).empty());
-}
-
-TEST(NewsFeedTest, WhatDoesNotFollowIsNoNews) {
-    NewsFeed feed;
-    feed.add(numbered(5, 9));
-    EXPECT_TRUE(feed.takeAfter(3, 10).empty());
-    EXPECT_TRUE(feed.takeAfter(4, 10).empty()) << "the store is asked from there on";
-}
-
-TEST(NewsFeedTest, StopsAtAGap) {
-    NewsFeed feed;
-    feed.add(numbered(1, 2));
-    feed.add(numbered(4, 5));
-    EXPECT_EQ(feed.takeAfter(0, 10).size(), 2U);
 }
 
 } // namespace

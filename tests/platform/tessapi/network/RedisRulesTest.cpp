@@ -2,7 +2,6 @@
 #include "platform/tessapi/engine/AlarmEvaluator.h"
 #include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/engine/ValueCodec.h"
-#include "platform/tessapi/network/ValueSender.h"
 #include "testing/RedisServer.h"
 
 #include <boost/system/system_error.hpp>
@@ -11,6 +10,7 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -155,38 +155,37 @@ TEST_F(RedisRulesTest, RetypingClearsTheAlarmsOfALostValue) {
     EXPECT_FALSE(events[1].raised);
 }
 
-TEST_F(RedisRulesTest, WriteThatIsSentAgainIsDoneOnce) {
-    RedisLink link{NetworkUrl{url}, std::chrono::seconds{3}};
-    link.open(false, "");
-    ValueSender sender{link, Engine::Options{}};
-    Outbox::Batch batch{sender.nextMark(), link.seen(), false, {}};
-    batch.changes.push_back({0, Change::Kind::value, CHANNEL, CValue{"once"}, 1});
-    EXPECT_EQ(sender.send(batch).kind, ValueSender::Verdict::Kind::taken);
-    engine->setValue(CHANNEL, CValue{"of another"});
-    batch.sentBefore = true;
-    EXPECT_EQ(sender.send(batch).kind, ValueSender::Verdict::Kind::taken);
-    EXPECT_EQ(engine->valueOf(CHANNEL), CValue{"of another"});
-    EXPECT_EQ(server.command({"XLEN", "tess:{rules}:news"}), "2");
-    batch.mark = sender.nextMark();
-    sender.send(batch);
-    EXPECT_EQ(engine->valueOf(CHANNEL), CValue{"once"}) << "what was not done is done";
+TEST_F(RedisRulesTest, ManyChannelsAreMadeInFewCalls) {
+    std::vector<std::string> names{"PowerDistribution.Measure.Voltage", "Rules"};
+    for (int i = 0; i < 600; ++i) {
+        names.push_back("Channel" + std::to_string(i));
+    }
+    names.emplace_back("Channel0");
+    server.command({"CONFIG", "RESETSTAT"});
+    const auto made = engine->emplaceChannels(ITessAccessor::ROOT_DEVICE, names);
+    EXPECT_EQ(server.info("cmdstat_fcall").substr(0, 8), "calls=3,");
+    ASSERT_EQ(made.size(), names.size());
+    EXPECT_EQ(engine->typeOf(made[0]), qz::datatype::float32);
+    EXPECT_EQ(made[1], CHANNEL) << "it was there";
+    EXPECT_EQ(made.back(), made[2]);
+    EXPECT_EQ(std::set<std::uint64_t>(made.begin(), made.end()).size(), 602U);
+    EXPECT_EQ(engine->findChannel(ITessAccessor::ROOT_DEVICE, "Channel599"), made[601]);
+    EXPECT_EQ(engine->emplaceChannels(ITessAccessor::ROOT_DEVICE, names), made);
+    EXPECT_EQ(engine->emplaceChannels(77'777, {"a", "b"}),
+              (std::vector<std::uint64_t>(2, ITessAccessor::UNKNOWN_ID)));
+    EXPECT_TRUE(engine->emplaceChannels(ITessAccessor::ROOT_DEVICE, {}).empty());
 }
 
-TEST_F(RedisRulesTest, NumbersGoOnBehindWhatAProgramHasSeen) {
-    for (int i = 0; i < 3; ++i) {
-        engine->setValue(CHANNEL, CValue{"before"});
+TEST_F(RedisRulesTest, AsManyChangesAreKeptAsTheUrlSays) {
+    const auto few = Engine::open(StoreUrl{url + "?changes=256"}, false);
+    for (int i = 0; i < 2000; ++i) {
+        few->setValue(CHANNEL, CValue{"again"});
     }
-    const auto seen = engine->startOf({}).seq;
-    EXPECT_EQ(engine->newsAfter(0).upTo, seen);
-    // As a replica has it that was behind when it took over.
-    server.command({"HSET", "tess:{rules}:site", "seq", "1"});
-    server.command({"DEL", "tess:{rules}:news"});
-    engine->setValue(CHANNEL, CValue{"after"});
-    const auto news = engine->newsAfter(seen);
-    EXPECT_FALSE(news.gap);
-    ASSERT_EQ(news.changes.size(), 1U);
-    EXPECT_EQ(news.changes[0].seq, seen + 1);
-    EXPECT_EQ(news.changes[0].value, CValue{"after"});
+    const auto kept = std::stoi(server.command({"XLEN", "tess:{rules}:news"}));
+    EXPECT_GE(kept, 256);
+    EXPECT_LE(kept, 256 + 100) << "whole nodes of the stream go";
+    EXPECT_TRUE(few->newsAfter(0).gap);
+    EXPECT_FALSE(few->newsAfter(2000 - 256).gap);
 }
 
 TEST_F(RedisRulesTest, AGroupMayBeLongerThanTheServersStack) {
