@@ -3,7 +3,6 @@
 #include "platform/tessapi/ITessAccessor.h"
 #include "platform/tessapi/RootDevice.h"
 
-#include <limits>
 #include <set>
 #include <unordered_map>
 #include <unordered_set>
@@ -17,7 +16,9 @@ using Text = std::optional<std::string>;
 using Part = ImageFault::Part;
 
 constexpr auto ROOT = ITessAccessor::ROOT_DEVICE;
-constexpr std::uint64_t GREATEST_ID = std::numeric_limits<std::int64_t>::max();
+/// 2^53 - 1, the greatest that every program reads from JSON and every engine counts with as it stands, with
+/// more than any store needs left above what is given next.
+constexpr std::uint64_t GREATEST_ID = 9'007'199'254'740'991U;
 constexpr std::uint64_t FIRST_GIVEN_ID = 1000;
 
 std::string decimal(std::uint64_t number) {
@@ -161,6 +162,9 @@ std::optional<ImageFault> findNumberFault(const std::vector<Entry>& entries, Par
             return ImageFault{part, i,
                               "the number " + std::to_string(entries[i].number) + " does not follow " +
                                   std::to_string(last)};
+        }
+        if (entries[i].number > static_cast<std::int64_t>(GREATEST_ID)) {
+            return ImageFault{part, i, "a number is from 1 to " + decimal(GREATEST_ID)};
         }
         last = entries[i].number;
     }

@@ -136,10 +136,21 @@ TEST(ImageTest, ChannelsThatCannotBeAreRefusedAtTheirPlace) {
     EXPECT_EQ(complaint("{\"float32\": 230.1}", "{\"float64\": 230.1}"),
               "store.json:11:1: \"A\" takes float32, not float64");
     EXPECT_EQ(complaint("\"id\": 1001, ", "\"id\": 0, "),
-              "store.json:12:1: an identifier is from 1 to 9223372036854775807");
+              "store.json:12:1: an identifier is from 1 to 9007199254740991");
     EXPECT_EQ(complaint("\"lastChannel\": 1001", "\"lastChannel\": 1000"),
               "store.json:12:1: the identifier 1001 is greater than lastChannel (1000)");
     EXPECT_EQ(complaint("\"number\": 3", "\"number\": 0"), "store.json:15:1: the number 0 does not follow 0");
+}
+
+TEST(ImageTest, NumbersAfterWhichNoneCouldFollowAreRefused) {
+    const std::string greatest{"9223372036854775807"};
+    const std::string identifier{"an identifier is from 1 to 9007199254740991"};
+    EXPECT_EQ(complaint("\"lastDevice\": 1001", "\"lastDevice\": " + greatest),
+              "store.json:1:1: " + identifier);
+    EXPECT_EQ(complaint("\"lastChannel\": 1001", "\"lastChannel\": " + greatest),
+              "store.json:1:1: " + identifier);
+    EXPECT_EQ(complaint("\"number\": 3", "\"number\": " + greatest),
+              "store.json:15:1: a number is from 1 to 9007199254740991");
 }
 
 TEST(ImageTest, WhatIsNoImageIsRefusedAtItsPlace) {
