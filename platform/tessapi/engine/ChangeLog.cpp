@@ -1,6 +1,14 @@
 #include "platform/tessapi/engine/ChangeLog.h"
 
+#include "platform/tessapi/engine/NewsRing.h"
+
 namespace tessapi {
+
+namespace {
+
+constexpr std::size_t MOST_FRESH = NewsRing::SLOTS;
+
+} // namespace
 
 ChangeLog::ChangeLog(Database& owner, std::int64_t keep) :
     database{owner},
@@ -20,6 +28,10 @@ std::int64_t ChangeLog::append(Change::Kind kind, std::uint64_t object, const qz
     insert.execute(static_cast<std::uint32_t>(kind), object, value, timeMs);
     const auto seq = database.lastInsertedId();
     ring.prune(seq);
+    if (appended.size() == MOST_FRESH) {
+        appended.clear();
+    }
+    appended.push_back({seq, kind, object, value, timeMs});
     return seq;
 }
 
@@ -31,6 +43,19 @@ std::int64_t ChangeLog::head() {
 std::vector<Change> ChangeLog::after(std::int64_t seq, std::int64_t limit) {
     auto run = batch.with(seq, limit);
     return collect(run);
+}
+
+Engine::News ChangeLog::newsAfter(std::int64_t seq, std::int64_t limit) {
+    Engine::News news{after(seq, limit), seq, false, false};
+    if (news.changes.empty()) {
+        return news;
+    }
+    if (news.changes.front().seq != seq + 1) {
+        return {summaryAfter(seq), head(), true, false};
+    }
+    news.upTo = news.changes.back().seq;
+    news.more = news.changes.size() == static_cast<std::size_t>(limit);
+    return news;
 }
 
 std::vector<Change> ChangeLog::summaryAfter(std::int64_t seq) {

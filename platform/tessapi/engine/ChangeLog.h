@@ -1,10 +1,12 @@
 #pragma once
 
 #include "platform/tessapi/engine/Change.h"
+#include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/engine/Ring.h"
 #include "platform/tessapi/engine/Statement.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace tessapi {
@@ -21,12 +23,19 @@ public:
     std::int64_t append(Change::Kind kind, std::uint64_t object, const qz::CValue& value,
                         std::int64_t timeMs);
 
+    /// What was appended since `forgetFresh`, without a gap up to the newest; a limited number of the newest.
+    std::span<const Change> fresh() const { return appended; }
+    void forgetFresh() { appended.clear(); }
+
     /// The number of the newest entry, 0 when there was none ever.
     std::int64_t head();
 
     /// At most `limit` entries after the one numbered `seq`, in order. The first one has a number greater
     /// than `seq` + 1 when entries between them are gone.
     std::vector<Change> after(std::int64_t seq, std::int64_t limit);
+
+    /// The entries after the one numbered `seq`, at most `limit` at a time.
+    Engine::News newsAfter(std::int64_t seq, std::int64_t limit);
 
     /// What has changed since the entry numbered `seq`, from the tables instead of the log: each channel's
     /// and device's last change only, in their order.
@@ -41,6 +50,7 @@ private:
     Statement newest;
     Statement batch;
     Statement summary;
+    std::vector<Change> appended;
 };
 
 } // namespace tessapi

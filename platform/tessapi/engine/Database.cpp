@@ -2,7 +2,9 @@
 
 #include "platform/common/GroupFile.h"
 #include "platform/common/Mutex.h"
+#include "platform/tessapi/engine/DiskLayer.h"
 #include "platform/tessapi/engine/StoreError.h"
+#include "platform/tessapi/engine/WriterLocks.h"
 
 #include <algorithm>
 #include <sqlite3.h>
@@ -72,7 +74,7 @@ void Database::Finalizer::operator()(sqlite3_stmt* statement) const {
 }
 
 Database::Database(const std::string& path, std::string storeName, Sharing sharing) :
-    store{std::move(storeName)} {
+    store{std::move(storeName)}, inMemory{path == ":memory:"} {
     if (sharing == Sharing::ignored) {
         connect(uriOf(path) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
     } else {
@@ -80,13 +82,13 @@ Database::Database(const std::string& path, std::string storeName, Sharing shari
         connect(path, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
     }
     configure(sharing);
-    seat = FileSeat{path == ":memory:" ? std::string{} : path};
+    seat = FileSeat{inMemory ? std::string{} : path};
 }
 
 void Database::connect(const std::string& path, int flags) {
     sqlite3* opened = nullptr;
-    const int result =
-        sqlite3_open_v2(path.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+    const int result = sqlite3_open_v2(
+        path.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, DiskLayer::name());
     connection.reset(opened);
     if (result != SQLITE_OK) {
         throwSqliteFailure(store, result, "cannot open");
@@ -141,21 +143,45 @@ void Database::run(Prepared& statement, const char* sql) {
 }
 
 void Database::begin(bool toWrite) {
-    if (toWrite) {
-        run(beginningToWrite, "BEGIN IMMEDIATE");
-    } else {
+    if (!toWrite) {
         run(beginning, "BEGIN");
+        return;
+    }
+    tellLocks(WriterLocks::HOLD);
+    try {
+        run(beginningToWrite, "BEGIN IMMEDIATE");
+    } catch (...) {
+        tellLocks(WriterLocks::RELEASE);
+        throw;
     }
 }
 
 void Database::commit() {
     run(committing, "COMMIT");
+    tellLocks(WriterLocks::RELEASE);
+}
+
+void Database::rollBack() {
+    // Some failures have rolled it back already; then there is nothing left to do.
+    if (sqlite3_get_autocommit(handle()) == 0) {
+        sqlite3_exec(handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+    tellLocks(WriterLocks::RELEASE);
+}
+
+void Database::tellLocks(int operation) {
+    // In memory there are none.
+    sqlite3_file_control(handle(), "main", operation, nullptr);
 }
 
 std::uint32_t Database::version() const {
     unsigned int version = 0;
     sqlite3_file_control(handle(), "main", SQLITE_FCNTL_DATA_VERSION, &version);
     return version;
+}
+
+FileSeat::Identity Database::identity() const {
+    return inMemory ? FileSeat::Identity{0, 1} : seat.identity();
 }
 
 void Database::checkStillThere() {

@@ -36,12 +36,17 @@ public:
     /// `begin` with `toWrite` takes the database's own lock for writers at once.
     void begin(bool toWrite);
     void commit();
+    /// Ends a transaction that was not committed. Nothing happens when there is none.
+    void rollBack();
     /// Rises with every commit of any program that this connection has seen, its own ones included.
     std::uint32_t version() const;
 
     std::int64_t lastInsertedId() const;
     /// Rows that the last statement inserted, changed or removed.
     int changes() const;
+
+    /// Of the file; a database in memory is as good as the only one of its device.
+    FileSeat::Identity identity() const;
 
     /// Throws `StoreFault::disappeared` when the path no longer leads to the file that is open.
     void checkStillThere();
@@ -80,11 +85,13 @@ private:
     using Prepared = std::unique_ptr<sqlite3_stmt, Finalizer>;
 
     void connect(const std::string& path, int flags);
+    void tellLocks(int operation);
     void configure(Sharing sharing);
     /// Runs a statement without rows that is compiled at its first use.
     void run(Prepared& statement, const char* sql);
 
     std::string store;
+    bool inMemory;
     int frames{0};
     std::unique_ptr<sqlite3, Closer> connection;
     FileSeat seat;

@@ -32,6 +32,14 @@ FileSeat& FileSeat::operator=(FileSeat&& other) noexcept {
     return *this;
 }
 
+FileSeat::Identity FileSeat::identity() const {
+    struct stat status {};
+    if (none || ::fstat(file, &status) != 0) {
+        return {};
+    }
+    return {status.st_dev, status.st_ino};
+}
+
 bool FileSeat::isUntouched() {
     if (none) {
         return true;

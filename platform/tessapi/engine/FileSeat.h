@@ -12,6 +12,12 @@ namespace tessapi {
 /// Threads: those of its owner.
 class FileSeat {
 public:
+    /// What tells a file from every other that is there or open at the same time.
+    struct Identity {
+        std::uint64_t device{0};
+        std::uint64_t inode{0}; ///< 0 for no file
+    };
+
     /// Without a file nothing ever touches it.
     FileSeat() = default;
     /// `path` exists; empty for none.
@@ -23,6 +29,7 @@ public:
     /// False when the path has to be followed to know. Unless that ends with a `doubt`, the file is then
     /// taken to be in its place.
     bool isUntouched();
+    Identity identity() const;
     void doubt() { trusted = false; }
 
 private:

@@ -54,6 +54,15 @@ void ReadCache::keep(std::uint64_t before, std::uint64_t after, std::uint64_t ch
     entries.insert_or_assign(channel, std::move(known));
 }
 
+void ReadCache::keep(std::uint64_t generation, std::span<const Change> writes) {
+    for (const auto& change : writes) {
+        const auto type = change.value.type();
+        if (change.kind == Change::Kind::value && type) { // without a value the channel has another type now
+            keep(generation, generation, change.object, {*type, change.value});
+        }
+    }
+}
+
 void ReadCache::forget() {
     MutexLock lock{mutex};
     entries.clear();

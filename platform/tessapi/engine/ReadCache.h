@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/common/Mutex.h"
+#include "platform/tessapi/engine/Change.h"
 #include "platform/tessapi/engine/TypedValue.h"
 
 #include <cstdint>
@@ -23,6 +24,10 @@ public:
     /// Keeps what was read while the generation was `before` at first and `after` at last, if they allow it.
     void keep(std::uint64_t before, std::uint64_t after, std::uint64_t channel, TypedValue known)
         VELK_EXCLUDES(mutex);
+
+    /// Keeps the values of the newest writes of some channels, in their order, which have led to
+    /// `generation`.
+    void keep(std::uint64_t generation, std::span<const Change> writes) VELK_EXCLUDES(mutex);
 
     /// A commit of this program has led from one generation to the other and has changed no type, and no
     /// values but these.

@@ -1,6 +1,7 @@
 #include "platform/tessapi/engine/SharedPage.h"
 
 #include "platform/common/GroupFile.h"
+#include "platform/tessapi/engine/CoarseClock.h"
 #include "platform/tessapi/engine/StoreError.h"
 
 #include <cerrno>
@@ -21,8 +22,13 @@ namespace {
 
 using velk::common::MutexLock;
 
-/// Differs between builds that lay the words out differently.
-const std::string MAGIC = "tess-lock-" + std::to_string(sizeof(SharedPage::Words));
+/// That the file was moved is noticed within this time.
+constexpr std::int64_t LOOK_EVERY_MS = 100;
+
+/// Differs between builds that lay the words out differently: by their size, or else by the first number,
+/// which goes up by hand.
+const std::string MAGIC = "tess-2-" + std::to_string(sizeof(SharedPage::Words));
+static_assert(sizeof(SharedPage::Words) < 100'000'000, "the name has to fit");
 
 std::string presentBoot() {
     std::ifstream file{"/proc/sys/kernel/random/boot_id"};
@@ -46,10 +52,11 @@ void initialise(SharedPage::Words& words, const std::string& boot) {
     pthread_mutex_init(&words.turn, &attributes);
     pthread_mutex_init(&words.lock, &attributes);
     pthread_mutexattr_destroy(&attributes);
-    new (&words.news) std::atomic<std::uint32_t>{0};
+    new (&words.commits) std::atomic<std::uint32_t>{0};
     new (&words.waiting) std::atomic<std::uint32_t>{0};
     new (&words.breaks) std::atomic<std::uint32_t>{0};
     new (&words.generation) std::atomic<std::uint64_t>{firstGeneration()};
+    new (&words.news) NewsRing::Words{};
     boot.copy(words.bootId, sizeof words.bootId - 1);
     // Last: a program that was killed before this line leaves a page that the next one makes anew.
     std::atomic_thread_fence(std::memory_order_release);
@@ -77,6 +84,15 @@ struct flock markOf(pid_t process, short kind) {
 bool isDeleted(int file) {
     struct stat status {};
     return ::fstat(file, &status) == 0 && status.st_nlink == 0;
+}
+
+/// Whether the path leads to that file; so too when nobody can tell.
+bool leadsTo(const std::string& path, const struct stat& file) {
+    struct stat present {};
+    if (::stat(path.c_str(), &present) != 0) {
+        return errno != ENOENT;
+    }
+    return present.st_dev == file.st_dev && present.st_ino == file.st_ino;
 }
 
 /// Releases the `flock` at the end of a scope: the file stays open.
@@ -117,14 +133,31 @@ SharedPage::Opened::~Opened() {
 }
 
 bool SharedPage::follow() {
-    if (path.empty() || !isDeleted(current)) {
+    if (path.empty()) {
         return false;
     }
     MutexLock lock{mutex};
-    if (isDeleted(current)) {
-        open();
+    if (isInPlace()) {
+        return false;
     }
+    open();
+    // What was committed under the page that is left is news to those who have this one.
+    words().generation.fetch_add(2);
     return true;
+}
+
+bool SharedPage::isInPlace() {
+    // A name less is told by the file itself, ten times faster than by its path.
+    struct stat status {};
+    if (::fstat(current, &status) != 0) {
+        return true;
+    }
+    const auto now = coarseNowMs();
+    if (status.st_nlink == 0 || now - followedMs < LOOK_EVERY_MS) {
+        return status.st_nlink != 0;
+    }
+    followedMs = now;
+    return leadsTo(path, status);
 }
 
 bool SharedPage::isOpenIn(pid_t process) {

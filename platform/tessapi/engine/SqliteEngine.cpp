@@ -51,6 +51,7 @@ SqliteEngine::SqliteEngine(const StoreUrl& url, std::unique_ptr<SharedPage> word
     writers{std::make_unique<InterprocessLock>(*page, store, options.longestWait)},
     reads{*writers},
     bell{*page},
+    ring{*page, options.changesKept},
     catalogue{url.inMemory() ? Catalogue::builtin() : Catalogue::forStore(url.place())} {}
 
 SqliteEngine::~SqliteEngine() = default;
@@ -64,11 +65,13 @@ std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create,
     std::shared_ptr<SqliteEngine> engine{new SqliteEngine{url, std::move(words), options}};
     engine->use = std::move(use);
     if (kept && (alone || !WorkingFile::isFilledFrom(file, engine->store, kept->identity))) {
-        WorkingFile::prepare(file, path, engine->store, *engine->writers, options.longestWait);
+        WorkingFile::prepare(file, path, engine->store, *engine->writers, alone, options.longestWait);
     }
     engine->use->awaitShared(options.longestWait); // others may come from here on
     engine->connect(file, create, kept.has_value(), options);
-    engine->checkSound();
+    if (!kept || !alone) {
+        engine->checkSound(); // otherwise that was done while it was prepared
+    }
     std::unique_ptr<IKeeping> keeping;
     if (kept) {
         engine->copyFile = path;
@@ -96,6 +99,8 @@ void SqliteEngine::connect(const std::string& path, bool create, bool working, c
         } else {
             StoreFile::prepare(writer->database, create);
         }
+        ring.belongTo(writer->database.identity());
+        ring.begin(writer->model.changes.head());
     }
     secondConnection = std::make_unique<Connection>(path, store, catalogue, options);
     reader = secondConnection.get();
@@ -111,6 +116,7 @@ std::shared_ptr<Engine> SqliteEngine::openMemory(const StoreUrl& url, bool creat
         engine->reader = engine->writer.get();
         MutexLock lock{engine->writer->mutex};
         Schema::create(engine->writer->database);
+        engine->ring.belongTo(engine->writer->database.identity());
         return engine;
     });
 }
@@ -130,6 +136,7 @@ void SqliteEngine::commit(Work& work, Follow& follow) {
     checkStillThere(writer->database);
     Transaction transaction{writer->database, Transaction::Kind::write};
     writer->model.cache.begin(writer->database.version());
+    writer->model.changes.forgetFresh();
     work(writer->model);
     std::uint64_t before = 0;
     std::uint64_t after = 0;
@@ -139,6 +146,7 @@ void SqliteEngine::commit(Work& work, Follow& follow) {
         before = change.before;
         after = change.after();
     }
+    ring.publish(writer->model.changes.fresh(), after);
     writer->model.cache.commit(writer->database.version());
     follow(before, after);
 }
@@ -407,21 +415,31 @@ Engine::Start SqliteEngine::startOf(const std::vector<std::uint64_t>& channels) 
 }
 
 Engine::News SqliteEngine::newsAfter(std::int64_t seq) {
-    auto news = read([seq](Model& model) {
-        News found{model.changes.after(seq, NEWS_AT_A_TIME), seq, false};
-        if (found.changes.empty()) {
-            return found;
-        }
-        found.upTo = found.changes.back().seq;
-        found.more = found.changes.size() == static_cast<std::size_t>(NEWS_AT_A_TIME);
-        if (found.changes.front().seq != seq + 1) {
-            found = {model.changes.summaryAfter(seq), model.changes.head(), true, false};
-        }
-        return found;
-    });
+    checkNotForked();
+    const auto before = generation();
+    auto found = ring.after(seq, NEWS_AT_A_TIME);
+    const bool nothing = found && found->changes.empty();
+    auto news = !found || (nothing && ring.isLookDue(seq)) ? newsFromLog(seq)
+                                                           : newsFromRing(std::move(*found), before);
     if (keeper && !news.changes.empty()) {
         // Their writer may have been killed before it has synced them.
         keeper->noteCommit(0);
+    }
+    return news;
+}
+
+Engine::News SqliteEngine::newsFromRing(NewsRing::Found found, std::uint64_t before) {
+    if (!found.more && found.generation == before && generation() == before) {
+        // Of the newest commit, whose changes are all here, nothing was overwritten.
+        known.keep(before, found.newestCommit());
+    }
+    return {std::move(found.changes), found.upTo, false, found.more};
+}
+
+Engine::News SqliteEngine::newsFromLog(std::int64_t seq) {
+    auto news = read([seq](Model& model) { return model.changes.newsAfter(seq, NEWS_AT_A_TIME); });
+    if (!news.more) {
+        ring.noteLook(news.upTo);
     }
     return news;
 }

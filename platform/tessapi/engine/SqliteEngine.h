@@ -6,6 +6,7 @@
 #include "platform/tessapi/engine/FileLock.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
 #include "platform/tessapi/engine/Keeper.h"
+#include "platform/tessapi/engine/NewsRing.h"
 #include "platform/tessapi/engine/ReadCache.h"
 #include "platform/tessapi/engine/SharedPage.h"
 #include "platform/tessapi/engine/StoreUrl.h"
@@ -106,6 +107,10 @@ private:
     /// Runs several queries of the model on one state of the store.
     template <class Work>
     auto read(Work work);
+    /// From the change log of the database.
+    News newsFromLog(std::int64_t seq);
+    /// The generation was `before` when `found` was taken.
+    News newsFromRing(NewsRing::Found found, std::uint64_t before);
     std::uint64_t generation() const { return page->words().generation.load(); }
 
     const std::string store;
@@ -117,6 +122,7 @@ private:
     std::unique_ptr<InterprocessLock> writers;
     BreakableReads reads;
     Wakeup bell;
+    NewsRing ring;
     ReadCache known;
     Catalogue catalogue;
     std::unique_ptr<Connection> writer;

@@ -1,7 +1,5 @@
 #include "platform/tessapi/engine/Transaction.h"
 
-#include <sqlite3.h>
-
 namespace tessapi {
 
 Transaction::Transaction(Database& owner, Kind kind) : database{owner} {
@@ -9,9 +7,8 @@ Transaction::Transaction(Database& owner, Kind kind) : database{owner} {
 }
 
 Transaction::~Transaction() {
-    // Some failures have rolled it back already; then there is nothing left to do.
-    if (open && sqlite3_get_autocommit(database.handle()) == 0) {
-        sqlite3_exec(database.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    if (open) {
+        database.rollBack();
     }
 }
 

@@ -20,21 +20,21 @@ void futex(std::atomic<std::uint32_t>& word, int operation, std::uint32_t value,
 
 void Wakeup::signal() {
     auto& words = page.words();
-    words.news.fetch_add(1);
+    words.commits.fetch_add(1);
     if (words.waiting.exchange(0) != 0) {
-        futex(words.news, FUTEX_WAKE, INT_MAX, nullptr);
+        futex(words.commits, FUTEX_WAKE, INT_MAX, nullptr);
     }
 }
 
 Wakeup::Ticket Wakeup::ticket() const {
-    return page.words().news.load();
+    return page.words().commits.load();
 }
 
 void Wakeup::wait(Ticket taken, std::chrono::milliseconds longest) {
     auto& words = page.words();
     words.waiting.store(1);
     const timespec timeout{longest.count() / 1000, (longest.count() % 1000) * 1'000'000};
-    futex(words.news, FUTEX_WAIT, taken, &timeout);
+    futex(words.commits, FUTEX_WAIT, taken, &timeout);
 }
 
 } // namespace tessapi
