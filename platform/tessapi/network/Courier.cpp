@@ -45,7 +45,11 @@ bool isOutage(const std::runtime_error& failure) {
 } // namespace
 
 Courier::Courier(RedisLink& server, ValueSender& values, ChannelMemory& known) :
-    link{server}, sender{values}, channels{known}, clock{velk::common::Clock::system()} {
+    link{server},
+    sender{values},
+    channels{known},
+    clock{velk::common::Clock::system()},
+    sent{[this](std::uint64_t channel) { return channels.isInOrder(channel); }} {
     link.onGreeting([this](std::uint64_t done) { sendAgainAfter(done); });
 }
 

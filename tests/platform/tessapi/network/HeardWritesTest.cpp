@@ -1,17 +1,14 @@
 #include "platform/tessapi/network/HeardWrites.h"
 
 #include "platform/tessapi/network/NewsFeed.h"
-#include "platform/tessapi/network/SentWrites.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <vector>
 
 namespace tessapi::network {
 namespace {
 
-using namespace std::chrono_literals;
 using qz::CValue;
 
 constexpr std::uint64_t WRITER = 7;
@@ -99,40 +96,6 @@ TEST(HeardWritesTest, WritersThatWroteLongAgoAreForgotten) {
     EXPECT_EQ(heard.size(), HeardWrites::MOST);
     EXPECT_TRUE(heard.isRepeat({2, 1}, BASE));
     EXPECT_FALSE(heard.isRepeat({1, 1}, BASE + 1));
-}
-
-Outbox::Batch batch(std::uint64_t number, std::size_t writes = 1) {
-    return {number, false, std::vector<Change>(writes, Change{0, Change::Kind::value, 1, CValue{true}, 0})};
-}
-
-TEST(SentWritesTest, GivesThoseThatTheServerDoesNotKnowInOrderAndOnce) {
-    SentWrites sent;
-    for (std::uint64_t number = 1; number <= 4; ++number) {
-        sent.add(batch(number), 1s);
-    }
-    const auto missing = sent.takeAfter(2);
-    ASSERT_EQ(missing.size(), 2U);
-    EXPECT_EQ(missing[0].number, 3U);
-    EXPECT_EQ(missing[1].number, 4U);
-    EXPECT_TRUE(sent.takeAfter(2).empty());
-    EXPECT_EQ(sent.size(), 2U);
-}
-
-TEST(SentWritesTest, ForgetsWhatIsOlderThanAMinute) {
-    SentWrites sent;
-    sent.add(batch(1), 0s);
-    sent.add(batch(2), 30s);
-    sent.add(batch(3), 61s);
-    EXPECT_EQ(sent.takeAfter(0).size(), 2U);
-}
-
-TEST(SentWritesTest, ForgetsTheOldestOfTooMany) {
-    SentWrites sent;
-    sent.add(batch(1, SentWrites::MOST - 1), 0s);
-    sent.add(batch(2), 0s);
-    EXPECT_EQ(sent.size(), SentWrites::MOST);
-    sent.add(batch(3), 0s);
-    EXPECT_EQ(sent.size(), 2U);
 }
 
 std::vector<NewsItem> numbered(std::int64_t first, std::int64_t last) {
