@@ -3,6 +3,7 @@
 #include "platform/common/BootId.h"
 #include "platform/common/Clock.h"
 #include "platform/common/GroupFile.h"
+#include "platform/tessapi/engine/CorruptFile.h"
 #include "platform/tessapi/engine/KeptSchema.h"
 #include "platform/tessapi/engine/Schema.h"
 #include "platform/tessapi/engine/Statement.h"
@@ -68,6 +69,41 @@ std::optional<FilledRecord> recordOf(const std::string& file, const std::string&
     return run.next() ? std::optional{FilledRecord{run.integer(0), run.integer(1)}} : std::nullopt;
 }
 
+/// Whether what the file holds contradicts itself; one that is not filled holds nothing.
+bool isCorrupt(const std::string& file, const std::string& store) {
+    if (StoreFile::applicationId(file, store) != Schema::WORKING_ID) {
+        return false;
+    }
+    try {
+        Database working{file, store};
+        Schema::checkSound(working);
+        return false;
+    } catch (const boost::system::system_error& failure) {
+        if (CorruptFile::isBehind(failure.code())) {
+            return true;
+        }
+        throw;
+    }
+}
+
+void removeFormerlySetAside(const std::string& file) {
+    const auto start = fs::path{file}.filename().string() + ".corrupt-";
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator{fs::path{file}.parent_path(), error}) {
+        if (entry.path().filename().string().rfind(start, 0) == 0) {
+            fs::remove(entry.path(), error);
+        }
+    }
+}
+
+void setAside(const std::string& file, const std::string& kept, const std::string& store) {
+    removeFormerlySetAside(file);
+    const auto name = CorruptFile::move(file, store);
+    std::cerr << "WARNING - store " + store + ": the file in memory was corrupt and is now " + name +
+                     "; it is filled from " + kept + ", as that was copied last\n"
+              << std::flush;
+}
+
 } // namespace
 
 std::string WorkingFile::pathIn(const std::string& folder, const std::string& kept) {
@@ -102,20 +138,24 @@ bool WorkingFile::belongsTo(const std::string& file, const std::string& store,
 }
 
 void WorkingFile::prepare(const std::string& file, const std::string& kept, const std::string& store,
-                          InterprocessLock& writers, std::chrono::milliseconds longestWait) {
+                          InterprocessLock& writers, bool alone, std::chrono::milliseconds longestWait) {
     FileLock keeper{kept + "-keeper", store};
     keeper.awaitAlone(longestWait); // while it is filled nothing may be copied
     KeptStore copy{kept, store};
     InterprocessHold hold{writers};
-    if (belongsTo(file, store, copy.record())) {
+    const bool corrupt = alone && isCorrupt(file, store);
+    if (!corrupt && belongsTo(file, store, copy.record())) {
         return;
     }
-    if (recordOf(file, store)) {
+    if (!corrupt && recordOf(file, store)) {
         std::cerr << "WARNING - store " + store + ": " + kept + " was replaced by another one; what was in " +
                          file + " is dropped\n"
                   << std::flush;
     }
     Schema::checkSound(copy.connection());
+    if (corrupt) {
+        setAside(file, kept, store);
+    }
     fill(file, copy);
 }
 

@@ -19,8 +19,12 @@ std::string pathIn(const std::string& folder, const std::string& kept);
 std::string place(const std::string& folder, const std::string& kept, const std::string& store);
 
 /// Fills `file` from `kept` unless it is of it already. The caller does not hold `writers`.
+///
+/// With `alone`, when no other program has the store open, a corrupt file is set aside first, which is told
+/// in one line on the standard error, and `file` is sound at return. One such file is kept, the newest: it
+/// takes room in memory. Nothing happens to it when `kept` is not whole.
 void prepare(const std::string& file, const std::string& kept, const std::string& store,
-             InterprocessLock& writers, std::chrono::milliseconds longestWait);
+             InterprocessLock& writers, bool alone, std::chrono::milliseconds longestWait);
 
 /// Whether `file` was filled from the kept copy of this identity.
 bool isFilledFrom(const std::string& file, const std::string& store, std::int64_t identity);

@@ -17,7 +17,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// Somebody deletes the file with the lock of the writers.
+/// Somebody deletes or moves the file with the lock of the writers.
 class DeletedLockTest : public ::testing::Test {
 protected:
     std::string file() const { return (folder / "tess.db").string(); }
@@ -55,6 +55,37 @@ TEST_F(DeletedLockTest, WhoTakesTheLockAfterThatTakesTheOneThatOthersTakeToo) {
         EXPECT_FALSE(isFree()) << "two writers at once";
     }
     EXPECT_TRUE(isFree());
+}
+
+TEST_F(DeletedLockTest, WhoTakesTheLockLaterThanItWasMovedTakesTheOneThatOthersTakeToo) {
+    SharedPage early{page(), "store"};
+    InterprocessLock lock{early, "store", milliseconds{1000}};
+    { const InterprocessHold hold{lock}; }
+    std::filesystem::rename(page(), folder / "moved");
+    EXPECT_TRUE(isFree());
+    std::this_thread::sleep_for(milliseconds{120}); // the path is followed ten times a second
+    {
+        const InterprocessHold hold{lock};
+        EXPECT_FALSE(isFree()) << "two writers at once";
+    }
+    EXPECT_TRUE(isFree());
+    EXPECT_TRUE(std::filesystem::exists(page()));
+}
+
+TEST_F(DeletedLockTest, ProgramsGoOnWorkingOnOneStoreWhenItsLockWasMoved) {
+    const auto early = open();
+    const auto channel = early->emplaceChannel(1, "PowerDistribution.Measure.Voltage");
+    std::filesystem::rename(page(), folder / "moved");
+    const auto late = open();
+    early->setValue(channel, qz::CValue{1.0F}); // maybe under the lock that was moved
+    EXPECT_EQ(late->valueOf(channel), qz::CValue{1.0F});
+    std::this_thread::sleep_for(milliseconds{120});
+    for (int round = 2; round < 20; ++round) {
+        const auto& store = round % 2 == 0 ? early : late;
+        const auto& other = round % 2 == 0 ? late : early;
+        store->setValue(channel, qz::CValue{static_cast<float>(round)});
+        EXPECT_EQ(other->valueOf(channel), qz::CValue{static_cast<float>(round)});
+    }
 }
 
 TEST_F(DeletedLockTest, ProgramsGoOnWorkingOnOneStore) {
