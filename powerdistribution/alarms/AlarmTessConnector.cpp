@@ -6,7 +6,6 @@
 #include "powerdistribution/core/PowerDistributionError.h"
 
 #include <exception>
-#include <utility>
 
 namespace velk::powerdistribution::connectors {
 
@@ -21,9 +20,9 @@ Value valueOf(tessapi::LevelAlarm level) {
 
 } // namespace
 
-AlarmTessConnector::AlarmTessConnector(tessapi::ITessAccessor& storeAccessor, const velk::common::Uuid& uuid,
-                                       StoreTrafficPtr sharedTraffic) :
-    accessor{storeAccessor}, deviceUuid{uuid}, traffic{std::move(sharedTraffic)} {}
+AlarmTessConnector::AlarmTessConnector(tessapi::ITessAccessor& storeAccessor,
+                                       const velk::common::Uuid& uuid) :
+    accessor{storeAccessor}, deviceUuid{uuid} {}
 
 AlarmTessConnector::~AlarmTessConnector() {
     guard.close();
@@ -74,7 +73,6 @@ void AlarmTessConnector::unsubscribe(const HandlerData&, IConnectorListener* lis
 }
 
 void AlarmTessConnector::load(HandlerData& data) const {
-    traffic->writes.settleDevice(deviceId); // a value that waits may raise one
     const auto alarm = accessor.alarmsAccessor().getMostCritical(deviceId);
     if (alarm != nullptr && alarm->present) {
         data.value = valueOf(alarm->level);

@@ -7,7 +7,6 @@
 #include "platform/tessapi/ITessAccessor.h"
 #include "powerdistribution/connectors/CallbackGuard.h"
 #include "powerdistribution/connectors/ITessConnector.h"
-#include "powerdistribution/connectors/StoreTraffic.h"
 
 #include <atomic>
 #include <cstdint>
@@ -21,9 +20,8 @@ namespace velk::powerdistribution::connectors {
 /// call.
 class AlarmTessConnector final : public ITessConnector {
 public:
-    /// `accessor` outlives this object. Without the traffic of a container the connector gets its own.
-    AlarmTessConnector(tessapi::ITessAccessor& accessor, const velk::common::Uuid& deviceUuid,
-                       StoreTrafficPtr sharedTraffic = std::make_shared<StoreTraffic>());
+    /// `accessor` outlives this object.
+    AlarmTessConnector(tessapi::ITessAccessor& accessor, const velk::common::Uuid& deviceUuid);
     ~AlarmTessConnector() override;
     AlarmTessConnector(const AlarmTessConnector&) = delete;
     AlarmTessConnector& operator=(const AlarmTessConnector&) = delete;
@@ -54,7 +52,6 @@ private:
 
     tessapi::ITessAccessor& accessor;
     const velk::common::Uuid deviceUuid;
-    const StoreTrafficPtr traffic;
     std::atomic<std::uint64_t> deviceId{tessapi::ITessAccessor::UNKNOWN_ID};
     velk::common::Mutex lock;
     std::set<IConnectorListener*> listeners VELK_GUARDED_BY(lock);

@@ -69,6 +69,7 @@ BaseChannelTessConnector::~BaseChannelTessConnector() {
 
 void BaseChannelTessConnector::expect(const HandlerData& data) {
     traffic->expected.expect(self(), nameOf(data));
+    getChannel(data).isExpected = true;
 }
 
 void BaseChannelTessConnector::init() {}
@@ -117,9 +118,7 @@ void BaseChannelTessConnector::unsubscribe(const HandlerData& data, IConnectorLi
 }
 
 void BaseChannelTessConnector::load(HandlerData& data) const {
-    ChannelInfo& info = getChannelOrEmplace(data);
-    info.isLoaded = true;
-    load(info, data);
+    load(getChannelOrEmplace(data), data);
 }
 
 void BaseChannelTessConnector::load(const ChannelInfo& info, HandlerData& data) const {
@@ -152,7 +151,7 @@ void BaseChannelTessConnector::store(const HandlerData& data) {
         failUnexpectedType(data, info.type);
     }
     if (mayWait(info)) {
-        traffic->writes.add(deviceId, id, value);
+        traffic->writes.add(id, value);
         return;
     }
     traffic->writes.settle(id);
@@ -160,7 +159,7 @@ void BaseChannelTessConnector::store(const HandlerData& data) {
 }
 
 bool BaseChannelTessConnector::mayWait(const ChannelInfo& info) const {
-    return traffic->writes.isOpenHere() && info.listener == nullptr && info.isLoaded;
+    return traffic->writes.isOpenHere() && info.listener == nullptr && info.isExpected;
 }
 
 TessResources BaseChannelTessConnector::getResourcesInUse() const {

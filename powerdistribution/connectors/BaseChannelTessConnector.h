@@ -39,8 +39,8 @@ public:
         std::atomic<qz::datatype> type{qz::datatype::unknown};
         /// Null when nobody listens; written under the subscription lock.
         std::atomic<IConnectorListener*> listener{nullptr};
-        /// Whoever stores it loads it first, and so finds out what the store holds.
-        std::atomic<bool> isLoaded{false};
+        /// Whether it was told by `expect`.
+        std::atomic<bool> isExpected{false};
     };
 
     /// `size` is the number of members of the family. `accessor` outlives this object. Without the

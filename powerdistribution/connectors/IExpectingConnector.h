@@ -14,7 +14,9 @@ class VELK_EXPORT IExpectingConnector {
 public:
     virtual ~IExpectingConnector();
 
-    /// Called by whoever makes a handler, before it does: its data point will be used. Threads: any.
+    /// Called by whoever makes a handler, before it does: its data point will be used, and whenever the
+    /// handler is initialised it loads or stores it, so that a value that got lost on its way to the store is
+    /// not taken for stored for good. Threads: any.
     virtual void expect(const handlers::HandlerData& data) = 0;
 };
 

@@ -34,7 +34,7 @@ ConnectorPtr TessConnectorFactory::buildConnector(const Uuid& parentUuid) const 
 }
 
 ConnectorPtr TessConnectorFactory::buildAlarmConnector(const Uuid& uuid) const {
-    return connectors->add(std::make_shared<AlarmTessConnector>(accessor, uuid, connectors->traffic()));
+    return connectors->add(std::make_shared<AlarmTessConnector>(accessor, uuid));
 }
 
 ConnectorPtr TessConnectorFactory::buildAttributeConnector(const Uuid& uuid) const {

@@ -48,12 +48,9 @@ std::exception_ptr WriteGroup::close() {
     return std::exchange(failure, nullptr);
 }
 
-void WriteGroup::add(std::uint64_t device, std::uint64_t channel, const qz::CValue& value) {
+void WriteGroup::add(std::uint64_t channel, const qz::CValue& value) {
     MutexLock held{lock};
     waiting.emplace_back(channel, value);
-    if (devices.empty() || devices.back() != device) {
-        devices.push_back(device);
-    }
     if (waiting.size() >= LARGEST_GROUP) {
         writeAll();
     }
@@ -67,17 +64,6 @@ void WriteGroup::settle(std::uint64_t channel) {
     MutexLock held{lock};
     if (std::any_of(waiting.begin(), waiting.end(),
                     [channel](const auto& write) { return write.first == channel; })) {
-        writeAll();
-    }
-    tellFailure();
-}
-
-void WriteGroup::settleDevice(std::uint64_t device) {
-    if (!isOpen()) {
-        return;
-    }
-    MutexLock held{lock};
-    if (std::find(devices.begin(), devices.end(), device) != devices.end()) {
         writeAll();
     }
     tellFailure();
@@ -99,7 +85,6 @@ void WriteGroup::writeAll() {
         writeEach();
     }
     waiting.clear();
-    devices.clear();
 }
 
 void WriteGroup::writeEach() {

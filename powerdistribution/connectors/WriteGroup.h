@@ -36,13 +36,12 @@ public:
     bool isOpenHere() const { return owner.load() == std::this_thread::get_id(); }
 
     /// A value that may wait. Only while it is open here.
-    void add(std::uint64_t device, std::uint64_t channel, const qz::CValue& value) VELK_EXCLUDES(lock);
+    void add(std::uint64_t channel, const qz::CValue& value) VELK_EXCLUDES(lock);
 
-    /// Writes all that waits, if a value of that channel, or of a channel of that device, is among it. To be
-    /// called before something is done in the store that must not come before. Throws the first failure, but
-    /// only on the thread whose values these are; on another one it is kept for that one.
+    /// Writes all that waits, if a value of that channel is among it. To be called before anything else is
+    /// done to the channel in the store. Throws the first failure, but only on the thread whose values these
+    /// are; on another one it is kept for that one.
     void settle(std::uint64_t channel) VELK_EXCLUDES(lock);
-    void settleDevice(std::uint64_t device) VELK_EXCLUDES(lock);
 
 private:
     bool isOpen() const { return owner.load() != std::thread::id{}; }
@@ -55,8 +54,7 @@ private:
     velk::common::Mutex lock;
     tessapi::InBandAccessor* target VELK_GUARDED_BY(lock){nullptr}; ///< null while it is closed
     std::vector<std::pair<std::uint64_t, qz::CValue>> waiting VELK_GUARDED_BY(lock);
-    std::vector<std::uint64_t> devices VELK_GUARDED_BY(lock); ///< of those
-    std::exception_ptr failure VELK_GUARDED_BY(lock);         ///< the first one, until it was thrown
+    std::exception_ptr failure VELK_GUARDED_BY(lock); ///< the first one, until it was thrown
 };
 
 } // namespace velk::powerdistribution::connectors

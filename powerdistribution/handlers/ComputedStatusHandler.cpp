@@ -1,7 +1,6 @@
 #include "powerdistribution/handlers/ComputedStatusHandler.h"
 
 #include "powerdistribution/handlers/Rollback.h"
-#include "powerdistribution/handlers/expectPoint.h"
 
 namespace velk::powerdistribution::handlers {
 
@@ -9,9 +8,7 @@ ComputedStatusHandler::ComputedStatusHandler(const EPath& path, const velk::comm
                                              const Factories& factories) :
     BaseHandler{path + EStatus::OperatingStatus},
     connector{factories.connectorFactory.buildStatusConnector(uuid)},
-    data{epath(), Value{}, {}} {
-    expectPoint(*connector, epath());
-}
+    data{epath(), Value{}, {}} {}
 
 ComputedStatusHandler::~ComputedStatusHandler() = default;
 

@@ -1,7 +1,5 @@
 #include "powerdistribution/handlers/makeStatusHandler.h"
 
-#include "powerdistribution/handlers/expectPoint.h"
-
 #include <utility>
 
 namespace velk::powerdistribution::handlers {
@@ -13,7 +11,6 @@ std::shared_ptr<ROValueHandler> makeStatusHandler(const EPath& path, const velk:
     if (wrapper == nullptr) {
         return nullptr;
     }
-    expectPoint(*connector, path);
     return std::make_shared<ROValueHandler>(path, std::move(wrapper), std::move(connector));
 }
 

@@ -203,10 +203,10 @@ TEST_F(GroupingTest, ATreeForAnotherDeviceMakesNothingOfTheFormerOne) {
 }
 
 TEST_F(GroupingTest, FirstValuesReachTheStoreInOneCall) {
+    expectPoints(statuses, {{EStatus::Mode}});
+    expectPoints(measures, {{EMeasurement::Voltage}});
     inGroups([this] {
-        load(statuses, {EStatus::Mode});
         store(statuses, {EStatus::Mode}, "a");
-        load(measures, {EMeasurement::Voltage});
         store(measures, {EMeasurement::Voltage}, "b");
         EXPECT_TRUE(fake->calls("setChannel").empty());
     });
@@ -214,12 +214,13 @@ TEST_F(GroupingTest, FirstValuesReachTheStoreInOneCall) {
 }
 
 TEST_F(GroupingTest, AfterwardsEachValueIsWrittenAtOnce) {
-    inGroups([this] { load(statuses, {EStatus::Mode}); });
+    expectPoints(statuses, {{EStatus::Mode}});
+    inGroups([] {});
     store(statuses, {EStatus::Mode}, "a");
     EXPECT_EQ(Calls{"setChannelCValue(1000, a)"}, fake->calls("setChannel"));
 }
 
-TEST_F(GroupingTest, AValueWhoseWriterDoesNotLoadItIsWrittenAtOnce) {
+TEST_F(GroupingTest, AValueThatWasNotExpectedIsWrittenAtOnce) {
     inGroups([this] {
         store(statuses, {EStatus::Mode}, "a");
         EXPECT_EQ(Calls{"setChannelCValue(1000, a)"}, fake->calls("setChannel"));
@@ -227,20 +228,20 @@ TEST_F(GroupingTest, AValueWhoseWriterDoesNotLoadItIsWrittenAtOnce) {
 }
 
 TEST_F(GroupingTest, AValueThatSomebodyListensToIsWrittenAtOnce) {
+    expectPoints(statuses, {{EStatus::Mode}});
+    expectPoints(settings, {{ESetting::Temperature}});
     settings->subscribe({{ESetting::Temperature}, {}, {}}, &listener, {false, false});
     inGroups([this] {
-        load(statuses, {EStatus::Mode});
         store(statuses, {EStatus::Mode}, "a");
-        load(settings, {ESetting::Temperature});
         store(settings, {ESetting::Temperature}, "b");
         EXPECT_EQ(Calls{"setChannelCValue(1000, b)"}, fake->calls("setChannel"));
     });
 }
 
 TEST_F(GroupingTest, ASecondWriterOfAChannelComesBehindTheValueThatWaits) {
+    expectPoints(statuses, {{EStatus::Mode}});
     const auto second = factory().buildStatusConnector(strip);
     inGroups([&] {
-        load(statuses, {EStatus::Mode});
         store(statuses, {EStatus::Mode}, "a");
         store(second, {EStatus::Mode}, "b");
     });
@@ -248,8 +249,8 @@ TEST_F(GroupingTest, ASecondWriterOfAChannelComesBehindTheValueThatWaits) {
 }
 
 TEST_F(GroupingTest, AWriterOnAnotherThreadDoesNotWaitAndComesBehindTheValueThatDoes) {
+    expectPoints(statuses, {{EStatus::Mode}});
     inGroups([&] {
-        load(statuses, {EStatus::Mode});
         store(statuses, {EStatus::Mode}, "a");
         std::thread{[this] { store(statuses, {EStatus::Mode}, "b"); }}.join();
     });
@@ -257,9 +258,9 @@ TEST_F(GroupingTest, AWriterOnAnotherThreadDoesNotWaitAndComesBehindTheValueThat
 }
 
 TEST_F(GroupingTest, WhoLoadsAValueThatWaitsGetsIt) {
+    expectPoints(statuses, {{EStatus::Mode}});
     const auto second = factory().buildStatusConnector(strip);
     inGroups([&] {
-        load(statuses, {EStatus::Mode});
         store(statuses, {EStatus::Mode}, "a");
         HandlerData data{{EStatus::Mode}, {}, {}};
         second->load(data);
@@ -268,9 +269,9 @@ TEST_F(GroupingTest, WhoLoadsAValueThatWaitsGetsIt) {
 }
 
 TEST_F(GroupingTest, NewTriggersComeBehindTheValueThatWaits) {
+    expectPoints(statuses, {{EStatus::Mode}});
     HandlerData data{{EStatus::Mode}, std::string{"a"}, {}};
     inGroups([&] {
-        load(statuses, {EStatus::Mode});
         statuses->store(data);
         data.dataConfig.alarmConfig = AlarmConfig{};
         data.dataConfig.alarmConfigChanged = true;
@@ -281,24 +282,9 @@ TEST_F(GroupingTest, NewTriggersComeBehindTheValueThatWaits) {
               fake->calls("setChannel"));
 }
 
-TEST_F(GroupingTest, TheAlarmLevelIsAskedForBehindTheValuesOfTheDeviceThatWait) {
-    const auto alarms = factory().buildAlarmConnector(strip);
-    const auto others = factory().buildAlarmConnector(other);
-    alarms->init();
-    others->init();
-    inGroups([&] {
-        load(statuses, {EStatus::Mode});
-        store(statuses, {EStatus::Mode}, "a");
-        load(others, {EStatus::HealthState});
-        EXPECT_TRUE(fake->calls("setChannel").empty());
-        load(alarms, {EStatus::HealthState});
-        EXPECT_EQ(Calls{"setChannelCValues(1000=a)"}, fake->calls("setChannel"));
-    });
-}
-
 TEST_F(GroupingTest, TerminatingLosesNoValueThatWaits) {
+    expectPoints(statuses, {{EStatus::Mode}});
     inGroups([this] {
-        load(statuses, {EStatus::Mode});
         store(statuses, {EStatus::Mode}, "a");
         statuses->terminate();
     });
@@ -306,12 +292,8 @@ TEST_F(GroupingTest, TerminatingLosesNoValueThatWaits) {
 }
 
 TEST_F(GroupingTest, AValueThatFailsIsToldAtTheEndAndWrittenByTheNextTry) {
-    const auto bringUp = [this] {
-        inGroups([this] {
-            load(statuses, {EStatus::Mode});
-            store(statuses, {EStatus::Mode}, "a");
-        });
-    };
+    expectPoints(statuses, {{EStatus::Mode}});
+    const auto bringUp = [this] { inGroups([this] { store(statuses, {EStatus::Mode}, "a"); }); };
     fake->faults().failOn("setChannelCValues");
     fake->faults().failOn("setChannelCValue");
     EXPECT_THROW(bringUp(), boost::system::system_error);

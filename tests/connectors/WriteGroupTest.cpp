@@ -26,9 +26,9 @@ protected:
     }
 
     void addTexts() {
-        group.add(20, 1000, qz::CValue{std::string{"one"}});
-        group.add(20, 1001, qz::CValue{std::string{"two"}});
-        group.add(20, 1002, qz::CValue{std::string{"three"}});
+        group.add(1000, qz::CValue{std::string{"one"}});
+        group.add(1001, qz::CValue{std::string{"two"}});
+        group.add(1002, qz::CValue{std::string{"three"}});
     }
 
     std::string textOf(const std::string& name) const {
@@ -57,9 +57,9 @@ TEST_F(WriteGroupTest, WithoutAnythingToWriteTheStoreIsNotCalled) {
 TEST_F(WriteGroupTest, AValueThatFailsInTheMiddleTakesNoOtherAlong) {
     const auto run = [this] {
         group.run(inBand, [this] {
-            group.add(20, 1000, qz::CValue{std::string{"one"}});
-            group.add(20, 1001, qz::CValue{2.0f});
-            group.add(20, 1002, qz::CValue{std::string{"three"}});
+            group.add(1000, qz::CValue{std::string{"one"}});
+            group.add(1001, qz::CValue{2.0f});
+            group.add(1002, qz::CValue{std::string{"three"}});
         });
     };
     EXPECT_THROW(run(), std::invalid_argument);
@@ -71,8 +71,8 @@ TEST_F(WriteGroupTest, AValueThatFailsInTheMiddleTakesNoOtherAlong) {
 TEST_F(WriteGroupTest, OfSeveralFailuresTheFirstIsTold) {
     try {
         group.run(inBand, [this] {
-            group.add(20, 999, qz::CValue{std::string{"gone"}});
-            group.add(20, 1001, qz::CValue{2.0f});
+            group.add(999, qz::CValue{std::string{"gone"}});
+            group.add(1001, qz::CValue{2.0f});
         });
         FAIL() << "written";
     } catch (const std::runtime_error& error) {
@@ -92,7 +92,7 @@ TEST_F(WriteGroupTest, AFailureIsForgottenOnceItWasThrown) {
     store.faults().failOn("setChannelCValue");
     EXPECT_THROW(group.run(inBand, [this] { addTexts(); }), boost::system::system_error);
     store.faults().recover();
-    EXPECT_NO_THROW(group.run(inBand, [this] { group.add(20, 1001, qz::CValue{std::string{"again"}}); }));
+    EXPECT_NO_THROW(group.run(inBand, [this] { group.add(1001, qz::CValue{std::string{"again"}}); }));
     EXPECT_EQ("nothing", textOf("a")) << "what failed does not wait on";
     EXPECT_EQ("again", textOf("b"));
 }
@@ -112,7 +112,7 @@ TEST_F(WriteGroupTest, WorkThatFailsLeavesWhatItHasStoredInTheStore) {
 TEST_F(WriteGroupTest, ALargeGroupGoesInParts) {
     group.run(inBand, [this] {
         for (int i = 0; i < 130; ++i) {
-            group.add(20, 1000, qz::CValue{std::to_string(i)});
+            group.add(1000, qz::CValue{std::to_string(i)});
         }
         EXPECT_EQ(1u, store.calls().size());
         EXPECT_EQ("127", textOf("a"));
@@ -121,21 +121,16 @@ TEST_F(WriteGroupTest, ALargeGroupGoesInParts) {
     EXPECT_EQ("setChannelCValues(1000=128 1000=129)", store.calls().back());
 }
 
-TEST_F(WriteGroupTest, SettlingWritesAllThatWaitsIfTheChannelOrTheDeviceIsAmongIt) {
+TEST_F(WriteGroupTest, SettlingWritesAllThatWaitsIfTheChannelIsAmongIt) {
     group.run(inBand, [this] {
-        group.add(20, 1000, qz::CValue{std::string{"one"}});
+        group.add(1000, qz::CValue{std::string{"one"}});
         group.settle(1001);
         EXPECT_EQ("nothing", textOf("a"));
         group.settle(1000);
         EXPECT_EQ("one", textOf("a"));
-        group.add(20, 1001, qz::CValue{std::string{"two"}});
-        group.settleDevice(21);
-        EXPECT_EQ("nothing", textOf("b"));
-        group.settleDevice(20);
-        EXPECT_EQ("two", textOf("b"));
-        group.settleDevice(20);
+        group.settle(1000);
     });
-    EXPECT_EQ(2u, store.calls().size());
+    EXPECT_EQ(1u, store.calls().size());
 }
 
 TEST_F(WriteGroupTest, OtherThreadsDoNotWait) {
@@ -150,10 +145,10 @@ TEST_F(WriteGroupTest, OtherThreadsDoNotWait) {
 TEST_F(WriteGroupTest, AFailureIsToldToTheThreadWhoseValueItIs) {
     const auto run = [this] {
         group.run(inBand, [this] {
-            group.add(20, 1001, qz::CValue{2.0f});
+            group.add(1001, qz::CValue{2.0f});
             std::thread{[this] { EXPECT_NO_THROW(group.settle(1001)); }}.join();
             EXPECT_EQ(1u, store.calls("setChannelCValues").size());
-            group.settleDevice(20);
+            group.settle(1001);
             ADD_FAILURE() << "the failure was not told";
         });
     };
@@ -162,8 +157,8 @@ TEST_F(WriteGroupTest, AFailureIsToldToTheThreadWhoseValueItIs) {
 
 TEST_F(WriteGroupTest, ARunInsideOfARunIsAPartOfIt) {
     group.run(inBand, [this] {
-        group.add(20, 1000, qz::CValue{std::string{"one"}});
-        group.run(inBand, [this] { group.add(20, 1001, qz::CValue{std::string{"two"}}); });
+        group.add(1000, qz::CValue{std::string{"one"}});
+        group.run(inBand, [this] { group.add(1001, qz::CValue{std::string{"two"}}); });
         EXPECT_TRUE(store.calls().empty());
     });
     EXPECT_EQ(Calls{"setChannelCValues(1000=one 1001=two)"}, store.calls());
