@@ -4,6 +4,7 @@
 #include "daemon/ConfigurationFile.h"
 #include "daemon/HostSettings.h"
 #include "daemon/PluginCheck.h"
+#include "daemon/StoreSettings.h"
 #include "daemon/history/HistorySettings.h"
 #include "platform/common/Arguments.h"
 
@@ -88,7 +89,7 @@ void checkOther(const ConfigurationFile& file, const Node& node, Findings& findi
             file.at(node, Finding::Severity::Warning,
                     "\"" + node.name() +
                         "\" is ignored; expected maxThreads, maxCpuLoadPercent, maxRestTimeMs, "
-                        "protocolLibraries, host, history or the section of a plug-in"));
+                        "protocolLibraries, host, history, store or the section of a plug-in"));
     }
 }
 
@@ -111,6 +112,9 @@ Findings checkMembers(const ConfigurationFile& file) {
         } else if (member.name() == HistorySettings::MEMBER) {
             const Findings ofHistory = HistorySettings::check(file);
             findings.insert(findings.end(), ofHistory.begin(), ofHistory.end());
+        } else if (member.name() == StoreSettings::MEMBER) {
+            const Findings ofStore = StoreSettings::check(file);
+            findings.insert(findings.end(), ofStore.begin(), ofStore.end());
         } else {
             checkOther(file, member, findings);
         }

@@ -4,6 +4,7 @@
 #include "daemon/ServiceNotifier.h"
 #include "daemon/SignalWatch.h"
 #include "daemon/StoreSession.h"
+#include "daemon/StoreSettings.h"
 #include "daemon/Supervisor.h"
 #include "daemon/history/HistoryDesk.h"
 
@@ -22,10 +23,12 @@ void say(const std::string& sentence) {
     std::cout << "powerdistributiond: " + sentence + "\n" << std::flush;
 }
 
-HistorySettings historySettings(const std::string& path) {
+/// One member of the file.
+template <class Settings>
+Settings settingsOf(const std::string& path) {
     Findings told; // by whoever started the daemon with this file
     const auto file = ConfigurationFile::read(path, told);
-    return file ? HistorySettings::of(*file) : HistorySettings{};
+    return file ? Settings::of(*file) : Settings{};
 }
 
 std::int64_t wallMs() {
@@ -52,9 +55,10 @@ void takeSignals(SignalWatch& signals, Supervisor& supervisor, const ServiceNoti
 } // namespace
 
 ExitCode host(const std::string& path) {
+    settingsOf<StoreSettings>(path).apply();
     SignalWatch signals;
     const ServiceNotifier notifier = ServiceNotifier::fromEnvironment();
-    HistoryDesk history{historySettings(path), std::cerr, velk::common::Clock::system(), wallMs};
+    HistoryDesk history{settingsOf<HistorySettings>(path), std::cerr, velk::common::Clock::system(), wallMs};
     const auto makeSession = [&path, &history, &notifier, begun = false]() mutable {
         auto session = std::make_unique<StoreSession>(path, history, std::cerr);
         if (!std::exchange(begun, true)) {

@@ -121,6 +121,19 @@ TEST_F(ConfigurationCheckTest, TheChoiceOfTheHostsFactsIsChecked) {
                 ElementsAre("velk.json:1:24: \"interface\": expected a text, not true"));
 }
 
+TEST_F(ConfigurationCheckTest, WhatBecomesOfACorruptStoreIsChecked) {
+    EXPECT_THAT(file(R"({"store": {"whenCorrupt": "set-aside"}})"), IsEmpty());
+    EXPECT_THAT(file(R"({"store": {"whenCorrupt": "refuse"}})"), IsEmpty());
+    EXPECT_THAT(
+        file(R"({"store": {"whenCorrupt": "delete"}})"),
+        ElementsAre("velk.json:1:27: \"whenCorrupt\": expected \"refuse\" or \"set-aside\", not delete"));
+    EXPECT_THAT(file(R"({"store": true})"),
+                ElementsAre("velk.json:1:11: \"store\": expected an object with whenCorrupt"));
+    EXPECT_THAT(file("{\"store\":\n {\"whenCorrupt\": \"refuse\", \"whenCorrupt\": 1,\n  \"keep\": 5}}"),
+                ElementsAre("velk.json:2:43: \"whenCorrupt\" is ignored: the first one counts (warning)",
+                            "velk.json:3:11: \"keep\" is ignored; expected whenCorrupt (warning)"));
+}
+
 TEST_F(ConfigurationCheckTest, ASecondMemberOfTheSameNameIsWarnedOf) {
     EXPECT_THAT(file(R"({"maxThreads": 5, "maxThreads": 0})"),
                 ElementsAre("velk.json:1:33: \"maxThreads\" is ignored: the first one counts (warning)"));

@@ -104,6 +104,39 @@ TEST_F(DaemonProgramTest, AStartTellsWhatPluginsAndAlarmFilesHaveWrongAndGoesOn)
     EXPECT_THAT(daemon->output(), ::testing::Not(HasSubstr("expected \"host\"")));
 }
 
+TEST_F(DaemonProgramTest, ACorruptStoreIsSetAsideWhenTheConfigurationSaysSo) {
+    const auto isSetAside = [this] {
+        for (const auto& entry : std::filesystem::directory_iterator{folder.path()}) {
+            if (entry.path().filename().string().rfind("tess.db.corrupt-", 0) == 0) {
+                return true;
+            }
+        }
+        return false;
+    };
+    const std::string content(5000, 'x'); // a database's head, and then none
+    std::ofstream{folder / "tess.db"} << std::string{"SQLite format 3"} + '\0' + content;
+    const auto refusing = start({"--config", configuration()});
+    ASSERT_TRUE(refusing->awaitErrors("a new one begins in 1 s")) << refusing->errors();
+    refusing->signal(SIGTERM);
+    EXPECT_EQ(refusing->finish(), 0);
+    EXPECT_FALSE(isSetAside());
+
+    configure(R"({"protocolLibraries": ["plugins"], "store": {"whenCorrupt": "set-aside"}})");
+    // What the URL says goes before that.
+    const auto told = start({"--config", configuration()}, url() + "?when-corrupt=refuse");
+    ASSERT_TRUE(told->awaitErrors("a new one begins in 1 s")) << told->errors();
+    told->signal(SIGTERM);
+    EXPECT_EQ(told->finish(), 0);
+    EXPECT_FALSE(isSetAside());
+
+    const auto allowing = start({"--config", configuration()});
+    ASSERT_TRUE(allowing->awaitOutput("Transition from BEGIN to DISCOVER")) << allowing->errors();
+    allowing->signal(SIGTERM);
+    EXPECT_EQ(allowing->finish(), 0);
+    EXPECT_TRUE(isSetAside());
+    EXPECT_THAT(allowing->errors(), HasSubstr("the file was corrupt and is now "));
+}
+
 TEST_F(DaemonProgramTest, CheckSaysGoodOrWhatIsWrongAndWhere) {
     const auto good = start({"--config", configuration(), "--check"});
     EXPECT_EQ(good->finish(), 0);

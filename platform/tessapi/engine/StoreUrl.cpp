@@ -12,7 +12,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* CORRUPT_OPTION = "when-corrupt=";
 constexpr const char* SET_ASIDE = "when-corrupt=set-aside";
+constexpr const char* REFUSE = "when-corrupt=refuse";
 
 std::string environment(const char* name) {
     const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): read only
@@ -55,6 +57,16 @@ std::string fileOfEnvironment() {
                                 "HOME is set"};
 }
 
+/// What is to become of a corrupt file, unless the URL says it.
+std::string withCorruptOption(const std::string& url) {
+    const auto word = environment("TESS_WHEN_CORRUPT");
+    const auto mark = url.find('?');
+    if (word.empty() || url.rfind("sqlite:", 0) != 0 || url.find(CORRUPT_OPTION, mark) != std::string::npos) {
+        return url;
+    }
+    return url + (mark == std::string::npos ? "?" : "&") + CORRUPT_OPTION + word;
+}
+
 } // namespace
 
 StoreUrl::StoreUrl(const std::string& text) : whole{text} {
@@ -89,12 +101,12 @@ void StoreUrl::readOption(const std::string& option) {
         working = value;
         return;
     }
-    if (option == SET_ASIDE) {
-        corruptAside = true;
+    if (option == SET_ASIDE || option == REFUSE) {
+        corruptAside = option == SET_ASIDE;
         return;
     }
     if (name != "keep") {
-        refuse("\"" + option + "\" is none of working=FOLDER, keep=SECONDS and " + SET_ASIDE);
+        refuse("\"" + option + "\" is none of working=FOLDER, keep=SECONDS, " + SET_ASIDE + " and " + REFUSE);
     }
     std::int64_t seconds = 0;
     const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), seconds);
@@ -112,19 +124,11 @@ void StoreUrl::refuse(const std::string& reason) const {
 
 std::string StoreUrl::ofEnvironment() {
     if (const auto url = environment("TESS_URL"); !url.empty()) {
-        return url;
+        return withCorruptOption(url);
     }
-    std::string options;
-    if (const auto working = workingFolderOfEnvironment(); !working.empty()) {
-        options += "&working=" + working;
-    }
-    if (environment("TESS_WHEN_CORRUPT") == "set-aside") {
-        options += std::string{"&"} + SET_ASIDE;
-    }
-    if (!options.empty()) {
-        options.front() = '?';
-    }
-    return "sqlite:" + fileOfEnvironment() + options;
+    const auto working = workingFolderOfEnvironment();
+    return withCorruptOption("sqlite:" + fileOfEnvironment() +
+                             (working.empty() ? "" : "?working=" + working));
 }
 
 } // namespace tessapi

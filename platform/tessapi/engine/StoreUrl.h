@@ -14,7 +14,7 @@ namespace tessapi {
 /// `sqlite:PATH?working=DIR` is a store that programs work on in the folder DIR, which lies in memory, and
 /// that is copied to the database PATH on disk; `keep=SECONDS` (`?working=DIR&keep=300`) says how often
 /// measured values are. `when-corrupt=set-aside` has a corrupt file set aside and a new store begun, which is
-/// refused otherwise. A path with '?' in it cannot be named.
+/// refused otherwise, as `when-corrupt=refuse` says too. A path with '?' in it cannot be named.
 class StoreUrl {
 public:
     static constexpr std::chrono::seconds SHORTEST_INTERVAL{1};
@@ -26,8 +26,9 @@ public:
     /// `TESS_URL`; without it the store of the machine: `$STATE_DIRECTORY/tess.db`, else
     /// `$XDG_STATE_HOME/velk/tess.db`, else `$HOME/.local/state/velk/tess.db`, worked on in
     /// `$RUNTIME_DIRECTORY`, else in /run/velk if this program may write there, else in
-    /// `$XDG_RUNTIME_DIR/velk`, else on disk; `TESS_WHEN_CORRUPT=set-aside` adds that option. An empty
-    /// variable counts as not set. Throws std::invalid_argument when the environment names no place on disk.
+    /// `$XDG_RUNTIME_DIR/velk`, else on disk. `TESS_WHEN_CORRUPT` adds that option to a database that does
+    /// not have it. An empty variable counts as not set. Throws std::invalid_argument when the environment
+    /// names no place on disk.
     static std::string ofEnvironment();
 
     bool inMemory() const { return memory; }

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <map>
 #include <optional>
+#include <stdexcept>
+#include <string>
 #include <unistd.h>
 
 namespace tessapi::contract {
@@ -17,7 +19,7 @@ class StorePlaceTest : public ::testing::Test {
 protected:
     StorePlaceTest() {
         for (const char* name : {"TESS_URL", "STATE_DIRECTORY", "XDG_STATE_HOME", "HOME", "RUNTIME_DIRECTORY",
-                                 "XDG_RUNTIME_DIR"}) {
+                                 "XDG_RUNTIME_DIR", "TESS_WHEN_CORRUPT"}) {
             const char* value = std::getenv(name);
             before[name] = value == nullptr ? std::nullopt : std::optional<std::string>{value};
             unsetenv(name);
@@ -88,6 +90,32 @@ TEST_F(StorePlaceTest, AChosenUrlIsTakenAsItStands) {
     setenv("TESS_URL", "sqlite:/somewhere/tess.db", 1);
     setenv("RUNTIME_DIRECTORY", "/run/service", 1);
     EXPECT_EQ(TessAccessor::defaultUrl(), "sqlite:/somewhere/tess.db");
+}
+
+TEST_F(StorePlaceTest, WhatBecomesOfACorruptFileIsAddedWhereTheUrlDoesNotSayIt) {
+    setenv("TESS_WHEN_CORRUPT", "set-aside", 1);
+    setenv("HOME", "/home/someone", 1);
+    const std::string plain = withoutVariables("/home/someone/.local/state/velk/tess.db");
+    EXPECT_EQ(TessAccessor::defaultUrl(),
+              plain + (plain.find('?') == std::string::npos ? '?' : '&') + "when-corrupt=set-aside");
+    for (const auto& [url, whole] : std::map<std::string, std::string>{
+             {"sqlite:/tess.db", "sqlite:/tess.db?when-corrupt=set-aside"},
+             {"sqlite:/tess.db?keep=5", "sqlite:/tess.db?keep=5&when-corrupt=set-aside"},
+             {"sqlite:/tess.db?when-corrupt=refuse", "sqlite:/tess.db?when-corrupt=refuse"},
+             {"memory:chosen", "memory:chosen"},
+             {"redis://host/site", "redis://host/site"}}) {
+        setenv("TESS_URL", url.c_str(), 1);
+        EXPECT_EQ(TessAccessor::defaultUrl(), whole);
+    }
+}
+
+TEST_F(StorePlaceTest, AnotherWordForACorruptFileIsRefused) {
+    const std::string url = "sqlite:" + (folder / "tess.db").string();
+    setenv("TESS_URL", url.c_str(), 1);
+    setenv("TESS_WHEN_CORRUPT", "delete", 1);
+    EXPECT_THROW((TessAccessor{"program", true}), std::invalid_argument);
+    setenv("TESS_WHEN_CORRUPT", "refuse", 1);
+    EXPECT_NO_THROW((TessAccessor{"program", true}));
 }
 
 TEST_F(StorePlaceTest, AProgramOpensTheStoreOfItsEnvironment) {
