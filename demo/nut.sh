@@ -59,5 +59,8 @@ until_true 20 value_is $status 2 || fail "the store did not recover within 20 se
 until_true 20 monitored_twice || fail "the daemon did not return to MONITOR"
 "$bin/tess" status
 
+say "All that happened"
+"$bin/tess" events || fail "tess events failed"
+
 watch_the_rest
 finish "started, set, acted, lost, recovered, stopped"

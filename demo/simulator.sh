@@ -75,6 +75,9 @@ In a second terminal:
   $bin/tess tree
   $bin/tess watch
   $bin/tess explain Status.Mode
+  $bin/tess events
+  $bin/tess history Inputs.1.Measure.Voltage
+  $bin/tess doctor
 Pull the plug by hand:
   $bin/simctl $control mains lost
   $bin/simctl $control mains normal
@@ -103,7 +106,16 @@ if [ "$device" = ups-3ph ]; then
     "$bin/tess" logs -n 6 || fail "tess logs failed"
     say "Where a value comes from"
     "$bin/tess" explain BackupSystem.PowerBank.Measure.StateOfCharge || fail "tess explain failed"
+    say "What it was"
+    "$bin/tess" history BackupSystem.PowerBank.Measure.StateOfCharge --since 2m || fail "tess history failed"
+    say "Alarms that came and went"
+    "$bin/tess" alarms --history || fail "tess alarms --history failed"
+    say "All that happened"
+    "$bin/tess" events || fail "tess events failed"
 fi
+say "Whether all is well with the store and the daemon"
+# Its exit code counts what it has found, and a machine may lack what a service has.
+"$bin/tess" doctor --config "$place/velk.json" || true
 say "The device after all that"
 "$bin/tess" status
 [ $((SECONDS - started + 4)) -ge "$((10#$seconds))" ] || watch_the_rest

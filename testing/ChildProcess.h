@@ -87,10 +87,10 @@ public:
         }
     }
 
-    /// Reads until the standard output holds `text`; false when it ends without, or after half a minute
-    /// without a sign of life.
-    bool awaitOutput(std::string_view text) { return await(streams[0], text); }
-    bool awaitErrors(std::string_view text) { return await(streams[1], text); }
+    /// Reads until the standard output holds `text` so many times; false when it ends without, or after half
+    /// a minute without a sign of life.
+    bool awaitOutput(std::string_view text, int times = 1) { return await(streams[0], text, times); }
+    bool awaitErrors(std::string_view text, int times = 1) { return await(streams[1], text, times); }
 
     /// Reads both streams to their end and gives the exit code; 128 and the signal's number for a program
     /// that a signal ended.
@@ -151,8 +151,17 @@ private:
         return result;
     }
 
-    bool await(Stream& stream, std::string_view text) {
-        while (stream.text.find(text) == std::string::npos) {
+    static int countOf(std::string_view text, std::string_view part) {
+        int count = 0;
+        for (auto at = text.find(part); at != std::string_view::npos;
+             at = text.find(part, at + part.size())) {
+            ++count;
+        }
+        return count;
+    }
+
+    bool await(Stream& stream, std::string_view text, int times) {
+        while (countOf(stream.text, text) < times) {
             if (!readSome()) {
                 return false;
             }

@@ -9,9 +9,16 @@
 
 namespace tessapi {
 
-/// A client of the store that `TESS_URL` names: `sqlite:PATH` for the store of the machine, `memory:NAME` for
-/// one that lives in this process as long as a client of that name does. Without `TESS_URL`:
-/// `$STATE_DIRECTORY/tess.db`, else `$XDG_STATE_HOME/velk/tess.db`, else `~/.local/state/velk/tess.db`.
+/// A client of the store that `TESS_URL` names:
+/// - `sqlite:PATH` for the store of the machine, `sqlite:PATH?working=FOLDER` for one that is worked on in
+///   memory with a copy on disk;
+/// - `memory:NAME` for one that lives in this process as long as a client of that name does;
+/// - `redis://HOST/SITE`, `redis+unix://`, `redis+sentinel://` and `redis+cluster://`, or `rediss…` with
+///   encryption, for one on servers of the network.
+///
+/// Without `TESS_URL`: `$STATE_DIRECTORY/tess.db`, else `$XDG_STATE_HOME/velk/tess.db`, else
+/// `~/.local/state/velk/tess.db`, worked on in memory where the machine has a folder for that. All options are
+/// in docs/store-reference.md.
 ///
 /// Has one client thread of its own, on which all its callbacks run; the destructor ends it, waiting for a
 /// callback that is running. Destroy it only from outside of its callbacks.

@@ -224,6 +224,18 @@ TEST_F(SupervisorTest, AFailureOfTheRunThatIsBeingEndedIsReportedAndNotRepeated)
     EXPECT_EQ(errors.str(), "powerdistributiond: the run ended with an error: late\n");
 }
 
+TEST_F(SupervisorTest, WhatARunFailsWithThatWasAbandonedIsNotReported) {
+    std::unique_ptr<Supervisor> supervisor;
+    supervisor = supervising([&](int) {
+        supervisor->abandon();
+        throw std::runtime_error{"late"};
+    });
+    supervisor->run();
+    EXPECT_EQ(made, 1);
+    EXPECT_EQ(errors.str(), "");
+    EXPECT_EQ(std::count(events.begin(), events.end(), "exit"), 1);
+}
+
 TEST(SupervisorPauseTest, StopEndsAPauseAtOnce) {
     FakeClock clock{FakeClock::Passing::ByHand};
     std::ostringstream errors;

@@ -84,14 +84,5 @@ TEST_F(NetworkEndToEndTest, DaemonPollsOnWhileTheServerIsAwayAndTheStoreHasTheNe
     EXPECT_NE(daemon->errors().find(url), std::string::npos) << daemon->errors();
 }
 
-TEST_F(NetworkEndToEndTest, ServerThatLostTheStoreIsSaidByTheDaemon) {
-    server.stop();
-    server.forget();
-    server.start();
-    device("lost");
-    EXPECT_TRUE(daemon->awaitErrors(url)) << daemon->errors();
-    EXPECT_EQ(server.command({"EXISTS", "tess:{gateway-7}:site"}), "0");
-}
-
 } // namespace
 } // namespace velk::testing
