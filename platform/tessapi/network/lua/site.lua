@@ -66,8 +66,10 @@ local function hello(keys, args)
   elseif args[1] ~= '' and args[1] ~= id then
     return {'gone'}
   end
-  if redis.call('EXISTS', keys[VALUES]) == 1 then
-    spread(keys[VALUES]) -- a server that was started anew has forgotten it
+  for _, key in ipairs({keys[SITE], keys[VALUES]}) do
+    if redis.call('EXISTS', key) == 1 then
+      spread(key) -- a server that was started anew has forgotten it
+    end
   end
   local present, seen = history_of_server(), tonumber(args[2])
   seq, base = tonumber(seq), tonumber(base or 0)
