@@ -5,12 +5,14 @@
 #include "cli/Communication.h"
 #include "cli/FigureText.h"
 #include "cli/Json.h"
+#include "cli/PathHint.h"
 #include "cli/PointReport.h"
 #include "cli/SinceText.h"
 #include "cli/Table.h"
 #include "cli/TimeText.h"
 #include "cli/ValueText.h"
 
+#include <limits>
 #include <nlohmann/json.hpp>
 
 namespace velk::cli {
@@ -67,8 +69,14 @@ ExitCode runAlarms(Session& session) {
 ExitCode runAlarmHistory(Session& session, const AlarmHistoryOptions& options) {
     const std::int64_t since = sinceMs(options.since, session.nowMs());
     const StoreView view{session.store.browser().snapshot()};
-    const std::vector<AlarmHappening> happenings =
-        alarmHappenings(view, allAlarmEvents(session.store.browser()), since, PathFilter{options.path});
+    const std::vector<tessapi::AlarmEvent> events = allAlarmEvents(session.store.browser());
+    const PathFilter filter{options.path};
+    const std::vector<AlarmHappening> happenings = alarmHappenings(view, events, since, filter);
+    if (happenings.empty() &&
+        alarmHappenings(view, events, std::numeric_limits<std::int64_t>::min(), filter).empty()) {
+        const std::string hint = pathHint(view, options.path);
+        session.err << (hint.empty() ? "" : "tess: " + hint + "\n");
+    }
     if (session.json) {
         Json document = Json::array();
         for (const AlarmHappening& happening : happenings) {

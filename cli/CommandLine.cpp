@@ -16,8 +16,9 @@
 #include "platform/program/Completion.h"
 #include "platform/program/ProgramParser.h"
 
-#include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <functional>
 #include <iostream>
 
 namespace velk::cli {
@@ -26,12 +27,65 @@ namespace {
 
 constexpr double LONGEST_WAIT_SECONDS = 86'400.0;
 
+/// Nothing is not something to be named.
+std::string notEmpty(const std::string& text) {
+    return text.empty() ? "expected something, not \"\"" : "";
+}
+
+std::string wholeNumber(const std::string& text) {
+    constexpr std::size_t mostDigits = 9;
+    const bool isOne = !text.empty() && text.size() <= mostDigits &&
+                       text.find_first_not_of("0123456789") == std::string::npos;
+    return isOne ? "" : "expected a whole number from 0 to 999999999, not " + text;
+}
+
+/// A check of a number between two; what is no number in the sense of arithmetic is not between them.
+std::function<std::string(const std::string&)> numberUpTo(double most) {
+    return [most](const std::string& text) -> std::string {
+        char* end = nullptr;
+        const double number = std::strtod(text.c_str(), &end);
+        if (!text.empty() && *end == '\0' && number >= 0.0 && number <= most) {
+            return "";
+        }
+        return "expected a number from 0 to " + std::to_string(static_cast<long>(most)) + ", not " + text;
+    };
+}
+
+/// Of what is no command line for all of it: the first word that nobody knows, else what the parser says.
+std::string complaintOf(int argc, const char* const* argv, const std::string& otherwise) {
+    const program::ProgramTable& table = commandTable();
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (!word.starts_with("-")) {
+            std::vector<std::string> names;
+            for (const program::CommandRow& row : table.commands) {
+                names.push_back(row.name);
+            }
+            const std::string near = nearest(word, names);
+            return table.findCommand(word) != nullptr
+                       ? otherwise
+                       : "no such command: \"" + word + "\"" +
+                             (near.empty() ? "; tess --help names them" : "; did you mean \"" + near + "\"?");
+        }
+        const program::OptionRow* option = table.findOption(word.substr(0, word.find('=')));
+        if (option == nullptr) {
+            return "no such option before a command: \"" + word + "\"; tess --help names them";
+        }
+        const bool takesNext = !option->value.empty() && word.find('=') == std::string::npos;
+        if (takesNext && i + 1 == argc) {
+            return otherwise;
+        }
+        i += takesNext ? 1 : 0;
+    }
+    return "no command; tess --help names them";
+}
+
 } // namespace
 
 CommandLine::CommandLine() : parser{std::make_unique<program::ProgramParser>(commandTable())} {
     auto all = parser->program();
     all.option("--json", json);
-    all.option("--store", store);
+    all.option("--store", store)->check(notEmpty);
     all.option("--all-sites", allSites);
     addLookingCommands();
     addEvents();
@@ -71,7 +125,7 @@ void CommandLine::addLookingCommands() {
 void CommandLine::addEvents() {
     auto raised = parser->command("alarms");
     auto* const wantsHistory = raised.option("--history", showsHistory);
-    raised.option("--since", alarmHistory.since)->needs(wantsHistory);
+    raised.option("--since", alarmHistory.since)->needs(wantsHistory)->check(notEmpty);
     raised.option("--path", alarmHistory.path)->needs(wantsHistory);
     raised.chosen([this] {
         command = [this](Session& session) {
@@ -79,7 +133,7 @@ void CommandLine::addEvents() {
         };
     });
     auto all = parser->command("events");
-    all.option("--since", events.since);
+    all.option("--since", events.since)->check(notEmpty);
     all.option("--path", events.path);
     all.chosen([this] { command = [this](Session& session) { return runEvents(session, events); }; });
 }
@@ -87,7 +141,7 @@ void CommandLine::addEvents() {
 void CommandLine::addHistory() {
     auto past = parser->command("history");
     past.argument("PATH", history.path);
-    past.option("--since", history.since);
+    past.option("--since", history.since)->check(notEmpty);
     past.option("--csv", history.csv);
     past.option("--points", history.points)->check(CLI::Range(1U, HistoryOptions::MOST_POINTS));
     past.chosen([this] { command = [this](Session& session) { return runHistory(session, history); }; });
@@ -96,20 +150,20 @@ void CommandLine::addHistory() {
 void CommandLine::addWatch() {
     auto where = parser->command("watch");
     where.argument("PATH", watch.paths);
-    where.option("--interval", watch.interval)->check(CLI::Range(0.0, LONGEST_WAIT_SECONDS));
-    where.option("--deadband", watch.deadband)->check(CLI::Range(0.0, 1000.0));
+    where.option("--interval", watch.interval)->check(numberUpTo(LONGEST_WAIT_SECONDS));
+    where.option("--deadband", watch.deadband)->check(numberUpTo(1000.0));
     where.option("--all", watch.all);
     where.option("--every", watch.every);
-    where.option("--count", watch.count);
-    where.option("--for", watch.seconds)->check(CLI::Range(0.0, LONGEST_WAIT_SECONDS));
+    where.option("--count", watch.count)->check(wholeNumber);
+    where.option("--for", watch.seconds)->check(numberUpTo(LONGEST_WAIT_SECONDS));
     where.chosen([this] { command = [this](Session& session) { return runWatch(session, watch); }; });
 }
 
 void CommandLine::addLogs() {
     auto where = parser->command("logs");
-    where.option("-n", logs.newest);
+    where.option("-n", logs.newest)->check(wholeNumber);
     where.option("--follow", logs.follow);
-    where.option("--for", logs.seconds)->check(CLI::Range(0.0, LONGEST_WAIT_SECONDS));
+    where.option("--for", logs.seconds)->check(numberUpTo(LONGEST_WAIT_SECONDS));
     where.chosen([this] { command = [this](Session& session) { return runLogs(session, logs); }; });
 }
 
@@ -117,7 +171,7 @@ void CommandLine::addSet() {
     auto where = parser->command("set");
     where.argument("PATH", path);
     where.argument("VALUE", value);
-    where.option("--timeout", timeoutSeconds)->check(CLI::Range(0.0, LONGEST_WAIT_SECONDS));
+    where.option("--timeout", timeoutSeconds)->check(numberUpTo(LONGEST_WAIT_SECONDS));
     where.option("--force", request.force);
     where.chosen(
         [this] { command = [this](Session& session) { return runSet(session, path, value, request); }; });
@@ -129,7 +183,7 @@ void CommandLine::addDo() {
     where.argument("ACTION", action);
     where.option("--delay", delaySeconds)->check(CLI::NonNegativeNumber);
     where.option("--yes", request.yes);
-    where.option("--timeout", timeoutSeconds)->check(CLI::Range(0.0, LONGEST_WAIT_SECONDS));
+    where.option("--timeout", timeoutSeconds)->check(numberUpTo(LONGEST_WAIT_SECONDS));
     where.option("--force", request.force);
     where.chosen([this] {
         command = [this](Session& session) { return runDo(session, path, action, delaySeconds, request); };
@@ -165,28 +219,17 @@ std::vector<std::string> CommandLine::unusedRows() const {
     return parser->unused();
 }
 
-bool CommandLine::sayNearestCommand(const std::string& word) const {
-    std::vector<std::string> names;
-    for (const program::CommandRow& row : commandTable().commands) {
-        names.push_back(row.name);
-    }
-    if (word.starts_with("-") || std::find(names.begin(), names.end(), word) != names.end()) {
-        return false;
-    }
-    const std::string near = nearest(word, names);
-    std::cerr << "tess: no such command: \"" << word << "\""
-              << (near.empty() ? "; tess --help names them" : "; did you mean \"" + near + "\"?") << "\n";
-    return true;
-}
-
 std::optional<ExitCode> CommandLine::parse(int argc, const char* const* argv) {
     try {
         parser->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() != 0 && argc > 1 && sayNearestCommand(argv[1])) {
-            return ExitCode::Usage;
+        if (error.get_exit_code() == 0) {
+            parser->exit(error);
+            return ExitCode::Done;
         }
-        return parser->exit(error) == 0 ? ExitCode::Done : ExitCode::Usage;
+        std::cerr << "tess: " << complaintOf(argc, argv, error.what())
+                  << "\nRun with --help for more information.\n";
+        return ExitCode::Usage;
     }
     if (allSites && !allSitesCommand) {
         std::cerr << "tess: --all-sites goes with status alone\n";

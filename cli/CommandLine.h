@@ -49,8 +49,6 @@ public:
     std::string store; ///< URL; empty for the one that the environment gives
 
 private:
-    /// False when `word` is a command, or no word.
-    bool sayNearestCommand(const std::string& word) const;
     void addLookingCommands();
     void addEvents();
     void addHistory();

@@ -111,6 +111,7 @@ program::ProgramTable makeTable() {
     table.text = "Shows what the store of this machine knows of its power device, and asks the device for "
                  "settings and actions.";
     table.version = VELK_VERSION;
+    table.date = VELK_DATE;
     table.options = {
         {"--json", "",
          "Answer for programs: one JSON document, or one object a line for watch and logs --follow"},

@@ -35,14 +35,19 @@ std::optional<std::int64_t> endOfDaemon(const tessapi::StoreSnapshot& store) {
         if (mark.empty()) {
             return channel.changedMs;
         }
-        return velk::common::ProcessMark::mayRun(mark)
-                   ? std::nullopt
-                   : std::optional{std::numeric_limits<std::int64_t>::max()};
+        return Communication::mayRun(mark, store) ? std::nullopt
+                                                  : std::optional{std::numeric_limits<std::int64_t>::max()};
     }
     return std::nullopt;
 }
 
 } // namespace
+
+bool Communication::mayRun(const std::string& mark, const tessapi::StoreSnapshot& store) {
+    using velk::common::ProcessMark;
+    return ProcessMark::mayRun(mark, store.ofSeveralMachines ? ProcessMark::Origin::anyMachine
+                                                             : ProcessMark::Origin::thisMachine);
+}
 
 Communication::Communication(const StoreView& picture) :
     view{picture}, endedMs{endOfDaemon(picture.snapshot())} {}

@@ -30,6 +30,10 @@ public:
     /// The channel in which the daemon says whether it is at work.
     static constexpr const char* DAEMON_PROCESS = "Daemon.Process";
 
+    /// Whether the daemon that left `mark` in `store` may be there. In a store that only programs of this
+    /// machine can use, the mark of another machine came with a copy.
+    static bool mayRun(const std::string& mark, const tessapi::StoreSnapshot& store);
+
     /// `view` must outlive this object.
     explicit Communication(const StoreView& view);
 

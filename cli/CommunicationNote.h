@@ -18,7 +18,7 @@ struct CommunicationNote {
 
     std::int64_t timeMs{0}; ///< milliseconds since 1970 UTC
     std::string device;     ///< "BackupSystem.PowerBank"; empty for the device itself
-    std::string state;      ///< "connected", "lost", "unknown"
+    std::string state;      ///< "connected", "lost", "unknown", "stopped" (the daemon was ended)
 };
 
 } // namespace velk::cli

@@ -7,9 +7,7 @@
 namespace velk::cli {
 
 ExitCode runCompletion(Surroundings& surroundings, const std::string& shell) {
-    surroundings.out << (shell == "bash"  ? program::bashCompletion(commandTable())
-                         : shell == "zsh" ? program::zshCompletion(commandTable())
-                                          : program::fishCompletion(commandTable()));
+    surroundings.out << program::completionFor(shell, commandTable());
     return ExitCode::Done;
 }
 

@@ -1,6 +1,8 @@
 #include "cli/DoctorCommand.h"
 
+#include "cli/Communication.h"
 #include "cli/Failure.h"
+#include "cli/Inquiry.h"
 #include "cli/Json.h"
 #include "cli/OpenStore.h"
 #include "cli/StoreView.h"
@@ -11,6 +13,8 @@
 #include "cli/doctor/StoreDiagnosis.h"
 #include "platform/tessapi/StoreAdvice.h"
 #include "platform/tessapi/catalogue/Catalogue.h"
+
+#include <boost/system/system_error.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -27,6 +31,8 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
+constexpr const char* NOT_FROM_HERE = "not known from here: the store lies on a server";
+
 /// One visit: what is found out on the way is used further on.
 class Visit {
 public:
@@ -34,11 +40,15 @@ public:
         surroundings{with}, nowMs{with.nowMs()}, configurationFile{configuration} {}
 
     Diagnoses run() {
-        lookAtStore();
-        lookAtFiles();
-        lookAtConfiguration();
-        lookAtDaemon();
-        lookAtMachine();
+        attempt("store", [this] { lookAtStore(); });
+        attempt("users", [this] { lookAtUsers(); });
+        attempt("permissions", [this] { lookAtFiles(); });
+        attempt("catalogue", [this] { lookAtCatalogue(); });
+        attempt("configuration", [this] { lookAtConfiguration(); });
+        attempt("daemon", [this] { lookAtDaemon(); });
+        attempt("clock", [this] { add(diagnoseClock(clockFacts())); });
+        attempt("disk", [this] { lookAtDisks(); });
+        attempt("wear", [this] { lookAtHealth(); });
         return std::move(found);
     }
 
@@ -47,6 +57,17 @@ private:
     void add(Diagnoses several) {
         found.insert(found.end(), std::make_move_iterator(several.begin()),
                      std::make_move_iterator(several.end()));
+    }
+
+    /// What stops one check stops no other.
+    template <class Check>
+    void attempt(const char* what, Check check) {
+        try {
+            check();
+        } catch (const std::exception& failure) {
+            add(Diagnosis::problem(what, std::string{"it cannot be looked at: "} + failure.what(),
+                                   "look at what the message names"));
+        }
     }
 
     void lookAtStore() {
@@ -60,14 +81,38 @@ private:
             add(diagnoseContent(image));
             view.emplace(std::move(image.content));
             daemon = stateOfDaemon(*view);
+            daemon.answers = isDaemonHeard(*store);
         } catch (const std::exception& failure) {
             add(diagnoseOpening(place, failure));
         }
+    }
+
+    /// Also true of one that nobody can ask.
+    bool isDaemonHeard(tessapi::ITessAccessor& store) {
+        Session session{
+            store, surroundings.in, surroundings.out, surroundings.err,  velk::common::Clock::system(),
+            true,  false,           Style{false},     surroundings.nowMs};
+        try {
+            const Inquiry::Result result =
+                daemon.kind == DaemonState::Kind::Running
+                    ? Inquiry::ask(session, Communication{*view}, ".", LONGEST_SILENCE)
+                    : Inquiry::Result{std::nullopt, "", false};
+            return result.answer || !result.asked;
+        } catch (const boost::system::system_error&) {
+            return true; // this user may only read
+        }
+    }
+
+    void lookAtUsers() {
         std::error_code ignored;
         if (const std::string file = workingFile(); fs::exists(file, ignored)) {
             add(diagnoseUsers(usersOfStore(file)));
+        } else if (isOnServer()) {
+            add(Diagnosis::note("users", NOT_FROM_HERE));
         }
     }
+
+    bool isOnServer() const { return place.url.starts_with("redis"); }
 
     /// The file that programs work on, as far as that is known.
     std::string workingFile() const { return health && health->file ? health->file->path : place.file; }
@@ -80,11 +125,18 @@ private:
         }
         if (!workingFile().empty()) {
             add(diagnoseFiles(files));
-            lookAtCatalogue();
+        } else if (isOnServer()) {
+            add(Diagnosis::note("permissions", NOT_FROM_HERE));
         }
     }
 
     void lookAtCatalogue() {
+        if (isOnServer()) {
+            add(Diagnosis::ok("catalogue", "built in; a store on a server has no other"));
+        }
+        if (workingFile().empty()) {
+            return;
+        }
         const std::vector<std::string> faults = tessapi::Catalogue::faultsFor(place.file);
         for (const std::string& fault : faults) {
             add(Diagnosis::problem(
@@ -100,10 +152,25 @@ private:
 
     void lookAtConfiguration() {
         if (configurationFile.empty()) {
-            configurationFile = configurationOfDaemon(daemon);
+            const DaemonConfiguration used = configurationOfDaemon(daemon);
+            if (!used.doubt.empty()) {
+                add(Diagnosis::note("configuration",
+                                    (used.file.empty() ? "" : used.file + " is ") +
+                                        "not looked at: " + used.doubt,
+                                    "name it when it is the right one: tess doctor --config FILE"));
+                return;
+            }
+            configurationFile = used.file;
         }
         if (configurationFile.empty()) {
             add(Diagnosis::note("configuration", "none is known here", "name it: tess doctor --config FILE"));
+            return;
+        }
+        std::error_code ignored;
+        if (fs::is_directory(configurationFile, ignored)) {
+            add(Diagnosis::problem("configuration", configurationFile + " is a folder",
+                                   "name the file: tess doctor --config FILE"));
+            configurationFile.clear();
             return;
         }
         std::string failure;
@@ -121,16 +188,20 @@ private:
         }
     }
 
-    void lookAtMachine() {
-        add(diagnoseClock(clockFacts()));
+    void lookAtDisks() {
         addDisk("store", fs::path{workingFile()}.parent_path().string());
         if (health && health->copy) {
             addDisk("copy", fs::path{health->copy->path}.parent_path().string());
         }
         addDisk("history", historyFolder());
+    }
+
+    void lookAtHealth() {
         if (health) {
-            add(diagnoseWear(*health, uptimeSeconds()));
+            add(diagnoseWear(*health, secondsSinceMade(workingFile(), nowMs)));
             add(diagnoseQueues(*health, nowMs));
+        } else if (isOnServer()) {
+            add(diagnoseQueueOfServer());
         }
     }
 
@@ -157,7 +228,8 @@ private:
     /// Where the daemon keeps the history of values, if in a file.
     std::string historyFolder() const {
         std::ifstream stream{configurationFile};
-        const Json file = Json::parse(stream, nullptr, false);
+        const std::string text{std::istreambuf_iterator<char>{stream}, {}};
+        const Json file = Json::parse(text, nullptr, false);
         const auto name = Json::json_pointer{"/history/file"};
         if (!file.is_object() || !file.contains(name) || !file[name].is_string()) {
             return "";

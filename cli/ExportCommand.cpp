@@ -1,64 +1,29 @@
 #include "cli/ExportCommand.h"
 
+#include "cli/Communication.h"
 #include "cli/Failure.h"
 #include "cli/ImageReader.h"
 #include "cli/ImageWriter.h"
 #include "cli/Json.h"
 #include "cli/OpenStore.h"
+#include "cli/OutputFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <sys/stat.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace velk::cli {
 
 namespace {
 
-[[noreturn]] void failFile(const std::string& file, const char* what) {
-    throw Failure{ExitCode::Failed,
-                  std::string{"cannot "} + what + " " + file + ": " + std::generic_category().message(errno)};
+[[noreturn]] void failReading(const std::string& file) {
+    throw Failure{ExitCode::Failed, "cannot read " + file + ": " + std::generic_category().message(errno)};
 }
-
-/// A file that takes the place of another one at once, or not at all.
-class NewFile {
-public:
-    explicit NewFile(std::string file) : target{std::move(file)}, name{target + ".XXXXXX"} {
-        descriptor = mkstemp(name.data());
-        if (descriptor < 0) {
-            failFile(target, "write");
-        }
-        stream.open(name);
-    }
-    ~NewFile() {
-        close(descriptor);
-        if (!name.empty()) {
-            unlink(name.c_str());
-        }
-    }
-    NewFile(const NewFile&) = delete;
-    NewFile& operator=(const NewFile&) = delete;
-
-    std::ostream& out() { return stream; }
-
-    void moveIntoPlace() {
-        stream.close();
-        if (!stream || fchmod(descriptor, 0660) != 0 || fsync(descriptor) != 0 ||
-            rename(name.c_str(), target.c_str()) != 0) {
-            failFile(target, "write");
-        }
-        name.clear();
-    }
-
-private:
-    std::string target;
-    std::string name; ///< empty once it has become the target
-    int descriptor{-1};
-    std::ofstream stream;
-};
 
 std::string contentOf(const std::string& file, std::istream& in) {
     std::ostringstream text;
@@ -71,7 +36,7 @@ std::string contentOf(const std::string& file, std::istream& in) {
     struct stat status {};
     if (!stream || stat(file.c_str(), &status) != 0 || S_ISDIR(status.st_mode)) {
         errno = errno == 0 ? EISDIR : errno;
-        failFile(file, "read");
+        failReading(file);
     }
     return text.str();
 }
@@ -96,23 +61,71 @@ bool isEmpty(tessapi::ITessAccessor& store) {
     return present.devices.size() == 1 && present.channels.empty();
 }
 
+/// The daemon whose mark is in `image` was at work on the store that was exported, up to its last write, and
+/// on this one nobody is.
+void forgetDaemon(tessapi::StoreImage& image) {
+    std::int64_t newestMs = 0;
+    for (const tessapi::ChannelRecord& channel : image.content.channels) {
+        newestMs = std::max(newestMs, channel.writtenMs);
+    }
+    for (tessapi::ChannelRecord& channel : image.content.channels) {
+        const std::string* mark = std::get_if<std::string>(&channel.value.variant());
+        if (channel.name == Communication::DAEMON_PROCESS && mark != nullptr && !mark->empty()) {
+            channel.value = qz::CValue{""};
+            channel.writtenMs = newestMs;
+            channel.changedMs = newestMs;
+        }
+    }
+}
+
+/// Programs with another catalogue give channels another type when they open the store: told before the
+/// values are missed. `filled` has been opened after `image` was there.
+void tellLostValues(std::ostream& err, const tessapi::StoreImage& image, tessapi::ITessAccessor& filled) {
+    constexpr std::size_t mostNamed = 3;
+    std::map<std::uint64_t, qz::datatype> lost;
+    for (const tessapi::ChannelRecord& channel : filled.browser().snapshot().channels) {
+        if (!channel.initialized) {
+            lost.emplace(channel.id, channel.type);
+        }
+    }
+    std::size_t count = 0;
+    std::string names;
+    for (const tessapi::ChannelRecord& channel : image.content.channels) {
+        const auto found = lost.find(channel.id);
+        if (channel.initialized && found != lost.end() && ++count <= mostNamed) {
+            names += (count == 1 ? "" : ", ") + channel.name + " (" + std::string{to_string(found->second)} +
+                     ", not " + std::string{to_string(channel.type)} + ")";
+        }
+    }
+    if (count != 0) {
+        err << "tess: " << count
+            << " of them lose their value, as the catalogue here has another type: " << names
+            << (count > mostNamed ? ", ..." : "") << "\n";
+    }
+}
+
 } // namespace
 
 ExitCode runExport(Session& session, const std::string& file) {
     const tessapi::StoreImage image = session.store.browser().image();
-    if (file.empty()) {
+    if (file.empty() || file == "-") {
         writeImage(session.out, image);
         return ExitCode::Done;
     }
-    NewFile target{file};
+    OutputFile target{file};
     writeImage(target.out(), image);
-    target.moveIntoPlace();
-    session.err << "tess: " << file << ": " << countsText(image) << "\n";
+    target.finish();
+    if (session.json) {
+        printDocument(session.out, countsOf(session.store.browser().url(), image));
+    } else {
+        session.err << "tess: " << file << ": " << countsText(image) << "\n";
+    }
     return ExitCode::Done;
 }
 
 ExitCode runImport(Surroundings& surroundings, const std::string& file) {
-    const tessapi::StoreImage image = readImage(file, contentOf(file, surroundings.in));
+    tessapi::StoreImage image = readImage(file, contentOf(file, surroundings.in));
+    forgetDaemon(image);
     const auto store = openStore(surroundings.store, true);
     const std::string url = store->browser().url();
     if (!isEmpty(*store)) {
@@ -128,6 +141,7 @@ ExitCode runImport(Surroundings& surroundings, const std::string& file) {
     } else {
         surroundings.err << "tess: " << url << " has " << countsText(image) << "\n";
     }
+    tellLostValues(surroundings.err, image, *openStore(surroundings.store, false));
     return ExitCode::Done;
 }
 

@@ -31,6 +31,11 @@ qz::CValue valueOf(const AnswerJson& json, qz::datatype type) {
         return qz::CValue{json.get<std::uint32_t>()};
     case qz::datatype::uint64:
         return qz::CValue{json.get<std::uint64_t>()};
+    case qz::datatype::timestamp: {
+        qz::CTimestamp time;
+        time.seconds = json.get<std::int64_t>();
+        return qz::CValue{time};
+    }
     default:
         return qz::CValue{json.get<std::string>()};
     }

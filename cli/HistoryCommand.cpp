@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 namespace velk::cli {
 
@@ -28,27 +29,71 @@ const Point& requireChannel(const StoreView& view, const std::string& path) {
     return point;
 }
 
+/// The daemon, asked for the past of one data point.
+class Past {
+public:
+    Past(Session& with, const StoreView& picture, const Point& dataPoint,
+         velk::common::Clock::Duration longestWait) :
+        session{with}, view{picture}, point{dataPoint}, timeout{longestWait} {}
+
+    HistoryAnswer ask(std::int64_t fromMs, std::int64_t toMs, std::size_t columns) const {
+        const Json question{{"channel", point.channel->id},
+                            {"path", point.path},
+                            {"fromMs", fromMs},
+                            {"toMs", toMs},
+                            {"columns", std::min<std::size_t>(columns, HistoryOptions::MOST_POINTS)}};
+        const Inquiry::Result inquiry =
+            Inquiry::ask(session, Communication{view}, HISTORY_SUBJECT, question, timeout);
+        if (!inquiry.answer) {
+            throw Failure{ExitCode::Failed, inquiry.silence + "; it alone knows what was"};
+        }
+        std::optional<HistoryAnswer> answer = HistoryAnswer::parse(*inquiry.answer, point.channel->type);
+        if (!answer) {
+            throw Failure{ExitCode::Failed, "the daemon's answer makes no sense; is it of another version?"};
+        }
+        return std::move(*answer);
+    }
+
+    /// Puts the changes that `answer` leaves out before its own, as long as there are some and not too many.
+    void addLeftOut(HistoryAnswer& answer) const {
+        for (int page = 0; page < MOST_PAGES && answer.leftOut != 0 && !answer.changes.empty(); ++page) {
+            const std::int64_t firstMs = answer.changes.front().timeMs;
+            HistoryAnswer earlier = ask(answer.fromMs, firstMs, HistoryOptions::MOST_POINTS);
+            // The newest of them, of that very moment, are those that are there.
+            std::size_t known = 0;
+            while (known < answer.changes.size() && answer.changes[known].timeMs == firstMs) {
+                ++known;
+            }
+            if (earlier.changes.size() <= known) {
+                return;
+            }
+            answer.changes.insert(answer.changes.begin(), earlier.changes.begin(),
+                                  earlier.changes.end() - static_cast<std::ptrdiff_t>(known));
+            answer.leftOut = earlier.leftOut;
+        }
+    }
+
+private:
+    static constexpr int MOST_PAGES = 100;
+
+    Session& session;
+    const StoreView& view;
+    const Point& point;
+    const velk::common::Clock::Duration timeout;
+};
+
 HistoryAnswer ask(Session& session, const StoreView& view, const Point& point, const HistoryOptions& options,
                   velk::common::Clock::Duration timeout) {
+    const Past past{session, view, point, timeout};
     const std::int64_t nowMs = session.nowMs();
     const bool isForPeople = !session.json && !options.csv;
     const std::size_t usual = isForPeople ? HistoryScreen::columnsFor(session) : USUAL_POINTS;
-    const Json question{
-        {"channel", point.channel->id},
-        {"path", point.path},
-        {"fromMs", sinceMs(options.since, nowMs)},
-        {"toMs", nowMs},
-        {"columns", std::min<std::size_t>(options.points.value_or(usual), HistoryOptions::MOST_POINTS)}};
-    const Inquiry::Result inquiry =
-        Inquiry::ask(session, Communication{view}, HISTORY_SUBJECT, question, timeout);
-    if (!inquiry.answer) {
-        throw Failure{ExitCode::Failed, inquiry.silence + "; it alone knows what was"};
+    const std::int64_t fromMs = std::max(sinceMs(options.since, nowMs), nowMs - HistoryOptions::LONGEST_MS);
+    HistoryAnswer answer = past.ask(fromMs, nowMs, options.points.value_or(usual));
+    if (!options.points) {
+        past.addLeftOut(answer);
     }
-    const std::optional<HistoryAnswer> answer = HistoryAnswer::parse(*inquiry.answer, point.channel->type);
-    if (!answer) {
-        throw Failure{ExitCode::Failed, "the daemon's answer makes no sense; is it of another version?"};
-    }
-    return *answer;
+    return answer;
 }
 
 void requireSomething(const HistoryAnswer& answer, const Point& point) {

@@ -5,6 +5,7 @@
 #include "cli/Session.h"
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -14,11 +15,15 @@ namespace velk::cli {
 struct HistoryOptions {
     static constexpr unsigned int MOST_POINTS = 1000; ///< that the daemon gives
 
+    /// Nobody knows more.
+    static constexpr std::int64_t LONGEST_MS = std::int64_t{7} * 24 * 60 * 60 * 1000;
+
     std::string path;
-    std::string since{"6h"};            ///< as `sinceMs` takes it
-    bool csv{false};                    ///< values separated by commas, for other programs
-    std::optional<unsigned int> points; ///< how many parts the time has; without as many as the width shows,
-                                        ///< or 100 for programs
+    std::string since{"6h"}; ///< as `sinceMs` takes it
+    bool csv{false};         ///< values separated by commas, for other programs
+    /// How many parts the time has, or how many of the newest changes are wanted. Without, a number has as
+    /// many as the width shows, or 100 for programs, and of the changes all are wanted.
+    std::optional<unsigned int> points;
 };
 
 /// The channels by which the daemon is asked.

@@ -20,9 +20,9 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-constexpr std::size_t LABEL_WIDTH = 11; ///< of the figures at the side
-constexpr std::size_t MOST_STATES = 12; ///< of more there is a list
-constexpr std::size_t STATE_WIDTH = 24; ///< of the longest name of a state
+constexpr std::size_t LABEL_WIDTH = 11;  ///< of the figures at the side
+constexpr std::size_t MOST_STATES = 12;  ///< of more there is a list
+constexpr std::size_t MOST_LINES = 1000; ///< of a list
 constexpr std::int64_t A_DAY_MS = std::int64_t{24} * 60 * 60 * 1000;
 
 std::string figure(double value, const Point& point) {
@@ -85,12 +85,17 @@ void HistoryScreen::print() const {
                 << localText(answer.toMs) << "\n";
     if (answer.kind == "number") {
         printNumber();
-    } else if (answer.kind == "state" && StateSpans{answer, 1}.rows().size() <= MOST_STATES) {
-        printStates();
-    } else {
+    } else if (isList()) {
         printChanges();
+    } else {
+        printStates();
     }
     printFoot();
+}
+
+bool HistoryScreen::isList() const {
+    return answer.kind == "text" ||
+           (answer.kind == "state" && StateSpans{answer, 1}.rows().size() > MOST_STATES);
 }
 
 void HistoryScreen::printNumber() const {
@@ -123,10 +128,15 @@ void HistoryScreen::printTimeAxis(std::size_t indent, std::size_t width) const {
     const std::string first = axisTime(answer.fromMs, lengthMs);
     const std::string middle = axisTime(answer.fromMs + lengthMs / 2, lengthMs);
     const std::string last = axisTime(answer.toMs, lengthMs);
-    const std::size_t half = width / 2 + middle.size() / 2;
-    std::string times = leftAligned(first, half - std::min(half, middle.size()));
-    times += times.size() + middle.size() + last.size() + 1 < width ? middle : "";
-    times += rightAligned(last, width - std::min(width, times.size()));
+    std::string times = first;
+    const std::size_t middleAt = width / 2 - std::min(width / 2, middle.size() / 2);
+    const std::size_t lastAt = width - std::min(width, last.size());
+    if (middleAt > first.size() && middleAt + middle.size() < lastAt) {
+        times = leftAligned(times, middleAt) + middle;
+    }
+    if (lastAt > times.size()) {
+        times = leftAligned(times, lastAt) + last;
+    }
     session.out << session.style.faint(std::string(indent, ' ') + times) << "\n";
 }
 
@@ -136,15 +146,14 @@ void HistoryScreen::printStates() const {
     for (const StateSpans::Row& row : states.rows()) {
         nameWidth = std::max(nameWidth, displayWidth(displayText(row.state, *point.channel)));
     }
-    nameWidth = std::min(nameWidth, STATE_WIDTH);
     const std::size_t taken = nameWidth + 2 + 20; // and what stands behind the line
     const std::size_t width = session.width > taken + 10 ? session.width - taken : 10;
     const StateSpans spans{answer, width};
-    const double lengthMs = static_cast<double>(std::max<std::int64_t>(answer.toMs - answer.fromMs, 1));
+    const double knownMs = static_cast<double>(std::max<std::int64_t>(spans.knownMs(), 1));
     for (const StateSpans::Row& row : spans.rows()) {
         std::array<char, 48> share{};
         std::snprintf(share.data(), share.size(), "%5.1f %%, %zu %s",
-                      100.0 * static_cast<double>(row.lastedMs) / lengthMs, row.times,
+                      100.0 * static_cast<double>(row.lastedMs) / knownMs, row.times,
                       row.times == 1 ? "time" : "times");
         session.out << leftAligned(displayText(row.state, *point.channel), nameWidth)
                     << session.style.faint(session.unicode ? " │" : " |")
@@ -157,7 +166,8 @@ void HistoryScreen::printStates() const {
 
 void HistoryScreen::printChanges() const {
     Table table;
-    for (std::size_t i = 0; i < answer.changes.size(); ++i) {
+    const std::size_t count = answer.changes.size();
+    for (std::size_t i = count - std::min(count, MOST_LINES); i < count; ++i) {
         const HistoryAnswer::Change& change = answer.changes[i];
         const std::int64_t endMs = i + 1 < answer.changes.size() ? answer.changes[i + 1].timeMs : answer.toMs;
         table.add({session.style.faint(localText(change.timeMs)),
@@ -170,9 +180,12 @@ void HistoryScreen::printChanges() const {
 }
 
 void HistoryScreen::printFoot() const {
-    if (answer.leftOut != 0) {
-        session.err << "tess: " << answer.leftOut
-                    << " older changes are not shown; a shorter time shows all\n";
+    std::size_t hidden = answer.leftOut;
+    if (isList() && answer.changes.size() > MOST_LINES) {
+        hidden += answer.changes.size() - MOST_LINES;
+    }
+    if (hidden != 0) {
+        session.err << "tess: " << hidden << " older changes are not shown; a shorter time shows all\n";
     }
     if (answer.oldestMs > answer.fromMs) {
         session.err << "tess: nothing is known of the time before " << localText(answer.oldestMs) << "\n";

@@ -22,6 +22,7 @@ public:
     void printCsv() const;
 
 private:
+    bool isList() const;
     void printNumber() const;
     void printStates() const;
     void printChanges() const;

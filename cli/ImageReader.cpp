@@ -166,10 +166,23 @@ qz::CDevice deviceOf(const Node& node) {
     return device;
 }
 
+tessapi::LevelAlarm levelOf(const Node& node) {
+    const auto level = static_cast<tessapi::LevelAlarm>(numberOf<std::uint32_t>(node));
+    switch (level) {
+    case tessapi::LevelAlarm::none:
+    case tessapi::LevelAlarm::good:
+    case tessapi::LevelAlarm::info:
+    case tessapi::LevelAlarm::warning:
+    case tessapi::LevelAlarm::critical:
+        return level;
+    }
+    throw JsonError{node.position(), "there is no alarm level " + node.text()};
+}
+
 qz::CAlarmTrigger triggerOf(const Node& node) {
     ObjectReader object{node};
     qz::CAlarmTrigger trigger;
-    trigger.level = static_cast<tessapi::LevelAlarm>(numberOf<std::uint32_t>(object.require("level")));
+    trigger.level = levelOf(object.require("level"));
     trigger.type = numberOf<std::int8_t>(object.require("type"));
     trigger.threshold1 = valueOf(object.require("threshold1"));
     trigger.threshold2 = valueOf(object.require("threshold2"));
@@ -231,7 +244,7 @@ tessapi::AlarmEvent eventOf(const Node& node) {
     event.name = textOf(object.require("name"));
     event.code = textOf(object.require("code"));
     event.message = textOf(object.require("message"));
-    event.level = static_cast<tessapi::LevelAlarm>(numberOf<std::uint32_t>(object.require("level")));
+    event.level = levelOf(object.require("level"));
     event.priority = numberOf<std::int32_t>(object.require("priority"));
     event.type = numberOf<std::int8_t>(object.require("type"));
     event.value = valueOf(object.require("value"));

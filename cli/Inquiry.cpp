@@ -81,10 +81,10 @@ Inquiry::Result Inquiry::ask(Session& session, const Communication& communicatio
     const std::uint64_t answers = inband.getCatchedChannelId(device, subject.answer);
     const std::uint64_t questions = inband.getCatchedChannelId(device, subject.request);
     if (answers == tessapi::ITessAccessor::UNKNOWN_ID || questions == tessapi::ITessAccessor::UNKNOWN_ID) {
-        return {std::nullopt, "no daemon has ever answered questions in this store"};
+        return {std::nullopt, "no daemon has ever answered questions in this store", false};
     }
     if (communication.isDaemonGone()) {
-        return {std::nullopt, "the daemon is not running"};
+        return {std::nullopt, "the daemon is not running", false};
     }
     const auto box = std::make_shared<AnswerBox>();
     const std::string id = freshId();
@@ -100,11 +100,9 @@ Inquiry::Result Inquiry::ask(Session& session, const Communication& communicatio
     // One that waits for its device answers as fast as any; most often there is none.
     const bool isAtRest = communication.isDaemonAtRest();
     const velk::common::Clock::Duration patience = isAtRest ? std::min(timeout, AT_REST) : timeout;
-    const std::int64_t untilMs =
-        session.nowMs() + std::chrono::duration_cast<std::chrono::milliseconds>(patience).count();
     Json asked{{"id", id}};
     asked.update(question);
-    asked["untilMs"] = untilMs;
+    asked["forMs"] = std::chrono::duration_cast<std::chrono::milliseconds>(patience).count();
     inband.setChannelCValue(questions,
                             qz::CValue{asked.dump(-1, ' ', false, Json::error_handler_t::replace)});
     std::optional<Json> answer = waitForAnswer(*box, session.clock, patience);

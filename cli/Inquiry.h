@@ -27,6 +27,7 @@ struct Inquiry {
     struct Result {
         std::optional<nlohmann::ordered_json> answer; ///< as the daemon gives it
         std::string silence;                          ///< empty with an answer
+        bool asked{true};                             ///< false: nobody is there to be asked
     };
 
     /// How long a daemon is waited for that has said that it is at rest.
@@ -34,7 +35,7 @@ struct Inquiry {
 
     /// Asks and waits for the answer as long as `timeout`, or `AT_REST`; does not ask a daemon that is known
     /// to be gone. Other programs may ask at the same time. `question` is an object without "id" and
-    /// "untilMs".
+    /// "forMs".
     static Result ask(Session& session, const Communication& communication, const Subject& subject,
                       const nlohmann::ordered_json& question, velk::common::Clock::Duration timeout);
 

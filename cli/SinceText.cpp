@@ -99,6 +99,36 @@ std::optional<std::int64_t> momentNamed(const std::string& text) {
     return (*seconds - (zone.empty() ? 0 : zoneSeconds(zone))) * MS_A_SECOND + fractionMs(found[7]);
 }
 
+/// "02:30", "02:30:15": of today, or of yesterday when that is still to come today.
+std::optional<std::int64_t> momentOfTheDay(const std::string& text, std::int64_t nowMs) {
+    static const std::regex form{"([0-9]{2}):([0-9]{2})(?::([0-9]{2}))?"};
+    std::smatch found;
+    if (!std::regex_match(text, found, form)) {
+        return std::nullopt;
+    }
+    const auto field = [&found](std::size_t index) {
+        return static_cast<int>(numberOf(found[index]).value_or(0));
+    };
+    if (field(1) > 23 || field(2) > 59 || field(3) > 60) {
+        return std::nullopt;
+    }
+    const auto now = static_cast<std::time_t>(nowMs / MS_A_SECOND);
+    for (const int daysAgo : {0, 1}) {
+        std::tm time{};
+        localtime_r(&now, &time);
+        time.tm_mday -= daysAgo;
+        time.tm_hour = field(1);
+        time.tm_min = field(2);
+        time.tm_sec = field(3);
+        time.tm_isdst = -1;
+        const std::int64_t moment = std::int64_t{std::mktime(&time)} * MS_A_SECOND;
+        if (moment <= nowMs || daysAgo == 1) {
+            return moment;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 std::int64_t sinceMs(const std::string& text, std::int64_t nowMs) {
@@ -106,12 +136,13 @@ std::int64_t sinceMs(const std::string& text, std::int64_t nowMs) {
         return 0;
     }
     const std::optional<std::int64_t> before = momentBefore(text, nowMs);
-    const std::optional<std::int64_t> moment = before ? before : momentNamed(text);
+    const std::optional<std::int64_t> today = before ? before : momentOfTheDay(text, nowMs);
+    const std::optional<std::int64_t> moment = today ? today : momentNamed(text);
     if (!moment) {
         throw Failure{ExitCode::Usage,
                       "\"" + text +
                           "\" is no time; expected how long ago (90s, 15m, 1h, 2d) or a time "
-                          "such as 2026-11-21T13:38:11Z or \"2026-11-21 13:38\""};
+                          "such as 02:30, 2026-11-21T13:38:11Z or \"2026-11-21 13:38\""};
     }
     return *moment;
 }

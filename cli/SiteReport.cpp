@@ -19,13 +19,13 @@ std::string textOf(const StoreView& view, const char* path) {
     return point == nullptr ? std::string{} : displayText(*point);
 }
 
-/// What the daemon notes of itself is no value of the device.
+/// What the daemon notes of itself, and of whether it reaches the device, is no value of the device.
 std::int64_t newestWrite(const StoreView& view) {
     std::int64_t newest = 0;
     for (const StoreView::Branch& branch : view.branches()) {
         for (std::size_t i = 0; branch.equipment && i < branch.pointCount; ++i) {
             const Point& point = view.points()[branch.firstPoint + i];
-            if (point.channel != nullptr) {
+            if (point.channel != nullptr && !point.name.starts_with("CommunicationStatus.")) {
                 newest = std::max(newest, point.channel->writtenMs);
             }
         }

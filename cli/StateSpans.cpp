@@ -42,6 +42,14 @@ void StateSpans::add(const qz::CValue& state, std::int64_t beginMs, std::int64_t
     }
 }
 
+std::int64_t StateSpans::knownMs() const {
+    std::int64_t sum = 0;
+    for (const Row& row : all) {
+        sum += row.lastedMs;
+    }
+    return sum;
+}
+
 std::string StateSpans::line(const Row& row, bool unicode) const {
     std::string text;
     for (std::size_t i = 0; i < columns; ++i) {

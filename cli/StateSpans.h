@@ -25,6 +25,9 @@ public:
     /// In the order in which they came first; nobody knows is none of them.
     const std::vector<Row>& rows() const { return all; }
 
+    /// All of them together.
+    std::int64_t knownMs() const;
+
     /// A full block where the state lasted longest, a small one where it was there too, else blanks.
     std::string line(const Row& row, bool unicode) const;
 

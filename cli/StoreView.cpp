@@ -15,6 +15,7 @@ namespace velk::cli {
 namespace {
 
 constexpr std::uint64_t ROOT = 1;
+constexpr std::size_t MOST_NAMED = 3; ///< of several where one is wanted
 constexpr auto PATH_ATTRIBUTE = static_cast<std::size_t>(tessapi::DeviceAttribute::path);
 
 struct AttributeName {
@@ -131,6 +132,14 @@ std::vector<const Point*> StoreView::select(const std::string& wanted) const {
     if (const Point* exact = find(wanted)) {
         return {exact};
     }
+    std::vector<const Point*> chosen = matching(wanted);
+    if (chosen.empty()) {
+        failNoSuchPath(wanted, paths());
+    }
+    return chosen;
+}
+
+std::vector<const Point*> StoreView::matching(const std::string& wanted) const {
     const PathPattern pattern{wanted};
     std::vector<const Point*> chosen;
     for (const Branch& owner : tree) {
@@ -143,9 +152,6 @@ std::vector<const Point*> StoreView::select(const std::string& wanted) const {
             }
         }
     }
-    if (chosen.empty()) {
-        failNoSuchPath(wanted, paths());
-    }
     return chosen;
 }
 
@@ -153,7 +159,18 @@ const Point& StoreView::require(const std::string& path) const {
     if (const Point* point = find(path)) {
         return *point;
     }
-    failNoSuchPath(path, paths());
+    const std::vector<const Point*> several = matching(path);
+    if (several.empty()) {
+        failNoSuchPath(path, paths());
+    }
+    std::string names;
+    for (std::size_t i = 0; i < std::min(several.size(), MOST_NAMED); ++i) {
+        names += (i == 0 ? "" : ", ") + several[i]->path;
+    }
+    names += several.size() > MOST_NAMED ? ", ..." : "";
+    const std::string what = PathPattern{path}.isGlob() ? " match \"" : " are below \"";
+    throw Failure{ExitCode::NoSuchPath,
+                  "this takes one path; " + std::to_string(several.size()) + what + path + "\": " + names};
 }
 
 const StoreView::Branch& StoreView::requireBranch(const std::string& path) const {

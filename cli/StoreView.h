@@ -59,7 +59,10 @@ public:
     /// is none.
     std::vector<const Point*> select(const std::string& wanted) const;
 
-    /// The one point of exactly this path; throws as `select` does.
+    /// Likewise; empty when there is none.
+    std::vector<const Point*> matching(const std::string& wanted) const;
+
+    /// The one point of exactly this path; throws as `select` does, and names some when it means several.
     const Point& require(const std::string& path) const;
 
     /// The part of the equipment by its path ("Outlets.1"); "." and "PowerDistribution" are the device

@@ -28,6 +28,22 @@ std::tm local(std::int64_t ms) {
     return time;
 }
 
+/// What two clocks may lie apart without a word.
+constexpr std::int64_t CLOCKS_DIFFER_SECONDS = 60;
+
+std::string roughly(std::int64_t seconds) {
+    if (seconds < 120) {
+        return std::to_string(seconds) + " s";
+    }
+    if (seconds < 120 * 60) {
+        return std::to_string(seconds / 60) + " min";
+    }
+    if (seconds < 48 * 3600) {
+        return std::to_string(seconds / 3600) + " h";
+    }
+    return std::to_string(seconds / 86400) + " d";
+}
+
 } // namespace
 
 std::string utcText(std::int64_t ms) {
@@ -50,19 +66,10 @@ std::string localClockText(std::int64_t ms) {
 
 std::string ageText(std::int64_t ms, std::int64_t nowMs) {
     const std::int64_t seconds = (nowMs - ms) / 1000;
-    if (seconds < 2) {
-        return "just now";
+    if (seconds < -CLOCKS_DIFFER_SECONDS) {
+        return roughly(-seconds) + " in the future";
     }
-    if (seconds < 120) {
-        return std::to_string(seconds) + " s ago";
-    }
-    if (seconds < 120 * 60) {
-        return std::to_string(seconds / 60) + " min ago";
-    }
-    if (seconds < 48 * 3600) {
-        return std::to_string(seconds / 3600) + " h ago";
-    }
-    return std::to_string(seconds / 86400) + " d ago";
+    return seconds < 2 ? "just now" : roughly(seconds) + " ago";
 }
 
 std::string timeAndAge(std::int64_t ms, std::int64_t nowMs) {

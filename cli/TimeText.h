@@ -17,7 +17,8 @@ std::string localText(std::int64_t ms);
 std::string localClockText(std::int64_t ms);
 
 /// How long ago, in the greatest unit of which two have passed: "just now", "47 s ago", "3 min ago",
-/// "5 h ago", "12 d ago". A time that has not come yet is "just now" too.
+/// "5 h ago", "12 d ago". A time that comes within a minute is "just now" too, a later one
+/// "3 h in the future".
 std::string ageText(std::int64_t ms, std::int64_t nowMs);
 
 /// Both: "2026-11-21 13:38:11 (3 min ago)"; "never" for 0.

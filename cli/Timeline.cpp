@@ -21,6 +21,8 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
+/// As what the daemon notes the writes that are its own.
+constexpr const char* DAEMON = "powerdistributiond";
 constexpr const char* COMMUNICATION_STATE = "CommunicationStatus.State";
 
 Json textOrNothing(const std::string& text) {
@@ -75,6 +77,9 @@ std::string writerWords(const tessapi::WriteRecord& record) {
     if (record.user.empty() && record.program.empty()) {
         return "by nobody known";
     }
+    if (record.program == DAEMON) {
+        return "by the daemon itself";
+    }
     const std::string with = record.program.empty() ? "" : " with " + printable(record.program);
     return "by " + (record.user.empty() ? "somebody" : printable(record.user)) + with;
 }
@@ -100,6 +105,10 @@ void addWrites(std::vector<Happening>& timeline, const Session& session, const S
     }
 }
 
+std::string stateWords(const std::string& state) {
+    return state == "stopped" ? "service stopped" : printable(state);
+}
+
 void addLinks(std::vector<Happening>& timeline, const Session& session, const StoreView& view,
               std::int64_t sinceMs, const PathFilter& filter) {
     std::map<std::string, const CommunicationNote*> before;
@@ -111,7 +120,7 @@ void addLinks(std::vector<Happening>& timeline, const Session& session, const St
         if (note.timeMs < sinceMs || !filter.takes(path)) {
             continue;
         }
-        const std::string state = printable(note.state);
+        const std::string state = stateWords(note.state);
         std::string words = note.state == "connected" ? session.style.good(state) : session.style.bad(state);
         Json json = headOf(note.timeMs, "link", path);
         json["state"] = note.state;
@@ -119,7 +128,7 @@ void addLinks(std::vector<Happening>& timeline, const Session& session, const St
         json["formerSeconds"] = nullptr;
         if (former != nullptr && former->timeMs <= note.timeMs) {
             const std::int64_t lastedMs = note.timeMs - former->timeMs;
-            words += ", was " + printable(former->state) + " for " + durationText(lastedMs / 1000);
+            words += ", was " + stateWords(former->state) + " for " + durationText(lastedMs / 1000);
             json["formerSeconds"] = static_cast<double>(lastedMs) / 1000.0;
         }
         timeline.push_back({note.timeMs, "link", path, words, std::move(json)});

@@ -23,14 +23,22 @@ std::string placeOf(const qz::CDevice& device) {
                : device.attributes.at(static_cast<std::size_t>(tessapi::DeviceAttribute::path));
 }
 
+constexpr const char* LOST = "lost";
+constexpr const char* STOPPED = "stopped";
+
 std::string stateText(const qz::CValue& state) {
     constexpr double connected = 2.0;
     constexpr double lost = 3.0;
     const double number = state.asNumber().value_or(0.0);
-    return number == connected ? "connected" : number == lost ? "lost" : "unknown";
+    return number == connected ? "connected" : number == lost ? LOST : "unknown";
 }
 
 } // namespace
+
+void CommunicationJournal::expectEnd() {
+    const MutexLock lock{mutex};
+    ending = true;
+}
 
 void CommunicationJournal::begin(tessapi::ITessAccessor& client) {
     const MutexLock lock{mutex};
@@ -92,8 +100,10 @@ void CommunicationJournal::tick() {
 }
 
 void CommunicationJournal::note(const std::string& device, const qz::CValue& state, std::int64_t timeMs) {
-    const std::string text = stateText(state);
     std::string& before = present[device];
+    const std::string told = stateText(state);
+    const bool isLetGo = told == LOST && (ending || before == STOPPED);
+    const std::string text = isLetGo ? STOPPED : told;
     if (before == text) {
         return;
     }

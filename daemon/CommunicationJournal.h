@@ -17,8 +17,9 @@ namespace velk::daemon {
 /// The channel "Daemon.Communication" of the daemon's own device has the last 256 changes of all
 /// "CommunicationStatus.State" as a JSON array, oldest first:
 /// [{"timeMs":1795268291123,"device":"","state":"connected"},…]; "device" is the place of the part, "" for
-/// the device itself, and "state" is "connected", "lost" or "unknown". What another daemon has noted goes on;
-/// a state that has changed while no daemon looked is noted with the time of its change.
+/// the device itself, and "state" is "connected", "lost", "unknown" or, for a link that was let go because
+/// the daemon was ended, "stopped". What another daemon has noted goes on; a state that has changed while no
+/// daemon looked is noted with the time of its change.
 ///
 /// A store that fails is told with the next change or `tick`; the failure is reported in one line, once until
 /// it has worked again.
@@ -32,6 +33,9 @@ public:
 
     /// `errors` must outlive this object.
     explicit CommunicationJournal(std::ostream& errorStream) : errors{errorStream} {}
+
+    /// What is lost from now on was let go. Any thread.
+    void expectEnd() VELK_EXCLUDES(mutex);
 
     void begin(tessapi::ITessAccessor& client) override VELK_EXCLUDES(mutex);
     void meet(const qz::CDevice& device, const tessapi::ChannelRecord& channel, bool isFormer) override
@@ -58,6 +62,7 @@ private:
     std::map<std::uint64_t, std::string> places VELK_GUARDED_BY(mutex); ///< of the states
     std::map<std::string, std::string> present VELK_GUARDED_BY(mutex);  ///< the state by its place
     std::deque<Note> notes VELK_GUARDED_BY(mutex);
+    bool ending VELK_GUARDED_BY(mutex){false};
     bool unsaid VELK_GUARDED_BY(mutex){false};
     bool failing VELK_GUARDED_BY(mutex){false};
 };

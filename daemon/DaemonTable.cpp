@@ -9,12 +9,14 @@ program::ProgramTable makeTable() {
     table.name = "powerdistributiond";
     table.text = "Looks after the power device of this machine and keeps its picture in the store.";
     table.version = VELK_VERSION;
+    table.date = VELK_DATE;
     table.section = 8;
     table.options = {
         {"--config", "FILE", "Configuration file", program::Offer::file},
         {"--check", "", "Say what is wrong with the configuration as FILE:LINE:COLUMN and end"},
         {"--json", "", "With --check: one JSON document, with what became of each plug-in"},
         {"--manual", "", "Print the manual page and exit"},
+        {"--completion", "SHELL", "Print the completion of these options for bash, zsh or fish and exit"},
         {"--help,-h", "", "Print this help message and exit"},
         {"--version", "", "Print the version and exit"},
     };
@@ -25,6 +27,8 @@ program::ProgramTable makeTable() {
     table.environment = {
         {"TESS_URL", "Which store"},
         {"STATE_DIRECTORY, XDG_STATE_HOME, HOME", "Without TESS_URL: where the store of this machine lies"},
+        {"TESS_WHEN_CORRUPT",
+         "refuse or set-aside: what becomes of a corrupt store; before the configuration, after the URL"},
         {"NOTIFY_SOCKET", "Where the service manager wants to be told that the daemon is up"},
     };
     table.files = {

@@ -18,7 +18,7 @@ namespace velk::daemon {
 
 /// Answers programs that ask what is behind a data point, by way of the store.
 ///
-/// A question is {"id":"…","path":"Inputs.1.Measure.Voltage","untilMs":1795281493123}, written into the
+/// A question is {"id":"…","path":"Inputs.1.Measure.Voltage","forMs":2000}, written into the
 /// channel "Daemon.ExplainRequest" of the daemon's own device; the answer to it is written into
 /// "Daemon.ExplainAnswer"; see `listenForQuestions`. Nothing is done while nobody asks.
 ///

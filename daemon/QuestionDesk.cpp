@@ -14,17 +14,19 @@ namespace {
 
 using QuestionJson = nlohmann::ordered_json;
 
-/// Whether somebody may still wait for the answer.
-bool isAwaited(const QuestionJson& question) {
-    const auto until = question.find("untilMs");
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return until == question.end() || !until->is_number_integer() ||
-           until->get<std::int64_t>() >= std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+using Clock = std::chrono::steady_clock;
+
+/// Whether somebody may still wait for the answer to what was heard at `arrival`. The clock of the asker, who
+/// may be on another machine, does not matter.
+bool isAwaited(const QuestionJson& question, Clock::time_point arrival) {
+    const auto patience = question.find("forMs");
+    return patience == question.end() || !patience->is_number_integer() ||
+           patience->get<std::int64_t>() >
+               std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - arrival).count();
 }
 
 bool isQuestion(const QuestionJson& question) {
-    return question.is_object() && question.contains("id") && question["id"].is_string() &&
-           isAwaited(question);
+    return question.is_object() && question.contains("id") && question["id"].is_string();
 }
 
 } // namespace
@@ -40,9 +42,10 @@ void listenForQuestions(tessapi::ITessAccessor& client, const QuestionChannels& 
         if (text == nullptr || text->size() > LONGEST_QUESTION) {
             return;
         }
+        const Clock::time_point arrival = Clock::now();
         const QuestionJson question = QuestionJson::parse(*text, nullptr, false);
         const std::optional<QuestionJson> given = isQuestion(question) ? answer(question) : std::nullopt;
-        if (given) {
+        if (given && isAwaited(question, arrival)) {
             QuestionJson whole{{"id", question["id"]}};
             whole.update(*given);
             inband.setChannelCValue(

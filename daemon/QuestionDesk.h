@@ -26,7 +26,8 @@ using Answerer = std::function<std::optional<nlohmann::ordered_json>(const nlohm
 ///
 /// A question is an object with an "id" that the asker makes up; the answer has the same. Every write is a
 /// question of its own, so any number of programs may ask at once; each looks for its id among the answers.
-/// After "untilMs" the asker has stopped waiting and nothing is done; it may be left out.
+/// The asker waits for "forMs"; an answer that takes longer from the arrival of the question is not written.
+/// It may be left out.
 ///
 /// Threads: `answer` is called on the store's client thread.
 void listenForQuestions(tessapi::ITessAccessor& client, const QuestionChannels& channels, Answerer answer);

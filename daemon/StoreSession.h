@@ -35,7 +35,10 @@ public:
     /// Runs managers, one after the other, until `exit`. Throws std::runtime_error that says what became of
     /// the store when it is gone for good.
     void exec() override;
-    void exit() override { supervisor.stop(); }
+    void exit() override {
+        links.expectEnd();
+        supervisor.stop();
+    }
     /// It can be ended from the beginning on.
     std::uint32_t operatingStatus() const override { return 1; }
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <sstream>
 #include <stdexcept>
+#include <unistd.h>
 #include <utility>
 
 namespace velk::daemon {
@@ -42,6 +43,30 @@ qz::CValue storeValue(const Value& value) {
         return qz::CValue{stamp};
     }
     return qz::CValue{};
+}
+
+/// What only the daemon writes, such as the addresses of its host for the device to know.
+constexpr const char* OF_THE_DAEMON = "PrivateAction.";
+
+/// Who said in `announcement` that the write of `note` is theirs; null when it says something else.
+Json writerIn(const std::string& announcement, const Json& note, const conv::UnixTime& time) {
+    try {
+        const Json said = Json::parse(announcement);
+        const bool isThisWrite = said.at("device") == note["device"] &&
+                                 said.at("channel") == note["channel"] && said.at("asked") == note["asked"];
+        const Json& saidAt = said.at("timeMs"); // of whoever wrote it: any number
+        const std::int64_t writtenMs = static_cast<std::int64_t>(time.toIntegralType()) * 1000;
+        const std::int64_t lastsMs = std::chrono::milliseconds{WriteJournal::WRITER_LASTS}.count();
+        if (!isThisWrite || !saidAt.is_number_integer() || saidAt < writtenMs - lastsMs ||
+            saidAt > writtenMs + lastsMs) {
+            return nullptr;
+        }
+        return Json{{"program", said.at("program").get<std::string>()},
+                    {"user", said.at("user").get<std::string>()},
+                    {"pid", said.at("pid").get<std::int64_t>()}};
+    } catch (const Json::exception&) {
+        return nullptr;
+    }
 }
 
 std::int64_t presentMs() {
@@ -169,6 +194,12 @@ void WriteJournal::openStore() {
     const qz::CValue stored = inband.getChannelCValue(writesChannel);
     const std::string* text = std::get_if<std::string>(&stored.variant());
     takeOver(text == nullptr ? std::string{} : *text);
+    const auto onAnnouncement = [this](std::uint64_t, const qz::CValue& value) {
+        if (const std::string* said = std::get_if<std::string>(&value.variant())) {
+            hear(*said);
+        }
+    };
+    inband.subscribeMultipleChannels({writerChannel}, onAnnouncement, qz::sub::everyWrite, nullptr);
     store = std::move(opened);
 }
 
@@ -176,29 +207,50 @@ WriteJournal::Note WriteJournal::writerOf(const Note& note, const conv::UnixTime
     if (!store) {
         return nullptr;
     }
+    if (note["channel"].get_ref<const std::string&>().starts_with(OF_THE_DAEMON)) {
+        return Json{{"program", "powerdistributiond"}, {"user", ""}, {"pid", getpid()}};
+    }
     try {
+        // What was said last may not have come by the subscription yet.
         const qz::CValue stored = store->inbandAccessor().getChannelCValue(writerChannel);
-        const std::string* text = std::get_if<std::string>(&stored.variant());
-        const Json said = Json::parse(text == nullptr ? "" : *text, nullptr, false);
-        if (!said.is_object() || *text == usedAnnouncement) {
-            return nullptr;
+        if (const std::string* text = std::get_if<std::string>(&stored.variant())) {
+            hear(*text);
         }
-        const bool isThisWrite = said.at("device") == note["device"] &&
-                                 said.at("channel") == note["channel"] && said.at("asked") == note["asked"];
-        const Json& saidAt = said.at("timeMs"); // of whoever wrote it: any number
-        const std::int64_t writtenMs = static_cast<std::int64_t>(time.toIntegralType()) * 1000;
-        const std::int64_t lastsMs = std::chrono::milliseconds{WRITER_LASTS}.count();
-        if (!isThisWrite || !saidAt.is_number_integer() || saidAt < writtenMs - lastsMs ||
-            saidAt > writtenMs + lastsMs) {
-            return nullptr;
-        }
-        usedAnnouncement = *text;
-        return Json{{"program", said.at("program").get<std::string>()},
-                    {"user", said.at("user").get<std::string>()},
-                    {"pid", said.at("pid").get<std::int64_t>()}};
     } catch (const std::exception&) {
         return nullptr; // the store that fails is reported with the note
     }
+    const MutexLock lock{hearing};
+    for (auto each = announcements.begin(); each != announcements.end(); ++each) {
+        const Note writer = writerIn(*each, note, time);
+        if (!writer.is_null()) {
+            used.push_back(std::move(*each));
+            announcements.erase(each);
+            if (used.size() > MOST_ANNOUNCEMENTS) {
+                used.pop_front();
+            }
+            return writer;
+        }
+    }
+    return nullptr;
+}
+
+void WriteJournal::hear(const std::string& announcement) {
+    const MutexLock lock{hearing};
+    const auto isIn = [&announcement](const std::deque<std::string>& list) {
+        return std::find(list.begin(), list.end(), announcement) != list.end();
+    };
+    if (isIn(announcements) || isIn(used)) {
+        return;
+    }
+    announcements.push_back(announcement);
+    if (announcements.size() > MOST_ANNOUNCEMENTS) {
+        announcements.pop_front();
+    }
+}
+
+std::size_t WriteJournal::announced() const {
+    const MutexLock lock{hearing};
+    return announcements.size();
 }
 
 void WriteJournal::takeOver(const std::string& storedNotes) {

@@ -31,7 +31,8 @@ namespace velk::daemon {
 /// A program that wants to be named as the writer says so right before it writes, in the channel
 /// "Daemon.Writer": {"device":…,"channel":…,"asked":…,"program":…,"user":…,"pid":…,"timeMs":…}, the time in
 /// milliseconds since 1970. It counts for the next write of that data point with that value, within
-/// `WRITER_LASTS`; "by" of any other write is null.
+/// `WRITER_LASTS`, whatever others announce meanwhile. "by" of any other write is null, except for what only
+/// the daemon writes ("PrivateAction."): that is its own, with "" for the user.
 ///
 /// Each write is also a record in the store's own ring of writes (tessapi::WriteRecord), which keeps more of
 /// them than the notes; there nobody is "" for program and user.
@@ -50,6 +51,7 @@ public:
     static constexpr const char* WRITER = "Daemon.Writer";
 
     static constexpr std::chrono::seconds WRITER_LASTS{60};
+    static constexpr std::size_t MOST_ANNOUNCEMENTS = 32;
 
     /// The Uuid of the daemon's own device.
     static velk::common::Uuid deviceUuid();
@@ -65,6 +67,9 @@ public:
     /// standard exception.
     void open() VELK_EXCLUDES(mutex);
 
+    /// How many announcements of writers wait for their write.
+    std::size_t announced() const VELK_EXCLUDES(hearing);
+
     /// Never throws a standard exception.
     void record(const velk::powerdistribution::DeviceWrite& write) VELK_EXCLUDES(mutex);
 
@@ -76,16 +81,19 @@ private:
     void openStore() VELK_REQUIRES(mutex);
     /// Who has announced this write; null when nobody has, or the store fails.
     Note writerOf(const Note& note, const conv::UnixTime& time) VELK_REQUIRES(mutex);
+    void hear(const std::string& announcement) VELK_EXCLUDES(hearing);
     void takeOver(const std::string& storedNotes) VELK_REQUIRES(mutex);
 
     Opener opener;
     std::ostream& errors;
+    mutable velk::common::Mutex hearing; ///< last of the locks
+    std::deque<std::string> announcements VELK_GUARDED_BY(hearing);
+    std::deque<std::string> used VELK_GUARDED_BY(hearing); ///< each counts for one write
     velk::common::Mutex mutex;
     std::unique_ptr<tessapi::ITessAccessor> store VELK_GUARDED_BY(mutex); ///< null until it could be opened
     std::uint64_t writesChannel VELK_GUARDED_BY(mutex){0};
     std::uint64_t lastWriteChannel VELK_GUARDED_BY(mutex){0};
     std::uint64_t writerChannel VELK_GUARDED_BY(mutex){0};
-    std::string usedAnnouncement VELK_GUARDED_BY(mutex); ///< each counts for one write
     std::deque<Note> notes VELK_GUARDED_BY(mutex);
     std::size_t unsaid VELK_GUARDED_BY(mutex){0}; ///< how many of the newest notes the store has not got
     std::deque<tessapi::WriteRecord> unrecorded VELK_GUARDED_BY(mutex); ///< what the ring has not got

@@ -3,6 +3,7 @@
 #include "daemon/DaemonTable.h"
 #include "daemon/ExitCode.h"
 #include "daemon/Host.h"
+#include "platform/program/Completion.h"
 #include "platform/program/ManualPage.h"
 #include "platform/program/ProgramParser.h"
 
@@ -32,11 +33,16 @@ struct Choices {
     bool check{false};
     bool json{false};
     bool manual{false};
+    std::string completion; ///< for which shell
 };
 
 ExitCode act(const Choices& choices) {
     if (choices.manual) {
         std::cout << velk::program::manualPage(velk::daemon::daemonTable());
+        return ExitCode::Done;
+    }
+    if (!choices.completion.empty()) {
+        std::cout << velk::program::completionFor(choices.completion, velk::daemon::daemonTable());
         return ExitCode::Done;
     }
     if (choices.check) {
@@ -58,9 +64,10 @@ int main(int argc, char** argv) {
     all.option("--check", choices.check);
     all.option("--json", choices.json);
     all.option("--manual", choices.manual);
+    all.option("--completion", choices.completion)->check(CLI::IsMember({"bash", "zsh", "fish"}));
     try {
         parser.parse(argc, argv);
-        if (choices.configuration.empty() && !choices.manual) {
+        if (choices.configuration.empty() && !choices.manual && choices.completion.empty()) {
             throw CLI::RequiredError{"--config"};
         }
     } catch (const CLI::ParseError& error) {

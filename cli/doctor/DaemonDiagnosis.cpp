@@ -3,7 +3,7 @@
 #include "cli/Communication.h"
 #include "cli/TimeText.h"
 #include "cli/doctor/ProgramOutput.h"
-#include "platform/common/ProcessMark.h"
+#include "cli/doctor/TrustedFile.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -20,6 +20,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* START =
     "systemctl start powerdistributiond, or start it by hand; its journal says why it ended";
+constexpr const char* HANGS =
+    "systemctl restart powerdistributiond, or end the process and start it by hand: it hangs";
 constexpr const char* INSTALLED = VELK_SYSCONFDIR "/velk/powerdistributiond.json";
 constexpr const char* PROGRAM = "powerdistributiond";
 constexpr std::chrono::seconds LONGEST_CHECK{20};
@@ -76,7 +78,7 @@ DaemonState stateOfDaemon(const StoreView& view) {
         if (mark.empty()) {
             return {DaemonState::Kind::AtRest, 0, channel.changedMs, ""};
         }
-        const bool runs = velk::common::ProcessMark::mayRun(mark);
+        const bool runs = Communication::mayRun(mark, view.snapshot());
         return {runs ? DaemonState::Kind::Running : DaemonState::Kind::Gone, processOf(mark),
                 channel.changedMs, mark};
     }
@@ -87,6 +89,11 @@ Diagnosis diagnoseDaemon(const DaemonState& daemon, std::int64_t nowMs) {
     const std::string process = "process " + std::to_string(daemon.process);
     switch (daemon.kind) {
     case DaemonState::Kind::Running:
+        if (!daemon.answers) {
+            return Diagnosis::problem(
+                "daemon",
+                process + ", at work since " + timeAndAge(daemon.saidMs, nowMs) + ", does not answer", HANGS);
+        }
         return Diagnosis::ok("daemon", process + ", at work since " + timeAndAge(daemon.saidMs, nowMs));
     case DaemonState::Kind::AtRest:
         return Diagnosis::problem(
@@ -116,15 +123,32 @@ Diagnosis diagnoseCommunication(const StoreView& view, const DaemonState& daemon
                                                 "device; \"tess events\" tells when it was lost");
 }
 
-std::string configurationOfDaemon(const DaemonState& daemon) {
+std::string daemonProgram() {
+    std::error_code ignored;
+    return (fs::read_symlink("/proc/self/exe", ignored).parent_path() / PROGRAM).string();
+}
+
+DaemonConfiguration configurationOfDaemon(const DaemonState& daemon, const std::string& program) {
+    std::error_code ignored;
+    std::string used;
+    std::string stranger;
     if (daemon.kind == DaemonState::Kind::Running && daemon.process > 0) {
-        const std::string used = configurationOf(fs::path{"/proc"} / std::to_string(daemon.process));
-        if (!used.empty()) {
-            return used;
+        const fs::path process = fs::path{"/proc"} / std::to_string(daemon.process);
+        if (fs::equivalent(process / "exe", program, ignored)) {
+            used = configurationOf(process);
+        } else {
+            stranger = "process " + std::to_string(daemon.process) +
+                       ", as far as this user can see, is not " + program;
         }
     }
-    std::error_code ignored;
-    return fs::exists(INSTALLED, ignored) ? INSTALLED : "";
+    if (used.empty() && fs::exists(INSTALLED, ignored)) {
+        used = INSTALLED;
+    }
+    if (used.empty()) {
+        return {"", stranger};
+    }
+    const std::string doubt = distrustOf(used);
+    return {used, doubt.empty() ? distrustOfPlugins(used) : doubt};
 }
 
 Diagnoses diagnoseConfiguration(const std::string& json) {
@@ -151,13 +175,12 @@ Diagnoses diagnoseConfiguration(const std::string& json) {
 
 std::string checkByDaemon(const std::string& configuration, std::string& failure) {
     std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error).parent_path() / PROGRAM;
-    if (error || !fs::exists(program, error)) {
-        failure = program.string() + " is not there to check it";
+    const std::string program = daemonProgram();
+    if (!fs::exists(program, error)) {
+        failure = program + " is not there to check it";
         return "";
     }
-    return outputOf({program.string(), "--check", "--json", "--config", configuration}, LONGEST_CHECK,
-                    failure);
+    return outputOf({program, "--check", "--json", "--config", configuration}, LONGEST_CHECK, failure);
 }
 
 } // namespace velk::cli

@@ -2,10 +2,13 @@
 
 #include "cli/TimeText.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <fcntl.h>
 #include <fstream>
 #include <sstream>
+#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/timex.h>
 #include <unistd.h>
@@ -27,8 +30,8 @@ constexpr double LITTLE_FREE_SHARE = 0.10;
 
 constexpr double WEARING_PER_HOUR = 15 * MIB;
 constexpr double WEARING_OUT_PER_HOUR = 100 * MIB;
-/// Before that a rate says nothing.
-constexpr double SHORTEST_UPTIME_SECONDS = 600.0;
+/// Of a shorter time a rate says nothing, but what was written in it would be much for so long, too.
+constexpr double SHORTEST_COUNT_SECONDS = 600.0;
 
 /// What is durable is on disk within a second; what is not by then waits for something.
 constexpr std::int64_t LONGEST_PENDING_MS = 10'000;
@@ -112,11 +115,16 @@ std::int64_t startOfProcessMs(const std::string& mark, std::int64_t nowMs) {
     return ticks <= 0 ? 0 : nowMs - (sinceBoot.tv_sec * 1000 + sinceBoot.tv_nsec / 1'000'000 - startedMs);
 }
 
-double uptimeSeconds() {
+double secondsSinceMade(const std::string& path, std::int64_t nowMs) {
     std::ifstream file{"/proc/uptime"};
     double uptime = 0.0;
     file >> uptime;
-    return uptime;
+    struct statx status {};
+    const bool isKnown =
+        statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME, &status) == 0 && (status.stx_mask & STATX_BTIME) != 0;
+    const double age =
+        isKnown ? static_cast<double>(nowMs) / 1000.0 - static_cast<double>(status.stx_btime.tv_sec) : uptime;
+    return age < 0.0 ? uptime : std::min(age, uptime);
 }
 
 std::optional<DiskFacts> diskOf(const std::string& what, const std::string& path) {
@@ -150,7 +158,7 @@ Diagnosis diagnoseDisk(const DiskFacts& disk) {
     return share < LITTLE_FREE_SHARE ? Diagnosis::note("disk", detail) : Diagnosis::ok("disk", detail);
 }
 
-Diagnosis diagnoseWear(const tessapi::StoreHealth& health, double uptime) {
+Diagnosis diagnoseWear(const tessapi::StoreHealth& health, double countedSeconds) {
     if (!health.copy) {
         return health.file ? Diagnosis::note("wear",
                                              "every change is written to " + health.file->path +
@@ -160,12 +168,10 @@ Diagnosis diagnoseWear(const tessapi::StoreHealth& health, double uptime) {
                            : Diagnosis::ok("wear", "the store writes to no disk of this machine");
     }
     const auto written = static_cast<double>(health.copy->bytesWritten);
-    const std::string total = sizeText(written) + " written since the boot";
-    if (uptime < SHORTEST_UPTIME_SECONDS) {
-        return Diagnosis::ok("wear", total);
-    }
-    const double perHour = written / (uptime / 3600.0);
-    const std::string detail = total + ", " + sizeText(perHour) + " an hour";
+    const double perHour = written / (std::max(countedSeconds, SHORTEST_COUNT_SECONDS) / 3600.0);
+    const std::string detail =
+        sizeText(written) + " written in " + spanText(countedSeconds) +
+        (countedSeconds < SHORTEST_COUNT_SECONDS ? "" : ", " + sizeText(perHour) + " an hour");
     const std::string advice = "have measured values copied less often: keep=SECONDS of TESS_URL";
     if (perHour > WEARING_OUT_PER_HOUR) {
         return Diagnosis::problem("wear", detail, advice);
@@ -182,10 +188,19 @@ Diagnoses diagnoseQueues(const tessapi::StoreHealth& health, std::int64_t nowMs)
             "the write-ahead log of " + sizeText(static_cast<double>(health.file->logBytes)) +
                 " is not taken into the file: some program holds an old state of the store",
             "see who uses the store, and end the one that hangs"));
+    } else if (health.engine == "redis") {
+        found.push_back(diagnoseQueueOfServer());
     } else if (found.empty()) {
         found.push_back(Diagnosis::ok("queue", "nothing waits"));
     }
     return found;
+}
+
+Diagnosis diagnoseQueueOfServer() {
+    return Diagnosis::note(
+        "queue", "what the daemon keeps while it does not reach the server cannot be seen from here",
+        "its journal says since when it keeps values, and how many of them were written "
+        "afterwards: journalctl -u powerdistributiond");
 }
 
 } // namespace velk::cli

@@ -26,8 +26,8 @@ Diagnoses diagnoseClock(const ClockFacts& facts);
 std::optional<bool> isClockSynchronised();
 /// When the process of a mark was started; 0 when that cannot be told.
 std::int64_t startOfProcessMs(const std::string& mark, std::int64_t nowMs);
-/// Since the boot, without what the machine slept; 0 when nobody knows.
-double uptimeSeconds();
+/// How long the file has been there, at most since the boot; since the boot when nobody knows.
+double secondsSinceMade(const std::string& path, std::int64_t nowMs);
 
 /// How full a file system is.
 struct DiskFacts {
@@ -42,10 +42,15 @@ struct DiskFacts {
 std::optional<DiskFacts> diskOf(const std::string& what, const std::string& path);
 Diagnosis diagnoseDisk(const DiskFacts& disk);
 
-/// What the copies to the disk cost it.
-Diagnosis diagnoseWear(const tessapi::StoreHealth& health, double uptimeSeconds);
+/// What the copies to the disk cost it. They are counted in the file that is worked on, which has been there
+/// for `countedSeconds`.
+Diagnosis diagnoseWear(const tessapi::StoreHealth& health, double countedSeconds);
 
 /// Whether what has to go somewhere gets there: the copy to the disk, the write-ahead log into the file.
 Diagnoses diagnoseQueues(const tessapi::StoreHealth& health, std::int64_t nowMs);
+
+/// The daemon keeps writes in its own memory while the server is away, and can be asked by way of the server
+/// alone: says where else it tells.
+Diagnosis diagnoseQueueOfServer();
 
 } // namespace velk::cli

@@ -57,6 +57,19 @@ bool hasOpen(const fs::path& process, const fs::path& file) {
     return false;
 }
 
+/// The system keeps the first 15 letters of a name; the command line has all of them, unless the process has
+/// put something else there.
+std::string nameOf(const fs::path& process) {
+    std::string name;
+    std::string command;
+    std::ifstream shortName{process / "comm"};
+    std::getline(shortName, name);
+    std::ifstream commandLine{process / "cmdline"};
+    std::getline(commandLine, command, '\0');
+    const std::string whole = fs::path{command}.filename();
+    return whole.starts_with(name) ? whole : name;
+}
+
 } // namespace
 
 StorePlace placeOfStore(const std::string& named) {
@@ -73,10 +86,7 @@ std::vector<StoreUser> usersOfStore(const std::string& file) {
         const std::string number = entry->path().filename();
         const bool isProcess = number.find_first_not_of("0123456789") == std::string::npos;
         if (isProcess && number != std::to_string(getpid()) && hasOpen(entry->path(), wanted)) {
-            std::ifstream name{entry->path() / "comm"};
-            StoreUser user{std::stoi(number), ""};
-            std::getline(name, user.program);
-            users.push_back(user);
+            users.push_back({std::stoi(number), nameOf(entry->path())});
         }
     }
     std::sort(users.begin(), users.end(),
@@ -106,14 +116,19 @@ Diagnosis diagnoseEngine(const tessapi::StoreHealth& health) {
     if (health.copy) {
         text += ", copied to " + health.copy->path;
     }
+    if (health.schemaOfEngine != 0) {
+        text += ", schema version " + std::to_string(health.schemaVersion) +
+                " (of this program: " + std::to_string(health.schemaOfEngine) + ")";
+    }
     return Diagnosis::ok("engine", text);
 }
 
 Diagnosis diagnoseContent(const tessapi::StoreImage& image) {
     if (const auto fault = tessapi::findFault(image)) {
-        return Diagnosis::problem(
-            "content", fault->text,
-            "set the file aside, start powerdistributiond anew and \"tess import\" what was exported before");
+        return Diagnosis::problem("content", fault->text,
+                                  "stop powerdistributiond, set the file aside, \"tess import\" what was "
+                                  "exported before, and start "
+                                  "powerdistributiond");
     }
     return Diagnosis::ok("content", std::to_string(image.content.devices.size()) + " devices, " +
                                         std::to_string(image.content.channels.size()) +

@@ -37,6 +37,11 @@ HistoryKind kindOf(const tessapi::ChannelRecord& channel) {
     }
 }
 
+/// It never stands still, and would take the room of all others.
+bool isClock(const tessapi::ChannelRecord& channel) {
+    return channel.name == "PowerDistribution.Attribute.CurrentDate";
+}
+
 const char* textOf(HistoryKind kind) {
     switch (kind) {
     case HistoryKind::number:
@@ -74,10 +79,12 @@ HistoryJson jsonOf(const qz::CValue& value) {
     if (!value.isValid()) {
         return nullptr;
     }
+    if (value.type() == qz::datatype::timestamp) {
+        return value.as_timestamp().seconds;
+    }
     std::ostringstream text;
     text << value;
-    const bool isWhole = value.asNumber() && value.type() != qz::datatype::timestamp;
-    return isWhole ? HistoryJson::parse(text.str()) : HistoryJson(text.str());
+    return value.asNumber() ? HistoryJson::parse(text.str()) : HistoryJson(text.str());
 }
 
 std::int64_t numberIn(const HistoryJson& question, const char* name, std::int64_t otherwise) {
@@ -127,7 +134,7 @@ void HistoryDesk::begin(tessapi::ITessAccessor& client) {
 }
 
 void HistoryDesk::meet(const qz::CDevice& device, const tessapi::ChannelRecord& channel, bool isFormer) {
-    if (!settings.enabled || device.uuid == WriteJournal::deviceUuid()) {
+    if (!settings.enabled || device.uuid == WriteJournal::deviceUuid() || isClock(channel)) {
         return;
     }
     const bool met = book.meet(channel.id, {device.uuid, channel.name}, kindOf(channel), channel.type);

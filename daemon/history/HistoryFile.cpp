@@ -8,10 +8,11 @@
 #include <ctime>
 #include <exception>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
+#include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -51,6 +52,21 @@ public:
         }
     }
 
+    std::string read() const {
+        std::string content;
+        std::array<char, 65'536> piece{};
+        while (true) {
+            const ssize_t step = ::read(descriptor, piece.data(), piece.size());
+            if (step < 0 && errno != EINTR) {
+                fail("read");
+            }
+            if (step == 0) {
+                return content;
+            }
+            content.append(piece.data(), step < 0 ? 0 : static_cast<std::size_t>(step));
+        }
+    }
+
     void sync() const {
         if (fsync(descriptor) != 0) {
             fail("fsync");
@@ -71,16 +87,23 @@ std::string stampOf(std::int64_t nowMs) {
     return text.data();
 }
 
-std::string contentOf(const std::filesystem::path& file) {
-    if (std::filesystem::file_size(file) > LARGEST_FILE) {
+/// All that the system has to say against a file is a std::system_error, so that it is not taken for a fault
+/// of what is in it. Empty for a file that is not there.
+std::optional<std::string> contentOf(const std::filesystem::path& file) {
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0) {
+        if (errno == ENOENT) {
+            return std::nullopt;
+        }
+        fail(file.string());
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw std::system_error{std::make_error_code(std::errc::invalid_argument), "it is no regular file"};
+    }
+    if (static_cast<std::uintmax_t>(status.st_size) > LARGEST_FILE) {
         throw std::runtime_error{"is too large for a history"};
     }
-    std::ifstream stream{file, std::ios::binary};
-    std::string content{std::istreambuf_iterator<char>{stream}, std::istreambuf_iterator<char>{}};
-    if (!stream.is_open() || stream.bad()) {
-        throw std::runtime_error{"cannot be read"};
-    }
-    return content;
+    return OpenFile{file, O_RDONLY}.read();
 }
 
 } // namespace
@@ -90,9 +113,13 @@ HistoryFile::HistoryFile(std::filesystem::path place, std::ostream& errorStream)
 
 void HistoryFile::load(HistoryBook& book, std::int64_t nowMs) {
     try {
-        if (std::filesystem::exists(file)) {
-            book.load(contentOf(file));
+        if (const std::optional<std::string> content = contentOf(file)) {
+            book.load(*content);
         }
+    } catch (const std::system_error& failure) {
+        leave(failure.what());
+    } catch (const std::bad_alloc&) {
+        leave("there is no memory for it");
     } catch (const std::exception& failure) {
         setAside(failure.what(), nowMs);
     }
@@ -109,7 +136,17 @@ void HistoryFile::setAside(const std::string& why, std::int64_t nowMs) {
            << std::flush;
 }
 
+void HistoryFile::leave(const std::string& why) {
+    isForeign = true;
+    errors << "powerdistributiond: the history " + file.string() + " cannot be read: " + why +
+                  "; it is left as it is, and the new one stays in memory\n"
+           << std::flush;
+}
+
 void HistoryFile::save(const HistoryBook& book, std::int64_t nowMs) {
+    if (isForeign) {
+        return;
+    }
     try {
         write(book.save(nowMs));
         failing = false;

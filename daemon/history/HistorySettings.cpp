@@ -2,10 +2,14 @@
 
 #include "daemon/ConfigurationFile.h"
 
+#include <cerrno>
 #include <charconv>
+#include <filesystem>
 #include <optional>
 #include <set>
 #include <string>
+#include <system_error>
+#include <unistd.h>
 
 namespace velk::daemon {
 
@@ -52,6 +56,31 @@ std::string complaintOf(const Node& member) {
         return "expected a whole number from 1 to 1440 (minutes), not " + member.text();
     }
     return "";
+}
+
+/// What keeps the history from lying at `file`, as far as this user can tell.
+std::optional<Finding> obstacle(const ConfigurationFile& configuration, const Node& place) {
+    namespace fs = std::filesystem;
+    const fs::path file = configuration.resolved(place.text());
+    const fs::path folder = file.has_parent_path() ? file.parent_path() : ".";
+    const auto found = [&](Finding::Severity severity, const std::string& text) {
+        return configuration.at(place, severity, "\"file\": " + text);
+    };
+    std::error_code error;
+    if (const auto status = fs::status(file, error); fs::exists(status) && !fs::is_regular_file(status)) {
+        return found(Finding::Severity::Error,
+                     "expected the name of a file, but " + file.string() + " is something else");
+    }
+    if (!fs::is_directory(folder, error)) {
+        return found(Finding::Severity::Error,
+                     "expected a file in a folder that is there, but " + folder.string() + " is none");
+    }
+    if (access(folder.c_str(), W_OK | X_OK) != 0) {
+        return found(Finding::Severity::Warning,
+                     "the history cannot be saved by this user: " + folder.string() + ": " +
+                         std::generic_category().message(errno));
+    }
+    return std::nullopt;
 }
 
 bool isKnownMember(const std::string& name) {
@@ -110,6 +139,9 @@ Findings HistorySettings::check(const ConfigurationFile& configuration) {
         } else if (!complaint.empty()) {
             findings.push_back(configuration.at(member, Finding::Severity::Error,
                                                 "\"" + member.name() + "\": " + complaint));
+        } else if (const auto found =
+                       member.name() == "file" ? obstacle(configuration, member) : std::nullopt) {
+            findings.push_back(*found);
         }
     }
     return findings;

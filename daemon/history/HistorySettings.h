@@ -24,7 +24,8 @@ struct HistorySettings {
     /// What is not usable counts as not there; `check` tells.
     static HistorySettings of(const ConfigurationFile& configuration);
 
-    /// Members of the wrong kind or out of range are errors, unknown ones warnings.
+    /// Members of the wrong kind or out of range are errors, and so is a file that cannot be one; unknown
+    /// ones are warnings, and so is a folder into which this user cannot write.
     static Findings check(const ConfigurationFile& configuration);
 };
 

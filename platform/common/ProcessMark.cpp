@@ -75,14 +75,16 @@ std::string ProcessMark::ofThisProcess() {
            " machine=" + presentMachine();
 }
 
-bool ProcessMark::mayRun(const std::string& mark) {
+bool ProcessMark::mayRun(const std::string& mark, Origin origin) {
     const std::string pid = fieldOf(mark, "pid");
     const std::string start = fieldOf(mark, "start");
     if (pid.empty() || pid.find_first_not_of("0123456789") != std::string::npos || start.empty()) {
         return true;
     }
+    // A container has an identifier of its own but the boot of its host, so that the boot is what counts for
+    // a mark that must be of this machine.
     const std::string machine = fieldOf(mark, "machine");
-    if (!machine.empty() && machine != presentMachine()) {
+    if (origin == Origin::anyMachine && !machine.empty() && machine != presentMachine()) {
         return true;
     }
     if (fieldOf(mark, "boot") != presentBoot()) {

@@ -16,9 +16,15 @@ public:
     /// last is made from the machine's own identifier, which it does not give away.
     static std::string ofThisProcess();
 
+    /// Where a mark can come from.
+    enum class Origin {
+        anyMachine,
+        thisMachine, ///< one of another machine was brought here, and its process can be no more
+    };
+
     /// False when the process that `mark` names has certainly ended. True when it runs, and also when that
-    /// cannot be told from here (another space of processes, a text that is no mark).
-    static bool mayRun(const std::string& mark);
+    /// cannot be told from here (another machine, another space of processes, a text that is no mark).
+    static bool mayRun(const std::string& mark, Origin origin = Origin::anyMachine);
 };
 
 } // namespace velk::common

@@ -18,6 +18,11 @@ std::string forProgram(const char* script, const ProgramTable& table) {
     return replaced(replaced(script, "@PROGRAM@", table.name), "@ASK@", COMPLETING_COMMAND);
 }
 
+/// Likewise, with the options that go with a question.
+std::string forProgram(const char* script, const ProgramTable& table, const std::string& passed) {
+    return replaced(forProgram(script, table), "@PASSED@", passed);
+}
+
 std::string joined(const std::vector<std::string>& words, const char* between) {
     std::string text;
     for (const std::string& word : words) {
@@ -65,6 +70,19 @@ std::vector<std::string> patternsOfValued(const ProgramTable& table) {
     return patterns;
 }
 
+/// The options of the program itself that take a value, as cases: what they say holds for questions too.
+std::string passedOn(const ProgramTable& table, const char* between) {
+    std::vector<std::string> names;
+    for (const OptionRow& option : table.options) {
+        if (!option.value.empty() && option.offer == Offer::nothing) {
+            for (const std::string& name : namesOf(option)) {
+                names.push_back(name);
+            }
+        }
+    }
+    return names.empty() ? "''" : joined(names, between);
+}
+
 /// Where an argument stands: its number among those of its command, "*" from then on.
 std::string placeOf(const CommandRow& command, const ArgumentRow& argument) {
     return argument.isRepeated() ? "*" : std::to_string(&argument - command.arguments.data());
@@ -84,25 +102,46 @@ _@PROGRAM@_files() {
 }
 
 _@PROGRAM@_ask() {
-    mapfile -t COMPREPLY < <("$program" @ASK@ "$1" "$current" "$2" 2>/dev/null)
+    local candidate quoted
+    local -a found=()
+    mapfile -t found < <("$program" "${passed[@]}" @ASK@ "$1" "$current" "$2" 2>/dev/null)
+    for candidate in "${found[@]}"; do
+        # Within quotes it stands as it is.
+        [[ -n $quote ]] && quoted=$candidate || printf -v quoted %q "$candidate"
+        COMPREPLY+=("$quoted")
+    done
     if [[ ${#COMPREPLY[@]} == 1 && ${COMPREPLY[0]} == *. ]]; then
         compopt -o nospace 2>/dev/null
     fi
 }
 
 _@PROGRAM@() {
-    local program=$1 current=${COMP_WORDS[COMP_CWORD]} command= option= before= place=0 word i
+    local program=$1 current=${COMP_WORDS[COMP_CWORD]} command= option= before= place=0 word quote= taken= i
+    local -a passed=()
     COMPREPLY=()
+    [[ $current == [\"\']* ]] && quote=${current:0:1}
     current=${current#[\"\']}
+    [[ -n $quote ]] || current=${current//\\/}
     for ((i = 1; i < COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
         # The shell breaks words at these; what stands behind belongs to the word before.
-        if [[ $word == : || $word == = ]]; then
-            option=
+        if [[ -n $word && $word != *[!:=]* ]]; then
             ((i++))
+            if [[ -n $option ]]; then
+                case $option in
+                @PASSED@) passed=("$option" "${COMP_WORDS[i]//[\"\']/}"); taken=yes ;;
+                esac
+            elif [[ -n $taken ]]; then
+                passed[1]+=$word${COMP_WORDS[i]//[\"\']/}
+            fi
+            option=
             continue
         fi
+        taken=
         if [[ -n $option ]]; then
+            case $option in
+            @PASSED@) passed=("$option" "${word//[\"\']/}"); taken=yes ;;
+            esac
             option=
             continue
         fi
@@ -186,19 +225,26 @@ constexpr const char* ZSH_HEAD = R"sh(#compdef @PROGRAM@
 
 _@PROGRAM@_ask() {
     local -a found
-    found=(${(f)"$($program @ASK@ "$1" "$PREFIX" "$2" 2>/dev/null)"})
+    found=(${(f)"$($program $passed @ASK@ "$1" "$PREFIX" "$2" 2>/dev/null)"})
     compadd -S '' -- ${(M)found:#*.}
     compadd -- ${found:#*.}
 }
 
 _@PROGRAM@() {
-    local program=$words[1] curcontext=$curcontext state line
-    local -a commands common
+    local program=$words[1] curcontext=$curcontext state line i
+    local -a commands common passed
+    for ((i = 2; i < CURRENT; i++)); do
+        case $words[i] in
+        @PASSED@) passed=($words[i] ${(Q)words[i+1]}) ;;
+        esac
+    done
 )sh";
 
 constexpr const char* ZSH_TAIL = R"sh(        esac ;;
     esac
-}
+)sh";
+
+constexpr const char* ZSH_END = R"sh(}
 
 if [[ $funcstack[1] == _@PROGRAM@ ]]; then
     _@PROGRAM@ "$@"
@@ -268,10 +314,9 @@ std::string zshCommand(const ProgramTable& table, const CommandRow& command) {
 
 constexpr const char* FISH_HEAD = R"sh(# fish completion of @PROGRAM@, made from the table of its commands
 
-# __@PROGRAM@_at COMMAND PLACE: whether this argument of this command is being typed, any of them for '*'
-function __@PROGRAM@_at
+# The command and its arguments, as far as they have been typed, without options
+function __@PROGRAM@_words
     set -l command ''
-    set -l place 0
     set -l skip 0
     for word in (commandline -opc)[2..]
         if test $skip = 1
@@ -286,16 +331,46 @@ constexpr const char* FISH_WALK = R"sh(
             case '*:-*'
             case ':*'
                 set command $word
+                printf '%s\n' $word
             case '*'
-                set place (math $place + 1)
+                printf '%s\n' $word
         end
+    end
+end
+
+# __@PROGRAM@_at COMMAND PLACE: whether this argument of this command is being typed, any of them for '*'
+function __@PROGRAM@_at
+    set -l words (__@PROGRAM@_words)
+    set -l command ''
+    set -l place 0
+    if set -q words[1]
+        set command $words[1]
+        set place (math (count $words) - 1)
     end
     test "$command" = "$argv[1]"; and contains -- "$argv[2]" '*' $place
 end
 
+# The options that say which store is asked
+function __@PROGRAM@_passed
+    set -l option ''
+    for word in (commandline -opc)[2..]
+        if test -n "$option"
+            printf '%s\n' $option $word
+            set option ''
+            continue
+        end
+        switch $word
+            case @PASSED@
+                set option $word
+        end
+    end
+end
+
 function __@PROGRAM@_ask
     set -l program (commandline -opc)[1]
-    $program @ASK@ $argv[1] (commandline -ct) (commandline -opc)[-1] 2>/dev/null
+    set -l word (commandline -ct)
+    set -l words (__@PROGRAM@_words)
+    $program (__@PROGRAM@_passed) @ASK@ $argv[1] "$word" "$words[-1]" 2>/dev/null
 end
 
 complete -c @PROGRAM@ -f
@@ -312,6 +387,9 @@ std::string fishOption(const ProgramTable& table, const OptionRow& option, const
     }
     if (!option.value.empty()) {
         text += option.offer == Offer::file ? " -r -F" : " -x";
+    }
+    if (!kindOf(option.offer).empty()) {
+        text += " -a '(__" + table.name + "_ask " + kindOf(option.offer) + ")'";
     }
     return text + " -d " + fishQuoted(option.text) + "\n";
 }
@@ -347,13 +425,21 @@ std::string kindOf(Offer offer) {
     }
 }
 
+std::string completionFor(const std::string& shell, const ProgramTable& table) {
+    if (shell == "bash") {
+        return bashCompletion(table);
+    }
+    return shell == "zsh" ? zshCompletion(table) : shell == "fish" ? fishCompletion(table) : "";
+}
+
 std::string bashCompletion(const ProgramTable& table) {
-    return forProgram(BASH_HEAD, table) + "        " + joined(patternsOfValued(table), " | ") + BASH_WALK +
-           bashOptionValues(table) + bashOptions(table) + bashArguments(table) + forProgram(BASH_TAIL, table);
+    return forProgram(BASH_HEAD, table, passedOn(table, " | ")) + "        " +
+           joined(patternsOfValued(table), " | ") + BASH_WALK + bashOptionValues(table) + bashOptions(table) +
+           bashArguments(table) + forProgram(BASH_TAIL, table);
 }
 
 std::string zshCompletion(const ProgramTable& table) {
-    std::string script = forProgram(ZSH_HEAD, table) + "    commands=(\n";
+    std::string script = forProgram(ZSH_HEAD, table, passedOn(table, " | ")) + "    commands=(\n";
     for (const CommandRow* command : shownCommands(table)) {
         script += "        '" + command->name + ":" + zshText(command->text) + "'\n";
     }
@@ -361,13 +447,16 @@ std::string zshCompletion(const ProgramTable& table) {
     for (const OptionRow& option : table.options) {
         script += "        " + zshOption(table, option) + "\n";
     }
+    if (table.commands.empty()) {
+        return script + "    )\n    _arguments $common\n" + forProgram(ZSH_END, table);
+    }
     script += "    )\n    _arguments -C $common '1:command:->command' '*::argument:->argument'\n"
               "    case $state in\n    command) _describe command commands ;;\n"
               "    argument)\n        case $words[1] in\n";
     for (const CommandRow* command : shownCommands(table)) {
         script += zshCommand(table, *command);
     }
-    return script + forProgram(ZSH_TAIL, table);
+    return script + ZSH_TAIL + forProgram(ZSH_END, table);
 }
 
 std::string fishCompletion(const ProgramTable& table) {
@@ -375,7 +464,7 @@ std::string fishCompletion(const ProgramTable& table) {
     for (const std::string& pattern : patternsOfValued(table)) {
         script += "'" + pattern + "' ";
     }
-    script += forProgram(FISH_WALK, table);
+    script += forProgram(FISH_WALK, table, passedOn(table, " "));
     for (const OptionRow& option : table.options) {
         script += fishOption(table, option, "");
     }

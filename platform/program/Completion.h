@@ -17,6 +17,9 @@ std::string bashCompletion(const ProgramTable& table);
 std::string zshCompletion(const ProgramTable& table);
 std::string fishCompletion(const ProgramTable& table);
 
+/// The one for "bash", "zsh" or "fish"; empty for any other.
+std::string completionFor(const std::string& shell, const ProgramTable& table);
+
 /// "path", "part", "setting", "action"; empty for what is not asked of the program.
 std::string kindOf(Offer offer);
 

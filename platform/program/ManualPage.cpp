@@ -118,8 +118,8 @@ std::string references(const ProgramTable& table) {
 } // namespace
 
 std::string manualPage(const ProgramTable& table) {
-    std::string page = ".TH " + upper(table.name) + " " + std::to_string(table.section) + " \"\" \"" +
-                       table.name + " " + table.version + "\" \"Power distribution\"\n";
+    std::string page = ".TH " + upper(table.name) + " " + std::to_string(table.section) + " \"" + table.date +
+                       "\" \"" + table.name + " " + table.version + "\" \"Power distribution\"\n";
     // Commands and options are copied from here: no word is broken, no margin filled up with blanks.
     page += ".nh\n.ad l\n";
     page += title("NAME") + escaped(table.name) + " \\- " + escaped(table.text) + "\n";

@@ -61,6 +61,7 @@ struct ProgramTable {
     std::string name;
     std::string text; ///< one sentence
     std::string version{};
+    std::string date{};                 ///< of this version: "2026-11-21"
     int section{1};                     ///< of the manual
     std::vector<OptionRow> options{};   ///< understood with every command
     std::vector<CommandRow> commands{}; ///< none for a program that does one thing

@@ -15,8 +15,8 @@ constexpr const char* JOIN_GROUP = "is this user in the group that owns the stor
 constexpr const char* MAKE_SPACE = "make space, and what was kept in memory is written by itself";
 constexpr const char* REACH_SERVER = "is the store's server running, and does TESS_URL lead to it?";
 constexpr const char* SET_ASIDE =
-    "set the file aside and start powerdistributiond anew; \"tess import\" brings back what "
-    "\"tess export\" has kept";
+    "stop powerdistributiond, set the file aside, \"tess import\" what \"tess export\" has kept, and start "
+    "powerdistributiond";
 
 std::string ofStore(StoreFault fault) {
     switch (fault) {
@@ -41,6 +41,10 @@ std::string ofStore(StoreFault fault) {
 }
 
 std::string ofDatabase(int resultCode) {
+    // A file that is mapped into memory finds no room on a full disk.
+    if (resultCode == SQLITE_IOERR_SHMSIZE || resultCode == SQLITE_IOERR_SHMMAP) {
+        return MAKE_SPACE;
+    }
     switch (resultCode & 0xff) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:

@@ -42,6 +42,7 @@ struct ChannelRecord {
 struct StoreSnapshot {
     std::vector<qz::CDevice> devices;    ///< by identifier
     std::vector<ChannelRecord> channels; ///< by device, then by identifier
+    bool ofSeveralMachines{false};       ///< programs of other machines may work on it
 };
 
 /// One change of the store as a watcher sees it.

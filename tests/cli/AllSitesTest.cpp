@@ -89,6 +89,13 @@ TEST_F(AllSitesTest, NotesOfTheDaemonAreNoValuesOfTheDevice) {
     EXPECT_NE(out.str().find("3 min ago\n"), std::string::npos) << out.str();
 }
 
+TEST_F(AllSitesTest, CommunicationStatesAreNoValuesOfTheDevice) {
+    SnapshotBuilder& berlin = site("berlin", "Line 1500", "L-1");
+    berlin.channel(20, "CommunicationStatus.Counter", qz::CValue{7U}).writtenMs = SnapshotBuilder::NOW_MS;
+    run();
+    EXPECT_NE(out.str().find("3 min ago\n"), std::string::npos) << out.str();
+}
+
 TEST_F(AllSitesTest, SiteThatNobodyHasWrittenIsShownAsSuch) {
     stores["empty"].record(5000).initialized = false;
     stores["empty"].record(5000).value = qz::CValue{};

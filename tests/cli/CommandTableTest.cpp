@@ -7,10 +7,12 @@
 #include "platform/program/ProgramParser.h"
 #include "testing/ChildProcess.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <sstream>
 
 namespace velk::cli {
@@ -53,7 +55,7 @@ std::vector<std::string> bashCandidates(const std::vector<std::vector<std::strin
     for (const auto& words : lines) {
         program += "COMP_WORDS=(";
         for (const std::string& word : words) {
-            program += " '" + word + "'";
+            program += " '" + std::regex_replace(word, std::regex{"'"}, "'\\''") + "'";
         }
         program += "); COMP_CWORD=" + std::to_string(words.size() - 1) + "; _tess " + words.front() +
                    "; echo \" ${COMPREPLY[*]} \"\n";
@@ -120,6 +122,13 @@ TEST(CommandTableTest, EveryRowIsInTheManual) {
     }
 }
 
+TEST(CommandTableTest, ManualsHaveTheDateOfTheirVersion) {
+    EXPECT_THAT(program::manualPage(commandTable()),
+                ::testing::ContainsRegex("^\\.TH TESS 1 \"20[0-9]{2}-[0-9]{2}-[0-9]{2}\" \"tess [0-9.]+\" "));
+    EXPECT_THAT(program::manualPage(daemon::daemonTable()),
+                ::testing::ContainsRegex("^\\.TH POWERDISTRIBUTIOND 8 \"20[0-9]{2}-[0-9]{2}-[0-9]{2}\" "));
+}
+
 TEST(CommandTableTest, ManualsAreCleanForTheFormatter) {
     for (const ProgramTable* table : {&commandTable(), &daemon::daemonTable()}) {
         velk::testing::ChildProcess groff{{"/usr/bin/groff", "-man", "-ww", "-z", "-Tascii"}};
@@ -166,6 +175,42 @@ TEST(CommandTableTest, BashKnowsWhereInTheLineItIs) {
                                            program::bashCompletion(commandTable()));
     EXPECT_EQ(candidates, (std::vector<std::string>{" status ", " bash zsh fish ", " zsh ", "  ", " bash ",
                                                     " --every ", "  "}));
+}
+
+TEST(CommandTableTest, AShellAsksTheStoreThatWasTyped) {
+    const std::string script =
+        program::bashCompletion(commandTable()) + "\nasked() { printf '%s\\n' \"a b;c\" \"$*\"; }\n";
+    const auto candidates =
+        bashCandidates({{"asked", "--store", "redis", ":", "//h/s?x", "=", "1", "get", "I"},
+                        {"asked", "--store", "=", "memory", ":", "x", "get", ""},
+                        {"asked", "get", "--store", "'sqlite:/x'", "O"},
+                        {"asked", "get", "'I"}},
+                       script);
+    EXPECT_EQ(candidates,
+              (std::vector<std::string>{R"( a\ b\;c --store\ redis://h/s\?x=1\ complete-paths\ path\ I\  )",
+                                        R"( a\ b\;c --store\ memory:x\ complete-paths\ path\ \  )",
+                                        R"( a\ b\;c --store\ sqlite:/x\ complete-paths\ path\ O\  )",
+                                        R"( a b;c complete-paths path I  )"}));
+}
+
+TEST(CommandTableTest, FishOffersPathsAsValuesOfOptionsAndAsksForThePartThatStandsBefore) {
+    const std::string fish = program::fishCompletion(commandTable());
+    expectIn(fish, "-n \"__tess_at events '*'\" -l path -x -a '(__tess_ask path)'");
+    expectIn(fish, "$program (__tess_passed) complete-paths $argv[1] \"$word\" \"$words[-1]\"");
+    expectIn(fish, "            case --store\n");
+    expectIn(program::zshCompletion(commandTable()), "--store) passed=($words[i]");
+}
+
+TEST(CommandTableTest, TheDaemonHasCompletionsToo) {
+    const auto candidates = bashCandidates(
+        {{"powerdistributiond", "--c"}, {"powerdistributiond", "--check", "--m"}},
+        "_tess() { _powerdistributiond \"$@\"; }\n" + program::bashCompletion(daemon::daemonTable()));
+    EXPECT_EQ(candidates, (std::vector<std::string>{" --config --check --completion ", " --manual "}));
+    expectIn(program::zshCompletion(daemon::daemonTable()), "    _arguments $common\n");
+    expectIn(program::fishCompletion(daemon::daemonTable()),
+             "complete -c powerdistributiond -l config -r -F");
+    EXPECT_EQ(program::completionFor("zsh", daemon::daemonTable()),
+              program::zshCompletion(daemon::daemonTable()));
 }
 
 TEST(CommandTableTest, ZshAndFishHaveEveryCommandAndEveryOption) {

@@ -3,6 +3,7 @@
 #include "cli/doctor/MachineDiagnosis.h"
 #include "cli/doctor/ProgramOutput.h"
 #include "cli/doctor/StoreDiagnosis.h"
+#include "cli/doctor/TrustedFile.h"
 #include "platform/common/ProcessMark.h"
 #include "testing/ChildProcess.h"
 #include "testing/TemporaryDirectory.h"
@@ -15,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace velk::cli {
 namespace {
@@ -77,8 +79,8 @@ TEST(DoctorStoreTest, ContentThatContradictsItselfIsAProblem) {
 
 TEST(DoctorStoreTest, WhoHasTheStoreOpenIsNamed) {
     EXPECT_EQ(diagnoseUsers({}).detail, "no other program that this user can see");
-    EXPECT_EQ(diagnoseUsers({{12, "tess"}, {30, "powerdistribut"}}).detail,
-              "tess (process 12), powerdistribut (process 30)");
+    EXPECT_EQ(diagnoseUsers({{12, "tess"}, {30, "powerdistributiond"}}).detail,
+              "tess (process 12), powerdistributiond (process 30)");
 }
 
 TEST(DoctorStoreTest, TheEngineIsToldWithItsSizes) {
@@ -180,9 +182,54 @@ TEST(DoctorDaemonTest, TheConfigurationIsTheOneOfTheDaemonsCommandLine) {
         {"/bin/sh", "-c", "echo up; read line", "sh", "--config", "etc/velk.json"}};
     ASSERT_TRUE(daemon.awaitOutput("up"));
     const DaemonState state{DaemonState::Kind::Running, daemon.pid(), NOW_MS, "x"};
-    EXPECT_EQ(configurationOfDaemon(state), std::filesystem::current_path().string() + "/etc/velk.json");
+    EXPECT_EQ(configurationOfDaemon(state, "/bin/sh").file,
+              std::filesystem::current_path().string() + "/etc/velk.json");
+    EXPECT_EQ(configurationOfDaemon(state, "/bin/cat").doubt,
+              "process " + std::to_string(daemon.pid()) + ", as far as this user can see, is not /bin/cat");
     daemon.closeInput();
     EXPECT_EQ(daemon.finish(), 1) << "read found the end";
+}
+
+TEST(DoctorDaemonTest, ADaemonThatDoesNotAnswerIsAProblem) {
+    expectProblem(diagnoseDaemon({DaemonState::Kind::Running, 12, NOW_MS, "x", false}, NOW_MS),
+                  "does not answer", "systemctl restart");
+}
+
+TEST_F(DoctorFilesTest, AFileIsTrustedWhenNobodyButItsOwnerCanHaveMadeIt) {
+    const std::string file = write("velk.json", "{}", 0640);
+    EXPECT_EQ(distrustOf(file), "");
+    chmod(file.c_str(), 0660);
+    EXPECT_EQ(distrustOf(file), file + " can be written by others than its owner (0660)");
+    chmod(file.c_str(), 0640);
+    chmod(folder.path().c_str(), 0770);
+    EXPECT_EQ(distrustOf(file), folder.path().string() + " can be written by others than its owner (0770)");
+    EXPECT_NE(distrustOf(file + "x"), "");
+}
+
+TEST_F(DoctorFilesTest, AFileOfSomebodyElseIsNotTrusted) {
+    const std::string file = write("velk.json", "{}", 0640);
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown(file.c_str(), 65534, 0), 0);
+        EXPECT_NE(distrustOf(file).find(" belongs to "), std::string::npos) << distrustOf(file);
+    } else {
+        EXPECT_EQ(distrustOf("/etc/passwd"), "") << "of root";
+    }
+}
+
+TEST_F(DoctorFilesTest, PluginsThatOthersCanHaveWrittenAreNotTrusted) {
+    std::filesystem::create_directory(folder / "plugins");
+    const std::string library = write("plugins/a.so", "", 0775);
+    const std::string named =
+        write("named.json", R"({"protocolLibraries": ["plugins/a.so", "none.so"]})", 0640);
+    const std::string ofFolder = write("folder.json", R"({"protocolLibraries": ["plugins"]})", 0640);
+    const std::string doubt = library + " can be written by others than its owner (0775)";
+    EXPECT_EQ(distrustOfPlugins(named), doubt);
+    EXPECT_EQ(distrustOfPlugins(ofFolder), doubt);
+    chmod(library.c_str(), 0755);
+    EXPECT_EQ(distrustOfPlugins(named), "");
+    EXPECT_EQ(distrustOfPlugins(ofFolder), "");
+    write("b.so", "", 0775);
+    EXPECT_NE(distrustOfPlugins(write("beside.json", "{}", 0640)), "");
 }
 
 TEST(DoctorDaemonTest, AnAnswerThatCannotBeReadIsAProblem) {
@@ -256,10 +303,24 @@ tessapi::StoreHealth copied(std::uint64_t written) {
 TEST(DoctorWearTest, WhatIsWrittenAnHourIsHeldAgainstWhatAFlashBears) {
     constexpr std::uint64_t mib = 1024 * 1024;
     EXPECT_EQ(diagnoseWear(copied(30 * mib), 7200.0),
-              Diagnosis::ok("wear", "30.0 MiB written since the boot, 15.0 MiB an hour"));
+              Diagnosis::ok("wear", "30.0 MiB written in 2 h, 15.0 MiB an hour"));
     EXPECT_EQ(diagnoseWear(copied(31 * mib), 7200.0).kind, Kind::Note);
     expectProblem(diagnoseWear(copied(201 * mib), 7200.0), "100 MiB an hour", "keep=SECONDS");
-    EXPECT_EQ(diagnoseWear(copied(201 * mib), 599.0).kind, Kind::Ok);
+}
+
+TEST(DoctorWearTest, AShortTimeHasNoRateButHeavyWearShows) {
+    constexpr std::uint64_t kib = 1024;
+    EXPECT_EQ(diagnoseWear(copied(133 * kib), 4.0), Diagnosis::ok("wear", "133 KiB written in 4 s"));
+    EXPECT_EQ(diagnoseWear(copied(3000 * kib), 60.0).kind, Kind::Note);
+    expectProblem(diagnoseWear(copied(200 * 1024 * kib), 300.0), "200 MiB written in 5 min", "keep=SECONDS");
+}
+
+TEST_F(DoctorFilesTest, TheTimeOfCountingIsTheAgeOfTheFileThatIsWorkedOn) {
+    struct timespec now {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const std::string file = write("tess.db", "", 0660);
+    EXPECT_LT(secondsSinceMade(file, now.tv_sec * 1000), 60.0);
+    EXPECT_GT(secondsSinceMade("/nowhere/at/all", now.tv_sec * 1000), 0.0) << "since the boot";
 }
 
 TEST(DoctorWearTest, AStoreThatIsWrittenThroughIsWorthANote) {
@@ -285,6 +346,25 @@ TEST(DoctorQueueTest, ACopyThatFailsOrLagsIsAProblem) {
     health.copy->failure = "disk full";
     health.copy->failingSinceMs = NOW_MS - 60'000;
     expectProblem(only(diagnoseQueues(health, NOW_MS)), ": disk full", "mend that");
+}
+
+TEST(DoctorQueueTest, WhatADaemonKeepsForAServerIsNotSeenAndItIsSaidWhereItIs) {
+    tessapi::StoreHealth health;
+    health.engine = "redis";
+    const Diagnosis found = only(diagnoseQueues(health, NOW_MS));
+    EXPECT_EQ(found.kind, Kind::Note);
+    EXPECT_NE(found.detail.find("cannot be seen from here"), std::string::npos);
+    EXPECT_NE(found.advice.find("journalctl -u powerdistributiond"), std::string::npos);
+    EXPECT_EQ(diagnoseQueueOfServer(), found);
+}
+
+TEST(DoctorStoreTest, TheSchemaVersionsOfTheStoreAndOfTheProgramAreTold) {
+    tessapi::StoreHealth health;
+    health.engine = "sqlite";
+    EXPECT_EQ(diagnoseEngine(health).detail, "sqlite");
+    health.schemaVersion = 1;
+    health.schemaOfEngine = 2;
+    EXPECT_EQ(diagnoseEngine(health).detail, "sqlite, schema version 1 (of this program: 2)");
 }
 
 TEST(DoctorQueueTest, ALogThatGrowsIsAProblem) {

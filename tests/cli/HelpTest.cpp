@@ -76,6 +76,44 @@ TEST(HelpTest, AMisspeltCommandNamesTheNearest) {
     EXPECT_EQ(said.out, "");
 }
 
+TEST(HelpTest, AMisspeltCommandIsFoundBehindOptionsToo) {
+    expectAll(parse({"--store", "memory:x", "statsu"}).err,
+              {"tess: no such command: \"statsu\"; did you mean \"status\"?"});
+    expectAll(parse({"--store=memory:x", "--json", "statsu"}).err, {"did you mean \"status\"?"});
+}
+
+TEST(HelpTest, EveryUsageErrorNamesTheProgramAndTheWrongWord) {
+    expectAll(parse({}).err, {"tess: no command; tess --help names them\n"});
+    expectAll(parse({"--bogus"}).err, {"tess: no such option before a command: \"--bogus\""});
+    expectAll(parse({"status", "--bogus"}).err, {"tess: ", "--bogus"});
+    expectAll(parse({"--store"}).err, {"tess: --store"});
+}
+
+TEST(HelpTest, NothingIsNeitherAStoreNorATime) {
+    for (const auto& words : {std::vector<const char*>{"--store", "", "status"},
+                              {"history", "x", "--since", ""},
+                              {"events", "--since", ""},
+                              {"alarms", "--history", "--since", ""}}) {
+        const Said said = parse(words);
+        EXPECT_EQ(said.code, ExitCode::Usage);
+        expectAll(said.err, {"tess: --", "expected something"});
+    }
+}
+
+TEST(HelpTest, NumbersThatAreNoneAreUsageErrors) {
+    for (const auto& words : {std::vector<const char*>{"logs", "-n", "-1"},
+                              {"logs", "-n", "99999999999999999999"},
+                              {"watch", "--count", "-1"},
+                              {"watch", "--for", "nan"},
+                              {"watch", "--interval", "nan"},
+                              {"watch", "--interval", "1x"},
+                              {"set", "a", "1", "--timeout", "nan"},
+                              {"set", "a", "1", "--timeout", "86401"}}) {
+        EXPECT_EQ(parse(words).code, ExitCode::Usage) << words[1] << " " << words.back();
+    }
+    EXPECT_FALSE(parse({"watch", "--interval", "0.5", "--count", "3", "--for", "86400"}).code);
+}
+
 TEST(HelpTest, AMisspeltOptionIsAUsageError) {
     EXPECT_EQ(parse({"status", "--jsn"}).code, ExitCode::Usage);
     EXPECT_EQ(parse({}).code, ExitCode::Usage);

@@ -185,6 +185,57 @@ TEST_F(HistoryScreenTest, StatesHaveALineEachWithTheirShare) {
     EXPECT_THAT(text, ::testing::ContainsRegex("21:13 +21:43 +22:13\n"));
 }
 
+TEST_F(HistoryScreenTest, SharesAreOfTheTimeOfWhichSomethingIsKnown) {
+    HistoryAnswer answer = past("state");
+    answer.changes = {{TO_MS - 1'200'000, qz::CValue{2U}}, {TO_MS - 300'000, qz::CValue{3U}}};
+    screen("Status.Mode", answer).print();
+    const std::string text = session.takeOut();
+    EXPECT_THAT(text, ::testing::HasSubstr(" 75.0 %, 1 time\n"));
+    EXPECT_THAT(text, ::testing::HasSubstr(" 25.0 %, 1 time\n"));
+}
+
+TEST_F(HistoryScreenTest, TheAxisStandsBelowTheLongestNameOfAState) {
+    builder.channel(20, "Status.Long", qz::CValue{3U}).states =
+        test::statesOf({{2, "on line"}, {3, "on line interactive normal"}});
+    session.session.width = 100;
+    HistoryAnswer answer = past("state");
+    answer.changes = {{FROM_MS, qz::CValue{2U}}, {TO_MS - 900'000, qz::CValue{3U}}};
+    screen("Status.Long", answer).print();
+    std::istringstream lines{session.takeOut()};
+    std::string line;
+    std::getline(lines, line);
+    std::size_t rows = 0;
+    for (; std::getline(lines, line) && line.find_first_of("|+") != std::string::npos; ++rows) {
+        EXPECT_EQ(line.find_first_of("|+"), 27U) << line;
+    }
+    EXPECT_EQ(rows, 3U);
+}
+
+TEST_F(HistoryScreenTest, ANarrowAxisHasOnlyTheTimesThatStandApart) {
+    session.session.width = 30;
+    const HistoryAnswer answer = rising(HistoryScreen::columnsFor(session.session));
+    screen("Measure.Voltage", answer).print();
+    EXPECT_THAT(session.takeOut(), ::testing::HasSubstr("\n             21:13 21:43 22:13\n"));
+    session.session.width = 26;
+    screen("Measure.Voltage", answer).print();
+    EXPECT_THAT(session.takeOut(), ::testing::HasSubstr("\n             21:13   22:13\n"));
+    session.session.width = 21;
+    screen("Measure.Voltage", answer).print();
+    EXPECT_THAT(session.takeOut(), ::testing::HasSubstr("\n             21:13\n"));
+}
+
+TEST_F(HistoryScreenTest, AListHasTheNewestThousand) {
+    HistoryAnswer answer = past("text");
+    for (int i = 0; i < 1002; ++i) {
+        answer.changes.push_back({FROM_MS + i, qz::CValue{"text " + std::to_string(i)}});
+    }
+    screen("Status.Text", answer).print();
+    const std::string text = session.takeOut();
+    EXPECT_EQ(text.find("  text 1 "), std::string::npos);
+    EXPECT_NE(text.find("  text 2 "), std::string::npos);
+    EXPECT_THAT(session.err.str(), ::testing::HasSubstr("2 older changes are not shown"));
+}
+
 TEST_F(HistoryScreenTest, TextsAreAListWithTheirDurations) {
     HistoryAnswer answer = past("text");
     answer.changes = {

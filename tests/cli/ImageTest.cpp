@@ -183,6 +183,18 @@ TEST(ImageTest, WhatIsNoImageIsRefusedAtItsPlace) {
     EXPECT_NE(complaint("\"lastChannel\"", "lastChannel").find("store.json:5:1: "), std::string::npos);
 }
 
+TEST(ImageTest, ALevelThatNoAlarmHasIsRefusedAtItsPlace) {
+    const std::string trigger =
+        R"("triggers": [{"level": 99, "type": 1, "threshold1": null, "threshold2": null, )"
+        R"("priority": 0, "code": "", "extra": null, "extraWord": 0}]}])";
+    EXPECT_EQ(complaint("\"triggers\": []}]", trigger), "store.json:12:178: there is no alarm level 99");
+    const std::string event =
+        R"("alarmEvents": [{"number": 1, "time": 1, "raised": true, "device": 20, "channel": 1000, "place": "", )"
+        R"("name": "", "code": "", "message": "", "level": 3, "priority": 0, "type": 1, "value": null, )"
+        R"("threshold1": null, "threshold2": null}])";
+    EXPECT_NE(complaint("\"alarmEvents\": []", event).find("there is no alarm level 3"), std::string::npos);
+}
+
 TEST(ImageTest, ElementsMayTakeSeveralLinesAndHoldBracketsInTheirTexts) {
     EXPECT_EQ(complaint("{\"float32\": 230.1}", "{\"float32\":\n  \"many\"}"),
               "store.json:12:3: expected a number, \"nan\", \"inf\" or \"-inf\"");

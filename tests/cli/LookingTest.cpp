@@ -1,4 +1,4 @@
-#include "tests/cli/SampleStore.h"
+#include "tests/cli/TessTest.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,27 +13,13 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using Json = nlohmann::ordered_json;
 
-/// `tess` as people and scripts meet it, on a store in another process.
-class LookingTest : public ::testing::Test {
+class LookingTest : public test::TessTest {
 protected:
-    /// Runs `tess` to its end and gives its exit code; `out` and `err` are what it said.
-    int tess(const std::vector<std::string>& arguments) {
-        const auto program = sample.start(arguments);
-        const int code = program->finish();
-        out = program->output();
-        err = program->errors();
-        return code;
-    }
-
     Json json(std::vector<std::string> arguments) {
         arguments.emplace_back("--json");
         EXPECT_EQ(tess(arguments), 0) << err;
         return Json::parse(out);
     }
-
-    test::SampleStore sample;
-    std::string out;
-    std::string err;
 };
 
 TEST_F(LookingTest, StatusTellsDeviceModeCommunicationAndAlarms) {

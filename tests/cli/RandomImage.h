@@ -58,6 +58,11 @@ public:
     }
 
 private:
+    tessapi::LevelAlarm level() {
+        const std::uint64_t drawn = upTo(4);
+        return static_cast<tessapi::LevelAlarm>(drawn == 0 ? 0 : 3 + drawn);
+    }
+
     std::uint64_t upTo(std::uint64_t greatest) { return random() % (greatest + 1); }
     std::uint64_t wide() { return std::uint64_t{random()} << 32U | random(); }
     std::int64_t time() { return static_cast<std::int64_t>(wide() >> 20U); }
@@ -141,10 +146,9 @@ private:
             made.states.add(anyValue(), text());
         }
         for (std::uint64_t left = upTo(2); left > 0; --left) {
-            made.alarmConfig.triggers.push_back({static_cast<tessapi::LevelAlarm>(upTo(7)),
-                                                 static_cast<std::int8_t>(upTo(5)), anyValue(), anyValue(),
-                                                 static_cast<std::int32_t>(random()), text(), anyValue(),
-                                                 static_cast<std::uint32_t>(random())});
+            made.alarmConfig.triggers.push_back({level(), static_cast<std::int8_t>(upTo(5)), anyValue(),
+                                                 anyValue(), static_cast<std::int32_t>(random()), text(),
+                                                 anyValue(), static_cast<std::uint32_t>(random())});
         }
         return made;
     }

@@ -44,6 +44,15 @@ TEST_F(SinceTextTest, ATimeInUtcIsThatTime) {
     EXPECT_EQ(sinceMs("2023-11-14T22:13Z", 0), NOW_MS - 20'000);
 }
 
+TEST_F(SinceTextTest, ATimeOfTheDayIsTheLastOne) {
+    EXPECT_EQ(sinceMs("22:13", NOW_MS), NOW_MS - 20'000);
+    EXPECT_EQ(sinceMs("22:13:20", NOW_MS), NOW_MS);
+    EXPECT_EQ(sinceMs("22:13:21", NOW_MS), NOW_MS - 86'399'000) << "of yesterday";
+    EXPECT_EQ(sinceMs("02:30", NOW_MS), NOW_MS - 71'000'000);
+    zone("UTC-3");
+    EXPECT_EQ(sinceMs("01:13", NOW_MS), NOW_MS - 20'000);
+}
+
 TEST_F(SinceTextTest, AZoneCounts) {
     EXPECT_EQ(sinceMs("2023-11-14T23:13:20+01:00", 0), NOW_MS);
     EXPECT_EQ(sinceMs("2023-11-14T16:43:20-0530", 0), NOW_MS);
@@ -57,9 +66,9 @@ TEST_F(SinceTextTest, WithoutZoneItIsLocalTimeAlsoInTheFormThatTessPrints) {
 }
 
 TEST_F(SinceTextTest, WhatIsNoTimeIsAUsageErrorThatSaysWhatIsExpected) {
-    for (const char* text :
-         {"soon", "1", "1w", "-1h", "1.5h", "h", " 1h", "1h ", "1000000000s", "2023-11-14T", "2023-02-30",
-          "2023-13-01", "2023-11-14T24:00", "2023-11-14T22:60Z", "2023-11-14T22:13:20+1", "22:13"}) {
+    for (const char* text : {"soon", "1", "1w", "-1h", "1.5h", "h", " 1h", "1h ", "1000000000s",
+                             "2023-11-14T", "2023-02-30", "2023-13-01", "2023-11-14T24:00",
+                             "2023-11-14T22:60Z", "2023-11-14T22:13:20+1", "24:13", "2:13", "22:60"}) {
         try {
             sinceMs(text, NOW_MS);
             FAIL() << text;
@@ -67,7 +76,7 @@ TEST_F(SinceTextTest, WhatIsNoTimeIsAUsageErrorThatSaysWhatIsExpected) {
             EXPECT_EQ(failure.exitCode(), ExitCode::Usage);
             EXPECT_EQ(failure.what(), "\"" + std::string{text} +
                                           "\" is no time; expected how long ago (90s, 15m, 1h, 2d) or a time "
-                                          "such as 2026-11-21T13:38:11Z or \"2026-11-21 13:38\"");
+                                          "such as 02:30, 2026-11-21T13:38:11Z or \"2026-11-21 13:38\"");
         }
     }
 }

@@ -101,6 +101,25 @@ TEST(StoreViewTest, AnExactPathIsThatPointAloneEvenWhenOthersBeginWithIt) {
     EXPECT_EQ(selected(view, "Setting.Temperature"), std::vector<std::string>{"Setting.Temperature"});
 }
 
+TEST(StoreViewTest, WhereOneIsWantedAGlobOrAPartTellsHowManyItIs) {
+    const StoreView view{twoOutlets().build()};
+    const auto refusal = [&view](const char* path) -> std::string {
+        try {
+            return "took " + view.require(path).path;
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.exitCode(), ExitCode::NoSuchPath);
+            return failure.what();
+        }
+    };
+    EXPECT_EQ(refusal("Outlets.*.Measure.Voltage"),
+              "this takes one path; 2 match \"Outlets.*.Measure.Voltage\": Outlets.1.Measure.Voltage, "
+              "Outlets.2.Measure.Voltage");
+    EXPECT_EQ(refusal("Outlets.1"), "this takes one path; 2 are below \"Outlets.1\": "
+                                    "Outlets.1.Measure.Voltage, Outlets.1.Status.SwitchedOn");
+    EXPECT_EQ(refusal("Inlets.*"), "nothing in the store matches \"Inlets.*\"");
+    EXPECT_EQ(refusal("Outlets.1.Measure.Voltage"), "took Outlets.1.Measure.Voltage");
+}
+
 TEST(StoreViewTest, AWrongPathNamesTheNearestRightOne) {
     const StoreView view{twoOutlets().build()};
     EXPECT_EQ(failureOf(view, "Outlets.1.Measure.Voltge"),

@@ -41,8 +41,10 @@ TEST_F(TimeTextTest, TheAgeIsInTheGreatestUnitOfWhichTwoHavePassed) {
     EXPECT_EQ(ageText(NOW - 172'800'000, NOW), "2 d ago");
 }
 
-TEST_F(TimeTextTest, ATimeThatHasNotComeYetIsJustNow) {
+TEST_F(TimeTextTest, ATimeThatHasNotComeYetIsJustNowForAMinuteAndThenInTheFuture) {
     EXPECT_EQ(ageText(NOW + 60'000, NOW), "just now");
+    EXPECT_EQ(ageText(NOW + 61'000, NOW), "61 s in the future");
+    EXPECT_EQ(ageText(NOW + 3 * 3'600'000, NOW), "3 h in the future");
 }
 
 TEST_F(TimeTextTest, TimeAndAgeStandTogetherAndNeverIsNever) {

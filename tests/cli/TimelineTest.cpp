@@ -104,6 +104,32 @@ TEST_F(TimelineTest, AWriteTellsWhoAskedAndWhatBecameOfIt) {
     EXPECT_NE(told.find("5 asked for by bob: nobody took it: no answer within 10.0 s\n"), std::string::npos);
 }
 
+TEST_F(TimelineTest, AWriteOfTheDaemonIsItsOwn) {
+    write(NOW_MS, "Connectivity.PrivateAction.SetMacAddress", "x", "", "", "powerdistributiond");
+    EXPECT_NE(events().find("x asked for by the daemon itself: accepted\n"), std::string::npos);
+}
+
+TEST_F(TimelineTest, AnEndOfTheServiceIsNoLossOfTheDevice) {
+    daemonChannel(CommunicationNote::CHANNEL, R"([{"timeMs":1699990000000,"device":"","state":"stopped"},
+        {"timeMs":1699990060000,"device":"","state":"connected"}])");
+    const std::string told = events();
+    EXPECT_NE(told.find("CommunicationStatus.State  service stopped\n"), std::string::npos) << told;
+    EXPECT_NE(told.find("connected, was service stopped for 60 s\n"), std::string::npos) << told;
+}
+
+TEST_F(TimelineTest, APathThatNobodyKnowsIsAskedBack) {
+    EXPECT_EQ(events({"", "Otlets.1"}), "");
+    EXPECT_EQ(err, "tess: nothing is known by that path; did you mean \"Outlets.1\"?\n"
+                   "tess: nothing happened, as far as the store knows\n");
+    events({"", "Otlets.*"});
+    EXPECT_EQ(err.find("tess: nothing is known by that path\n"), 0U) << err;
+    write(NOW_MS - 7'200'000, "Gone.Setting.Other", "5", "");
+    for (const char* known : {"Outlets.1", "Outlets.*.Setting.*", "Gone", "Status.LowRuntime"}) {
+        EXPECT_EQ(events({"1h", known}), "");
+        EXPECT_EQ(err, "tess: nothing happened, as far as the store knows\n") << known;
+    }
+}
+
 TEST_F(TimelineTest, SinceLeavesOutWhatWasBefore) {
     lowRuntime(NOW_MS - 7'200'000, true);
     lowRuntime(NOW_MS - 600'000, false);

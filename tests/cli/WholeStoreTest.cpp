@@ -1,7 +1,9 @@
+#include "cli/Inquiry.h"
+#include "cli/JournalEntry.h"
 #include "platform/common/ProcessMark.h"
 #include "platform/tessapi/StoreImage.h"
 #include "platform/tessapi/TessAccessor.h"
-#include "tests/cli/SampleStore.h"
+#include "tests/cli/TessTest.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
+#include <thread>
 
 namespace velk::cli {
 namespace {
@@ -20,16 +23,8 @@ using ::testing::Not;
 using Json = nlohmann::ordered_json;
 
 /// `tess export`, `import`, `doctor` and what a shell asks, as programs and people meet them.
-class WholeStoreTest : public ::testing::Test {
+class WholeStoreTest : public test::TessTest {
 protected:
-    int tess(const std::vector<std::string>& arguments) {
-        const auto program = sample.start(arguments);
-        const int code = program->finish();
-        out = program->output();
-        err = program->errors();
-        return code;
-    }
-
     std::string file(const std::string& name) const { return (folder / name).string(); }
 
     static std::string contentOf(const std::string& path) {
@@ -66,10 +61,7 @@ protected:
         channels.setChannelCValue(channels.emplaceChannel(device, "Daemon.Process", false), qz::CValue{mark});
     }
 
-    test::SampleStore sample;
     velk::testing::TemporaryDirectory folder;
-    std::string out;
-    std::string err;
 };
 
 TEST_F(WholeStoreTest, ExportAndImportAndExportGiveTheSameText) {
@@ -108,11 +100,53 @@ TEST_F(WholeStoreTest, WhatCannotBeWrittenOrReadIsSaid) {
     EXPECT_THAT(err, HasSubstr("Is a directory"));
 }
 
+TEST_F(WholeStoreTest, ExportWritesThroughWhatIsNoRegularFile) {
+    ASSERT_EQ(mkfifo(file("pipe").c_str(), 0600), 0);
+    std::string heard;
+    std::thread reader{[&] { heard = contentOf(file("pipe")); }};
+    EXPECT_EQ(tess({"export", file("pipe")}), 0) << err;
+    reader.join();
+    EXPECT_TRUE(std::filesystem::is_fifo(file("pipe")));
+    EXPECT_EQ(tess({"export"}), 0);
+    EXPECT_EQ(heard, out);
+    EXPECT_EQ(tess({"export", "-"}), 0);
+    EXPECT_EQ(heard, out) << "the standard output";
+    EXPECT_EQ(tess({"export", "/dev/stdout"}), 0) << "a pipe here";
+    EXPECT_EQ(heard, out.substr(0, heard.size()));
+    EXPECT_EQ(tess({"export", folder.path().string()}), 1);
+    EXPECT_THAT(err, HasSubstr("Is a directory"));
+}
+
+TEST_F(WholeStoreTest, ExportToALinkLeavesTheLinkAndReplacesItsTarget) {
+    std::filesystem::create_directory(file("kept"));
+    std::filesystem::create_symlink("kept/store.json", file("link.json"));
+    for (int round = 0; round < 2; ++round) { // without the target, and with it
+        EXPECT_EQ(tess({"export", file("link.json")}), 0) << err;
+        EXPECT_TRUE(std::filesystem::is_symlink(file("link.json")));
+        EXPECT_THAT(contentOf(file("kept/store.json")), HasSubstr("velk-store"));
+    }
+}
+
+TEST_F(WholeStoreTest, ExportToAFileAsJsonTellsWhatIsInIt) {
+    EXPECT_EQ(tess({"--json", "export", file("store.json")}), 0) << err;
+    EXPECT_GT(Json::parse(out)["channels"].get<int>(), 0);
+    EXPECT_EQ(err, "");
+}
+
 TEST_F(WholeStoreTest, AStoreWithSomethingInItIsNotImportedInto) {
     EXPECT_EQ(tess({"export", file("store.json")}), 0);
     EXPECT_EQ(tess({"import", file("store.json")}), 1);
     EXPECT_THAT(err, HasSubstr("has something in it; nothing was imported. Name a new one: tess --store "
                                "sqlite:PATH import "));
+}
+
+TEST_F(WholeStoreTest, ImportNamesChannelsThatLoseTheirValue) {
+    EXPECT_EQ(tess({"export", file("store.json")}), 0);
+    std::filesystem::create_directory(file("catalogue.d"));
+    write("catalogue.d/own.json", R"({"PowerDistribution.Measure.Voltage": {"type": "string"}})");
+    EXPECT_EQ(tess({"--store", "sqlite:" + file("new.db"), "import", file("store.json")}), 0);
+    EXPECT_THAT(err, HasSubstr("1 of them lose their value, as the catalogue here has another type: "
+                               "PowerDistribution.Measure.Voltage (string, not float32)\n"));
 }
 
 TEST_F(WholeStoreTest, ABadDocumentMakesNoStore) {
@@ -199,7 +233,7 @@ TEST_F(WholeStoreTest, DoctorLooksAtEverythingInItsOrder) {
                                                "clock", "disk", "wear", "queue"}));
     EXPECT_EQ(one("store")["detail"], sample.url() + " (TESS_URL)");
     EXPECT_EQ(one("users")["state"], "ok");
-    EXPECT_THAT(one("users")["detail"].get<std::string>(), HasSubstr("cli_program"));
+    EXPECT_THAT(one("users")["detail"].get<std::string>(), HasSubstr("cli_program_test (process "));
 }
 
 TEST_F(WholeStoreTest, DoctorSaysWhatToDoBelowTheProblem) {
@@ -232,6 +266,58 @@ TEST_F(WholeStoreTest, DoctorTellsWhetherTheDaemonIsAtWork) {
     EXPECT_EQ(one("communication")["state"], "note");
     sayDaemon("pid=1 start=1 boot=none space=none");
     EXPECT_THAT(one("daemon")["detail"].get<std::string>(), HasSubstr("has ended without a word"));
+}
+
+TEST_F(WholeStoreTest, ImportedStoreIsWatchedByNobodyEvenWhileTheDaemonOfTheOtherOneLives) {
+    sayDaemon(velk::common::ProcessMark::ofThisProcess());
+    EXPECT_EQ(tess({"export", file("store.json")}), 0);
+    const std::string copy = "sqlite:" + file("copy.db");
+    EXPECT_EQ(tess({"--store", copy, "import", file("store.json")}), 0) << err;
+    EXPECT_EQ(tess({"--store", copy, "status"}), 0);
+    EXPECT_THAT(out, HasSubstr("not watched: the daemon is not running"));
+    EXPECT_THAT(one("daemon", {"--store", copy})["detail"].get<std::string>(),
+                HasSubstr("nobody looks at the device since"));
+    EXPECT_EQ(one("daemon")["state"], "ok") << "of the store that was exported";
+}
+
+TEST_F(WholeStoreTest, MarkOfAnotherMachineIsOfNoLivingDaemonInAStoreOfThisMachine) {
+    sayDaemon("pid=1 start=1 boot=none space=none machine=11111111-2222-3333-4444-555555555555");
+    EXPECT_EQ(tess({"status"}), 0);
+    EXPECT_THAT(out, HasSubstr("not watched: the daemon is not running"));
+    EXPECT_THAT(one("daemon")["detail"].get<std::string>(), HasSubstr("has ended without a word"));
+}
+
+TEST_F(WholeStoreTest, DoctorFindsADaemonThatIsThereAndSilent) {
+    sayDaemon(velk::common::ProcessMark::ofThisProcess());
+    const auto device = sample.store->emplaceDevice(JournalEntry::deviceUuid(), 1, 0);
+    for (const char* channel : {Inquiry::REQUEST, Inquiry::ANSWER}) {
+        sample.store->inbandAccessor().emplaceChannel(device, channel, false);
+    }
+    const Json finding = one("daemon");
+    EXPECT_EQ(finding["state"], "problem");
+    EXPECT_THAT(finding["detail"].get<std::string>(), HasSubstr("does not answer"));
+    EXPECT_THAT(finding["advice"].get<std::string>(), HasSubstr("it hangs"));
+}
+
+TEST_F(WholeStoreTest, DoctorDoesNotRunTheCheckForAProcessThatTheStoreMerelyNames) {
+    write("velk.json", R"({"protocolLibraries": ["a.so"]})");
+    velk::testing::ChildProcess liar{
+        {"/bin/sh", "-c", "echo up; read line", "sh", "--config", file("velk.json")}};
+    ASSERT_TRUE(liar.awaitOutput("up"));
+    sayDaemon("pid=" + std::to_string(liar.pid()) + " "); // as one that cannot be told from here
+    const Json finding = one("configuration");
+    EXPECT_EQ(finding["state"], "note");
+    EXPECT_THAT(finding["detail"].get<std::string>(), HasSubstr("is not " VELK_BINARY_DIR));
+    EXPECT_TRUE(diagnosed("plug-in").empty());
+    liar.closeInput();
+    EXPECT_EQ(liar.finish(), 1) << "read found the end";
+}
+
+TEST_F(WholeStoreTest, DoctorTellsOfAFolderInsteadOfAConfigurationAndGoesOn) {
+    const Json finding = one("configuration", {"--config", folder.path().string()});
+    EXPECT_EQ(finding["state"], "problem");
+    EXPECT_THAT(finding["detail"].get<std::string>(), HasSubstr("is a folder"));
+    EXPECT_EQ(one("clock", {"--config", folder.path().string()})["what"], "clock");
 }
 
 TEST_F(WholeStoreTest, DoctorFindsABadFileOfTheCatalogue) {

@@ -85,6 +85,19 @@ TEST_F(CommunicationJournalTest, AnotherDaemonGoesOnAndNotesWhatHasChangedMeanwh
                                                  "4000  lost"}));
 }
 
+TEST_F(CommunicationJournalTest, WhatIsLetGoAtTheEndOfTheDaemonIsStoppedAndNotLost) {
+    begin(journal);
+    journal.expectEnd();
+    journal.take({DEVICE_STATE, qz::CValue{3U}, 5000});
+    CommunicationJournal next{errors};
+    next.begin(store);
+    next.meet(device(20, "PowerDistribution"), state(DEVICE_STATE, 3, 5000), true);
+    next.take({DEVICE_STATE, qz::CValue{2U}, 8000});
+    next.take({DEVICE_STATE, qz::CValue{3U}, 9000});
+    EXPECT_EQ(notes(), (std::vector<std::string>{"1000  connected", "2000 BackupSystem.PowerBank connected",
+                                                 "5000  stopped", "8000  connected", "9000  lost"}));
+}
+
 TEST_F(CommunicationJournalTest, AChannelThatIsNewIsNotedWithItsFirstWrite) {
     journal.begin(store);
     journal.meet(device(20, ""), state(DEVICE_STATE, 2, 1000), false);

@@ -26,7 +26,7 @@ using cli::Inquiry;
 using powerdistribution::PointDescription;
 using powerdistribution::PointPublisher;
 
-constexpr std::int64_t IN_2099 = 4'070'908'800'000; ///< ms; however slow this machine is, the asker waits
+constexpr std::int64_t IN_1970 = 1000; ///< ms; the clock of the asker does not matter
 
 class ExplainDeskTest : public ::testing::Test {
 protected:
@@ -44,7 +44,7 @@ protected:
                              false,
                              false,
                              cli::Style{false},
-                             [] { return IN_2099; }};
+                             [] { return IN_1970; }};
         const cli::StoreView view{asker->browser().snapshot()};
         return Inquiry::ask(session, cli::Communication{view}, path, timeout);
     }
@@ -148,7 +148,7 @@ TEST_F(ExplainDeskTest, ManyMayAskAtOnceAndEachGetsItsOwnAnswer) {
                                  false,
                                  false,
                                  cli::Style{false},
-                                 [] { return IN_2099; }};
+                                 [] { return IN_1970; }};
             const cli::StoreView view{own->browser().snapshot()};
             const auto result = Inquiry::ask(session, cli::Communication{view},
                                              "Outlets." + std::to_string(i), std::chrono::seconds{30});
@@ -175,10 +175,27 @@ TEST_F(ExplainDeskTest, WhatIsNoQuestionIsPassedOver) {
         write(text);
     }
     write(Json{{"id", "1"}, {"path", std::string(LONGEST_QUESTION, 'x')}}.dump());
-    write(R"({"id":"1","path":"x","untilMs":1000000000000})"); // nobody waits any more
     EXPECT_EQ(answerTo("Status.Mode")["path"], "Status.Mode");
     desk.setDescribe({});
     EXPECT_EQ(asked, 1);
+}
+
+TEST_F(ExplainDeskTest, TheTimeOfAQuestionCountsFromItsArrivalByTheDaemonsClock) {
+    desk.open();
+    std::vector<std::string> answered; // of the client thread until the last answer
+    tessapi::InBandAccessor& inband = asker->inbandAccessor();
+    const std::uint64_t device = asker->deviceIdOf(cli::JournalEntry::deviceUuid());
+    inband.subscribeMultipleChannels(
+        {inband.getCatchedChannelId(device, ExplainDesk::ANSWER)},
+        [&answered](std::uint64_t, const qz::CValue& value) {
+            answered.push_back(Json::parse(value.as_string())["path"].get<std::string>());
+        },
+        qz::sub::everyWrite, nullptr);
+    write(R"({"id":"1","path":"late","forMs":0})");
+    write(R"({"id":"2","path":"of a slow clock","untilMs":1,"forMs":60000})");
+    EXPECT_EQ(answerTo("last")["path"], "last");
+    asker.reset();
+    EXPECT_EQ(answered, (std::vector<std::string>{"of a slow clock", "last"}));
 }
 
 TEST_F(ExplainDeskTest, TextThatIsNoUtf8IsAnsweredAllTheSame) {

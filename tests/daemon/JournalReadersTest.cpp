@@ -8,7 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <sstream>
+#include <thread>
 #include <unistd.h>
 
 // The journal is written by one program and read by another; here both meet.
@@ -81,7 +83,7 @@ protected:
         if (!note || !note->by) {
             return "unknown";
         }
-        EXPECT_FALSE(note->by->user.empty());
+        EXPECT_EQ(note->by->user.empty(), note->by->program == "powerdistributiond");
         return note->by->program + " " + std::to_string(note->by->pid);
     }
 
@@ -122,6 +124,25 @@ TEST_F(WriterOfANoteTest, TellingCountsForOneWrite) {
     EXPECT_EQ(recorded(30), "unknown");
     announce(30, 100'001);
     EXPECT_EQ(recorded(30), own);
+}
+
+TEST_F(WriterOfANoteTest, EachOfSeveralAtOnceKeepsItsWriter) {
+    for (std::int32_t value = 30; value < 34; ++value) {
+        announce(value);
+    }
+    for (int i = 0; i < 3000 && journal.announced() < 4; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds{10});
+    }
+    for (const std::int32_t value : {32, 30, 33, 31}) {
+        EXPECT_EQ(recorded(value), own) << value;
+    }
+    EXPECT_EQ(recorded(31), "unknown") << "each counts once";
+    EXPECT_EQ(journal.announced(), 0U);
+}
+
+TEST_F(WriterOfANoteTest, WritesOfTheDaemonItselfAreItsOwn) {
+    EXPECT_EQ(recorded(30, "PrivateAction.SetMacAddress"), "powerdistributiond " + std::to_string(getpid()));
+    EXPECT_EQ(reader->browser().writeRecords(0, 10).at(0).program, "powerdistributiond");
 }
 
 TEST_F(WriterOfANoteTest, TellingCountsForAMinute) {

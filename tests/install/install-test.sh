@@ -21,7 +21,8 @@ readelf -d "$library" | grep -q 'SONAME.*\[libvelk-mz-powerdistribution\.so\.2\]
 
 step "manual pages and completions are there"
 for file in man/man1/tess.1 man/man8/powerdistributiond.8 bash-completion/completions/tess zsh/site-functions/_tess \
-            fish/vendor_completions.d/tess.fish; do
+            fish/vendor_completions.d/tess.fish bash-completion/completions/powerdistributiond \
+            zsh/site-functions/_powerdistributiond fish/vendor_completions.d/powerdistributiond.fish; do
     [ -s "$prefix/share/$file" ] || { echo "no share/$file below $prefix"; exit 1; }
 done
 

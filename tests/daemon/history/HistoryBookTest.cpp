@@ -55,6 +55,25 @@ TEST(HistoryBookTest, NothingIsKnownOfAChannelThatWasNotMetOrHasNoValue) {
     EXPECT_EQ(lastOf(book, 5, BOOK_BEGIN, BOOK_BEGIN + 1), 1.0);
 }
 
+TEST(HistoryBookTest, ChannelsThatAllLeftAreFoundAgainUnderOtherNumbersAndUnknownInBetween) {
+    HistoryBook book{limitOf(1 << 20)};
+    meetFloat(book, 5, "a");
+    meetFloat(book, 6, "b");
+    book.add(5, BOOK_BEGIN, qz::CValue{1.0F});
+    book.add(6, BOOK_BEGIN, qz::CValue{2.0F});
+    book.leaveAll(BOOK_BEGIN + 10'000);
+    EXPECT_FALSE(book.slice(5, BOOK_BEGIN, BOOK_BEGIN + 10'000, 1));
+    meetFloat(book, 6, "a"); // in another store
+    book.add(6, BOOK_BEGIN + 20'000, qz::CValue{3.0F});
+    const auto slice = book.slice(6, BOOK_BEGIN, BOOK_BEGIN + 30'000, 3);
+    ASSERT_TRUE(slice);
+    ASSERT_TRUE(slice->columns[0]);
+    EXPECT_EQ(slice->columns[0]->last, 1.0);
+    EXPECT_FALSE(slice->columns[1]);
+    ASSERT_TRUE(slice->columns[2]);
+    EXPECT_EQ(slice->columns[2]->last, 3.0);
+}
+
 TEST(HistoryBookTest, AChannelThatNeverChangesTakesLessThan400Bytes) {
     HistoryBook book{limitOf(1 << 20)};
     for (std::uint64_t i = 0; i < 100; ++i) {
@@ -219,6 +238,27 @@ TEST_F(HistoryFileTest, ADamagedOneIsToldAndSetAside) {
                                 ".damaged-20231115T120000Z; a new one begins\n");
     EXPECT_EQ(files(), std::vector<std::string>{"history.damaged-20231115T120000Z"});
     EXPECT_EQ(other.bytes(), 0U);
+}
+
+TEST_F(HistoryFileTest, OneThatTheSystemDoesNotLetBeReadIsLeftAndNeverReplaced) {
+    const std::filesystem::path place = folder / "history";
+    std::filesystem::create_symlink(place, place); // leads round and round
+    file.load(other, BOOK_BEGIN);
+    EXPECT_THAT(errors.str(), ::testing::StartsWith("powerdistributiond: the history " + place.string() +
+                                                    " cannot be read: "));
+    EXPECT_THAT(errors.str(), ::testing::EndsWith(" and the new one stays in memory\n"));
+    file.save(book, BOOK_BEGIN);
+    EXPECT_EQ(files(), std::vector<std::string>{"history"});
+    EXPECT_TRUE(std::filesystem::is_symlink(place));
+}
+
+TEST_F(HistoryFileTest, WhatIsNoRegularFileIsLeft) {
+    std::filesystem::create_directory(folder / "history");
+    file.load(other, BOOK_BEGIN);
+    file.save(book, BOOK_BEGIN);
+    EXPECT_THAT(errors.str(), ::testing::HasSubstr("it is no regular file"));
+    EXPECT_EQ(files(), std::vector<std::string>{"history"});
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "history"));
 }
 
 TEST_F(HistoryFileTest, OneThatCannotBeWrittenIsToldOnceAndTheOldOneStays) {

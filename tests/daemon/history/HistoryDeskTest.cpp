@@ -137,6 +137,54 @@ TEST_F(HistoryDeskTest, AChannelThatComesLaterHasAHistoryToo) {
     EXPECT_EQ(nlohmann::json::parse(out.str())["whole"]["least"], 1.5);
 }
 
+TEST_F(HistoryDeskTest, AStateThatChangedMoreOftenThanAnAnswerHoldsIsToldWhole) {
+    start();
+    const std::int64_t nowMs = realNowMs();
+    const auto device = asker->browser().snapshot().devices.back();
+    tessapi::ChannelRecord record;
+    record.id = mode;
+    record.name = "PowerDistribution.Status.Mode";
+    record.type = qz::datatype::uint32;
+    record.commonStates.add(qz::CValue{2U}, "on line");
+    desk->meet(device, record, false);
+    for (int i = 0; i < 2500; ++i) {
+        // In pairs of the same moment, so that one is cut in two.
+        desk->take({mode, qz::CValue{2U + static_cast<unsigned int>(i % 2)}, nowMs - 5000 + i / 2});
+    }
+    ASSERT_EQ(ask("Status.Mode"), ExitCode::Done) << err.str();
+    const nlohmann::json answer = nlohmann::json::parse(out.str());
+    EXPECT_EQ(answer["leftOut"], 0);
+    ASSERT_EQ(answer["changes"].size(), 2500U);
+    EXPECT_EQ(answer["changes"][0]["value"], 2);
+    EXPECT_EQ(answer["changes"][2499]["value"], 3);
+    ASSERT_EQ(ask("Status.Mode", false), ExitCode::Done) << err.str();
+    EXPECT_THAT(out.str(), HasSubstr("1250 times"));
+}
+
+TEST_F(HistoryDeskTest, APointInTimeIsShownInLocalTime) {
+    setenv("TZ", "UTC-3", 1);
+    tzset();
+    const std::uint64_t test =
+        asker->inbandAccessor().emplaceChannel(20, "PowerDistribution.Status.LastTestResultDate", false);
+    write(test, qz::CValue{qz::CTimestamp{1'700'000'000}});
+    start();
+    EXPECT_EQ(ask("Status.LastTestResultDate", false), ExitCode::Done) << err.str();
+    EXPECT_THAT(out.str(), HasSubstr("2023-11-15 01:13:20  for "));
+    EXPECT_EQ(ask("Status.LastTestResultDate"), ExitCode::Done) << err.str();
+    EXPECT_THAT(out.str(), HasSubstr("\"2023-11-14T22:13:20.000Z\""));
+    setenv("TZ", "UTC", 1);
+    tzset();
+}
+
+TEST_F(HistoryDeskTest, TheClockOfTheDeviceHasNoHistory) {
+    const std::uint64_t clock =
+        asker->inbandAccessor().emplaceChannel(20, "PowerDistribution.Attribute.CurrentDate", false);
+    write(clock, qz::CValue{qz::CTimestamp{1'700'000'000}});
+    start();
+    EXPECT_EQ(ask("Attribute.CurrentDate"), ExitCode::NoSuchPath);
+    EXPECT_EQ(desk->history().channels(), 2U);
+}
+
 TEST_F(HistoryDeskTest, AChartIsDrawn) {
     write(voltage, qz::CValue{230.0F});
     start();

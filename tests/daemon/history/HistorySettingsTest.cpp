@@ -12,6 +12,7 @@
 namespace velk::daemon {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -73,6 +74,24 @@ TEST_F(HistorySettingsTest, WhatIsNotUsableIsToldAndCountsAsNotThere) {
             HasSubstr("\"limitKiB\": expected a whole number from 64 to 1048576 (KiB of memory), not 63"),
             HasSubstr("\"saveEveryMinutes\": expected a whole number from 1 to 1440 (minutes), not 1441"),
             HasSubstr("\"x\" is ignored; expected enabled, file, limitKiB or saveEveryMinutes (warning)")));
+}
+
+TEST_F(HistorySettingsTest, AFileThatCanBeNoneIsAnError) {
+    EXPECT_THAT(
+        complaints(R"({"history": {"file": "nodir/hist"}})"),
+        ElementsAre(HasSubstr("velk.json:1:14: \"file\": expected a file in a folder that is there, but " +
+                              (folder / "nodir").string() + " is none")));
+    std::filesystem::create_directory(folder / "hist");
+    EXPECT_THAT(complaints(R"({"history": {"file": "hist"}})"),
+                ElementsAre(HasSubstr("expected the name of a file, but " + (folder / "hist").string() +
+                                      " is something else")));
+    EXPECT_THAT(complaints(R"({"history": {"file": "hist/h"}})"), IsEmpty());
+}
+
+TEST_F(HistorySettingsTest, AFolderThatCannotBeWrittenIsAWarning) {
+    EXPECT_THAT(complaints(R"({"history": {"file": "/proc/hist"}})"),
+                ElementsAre(AllOf(HasSubstr("the history cannot be saved by this user: /proc: "),
+                                  ::testing::EndsWith(" (warning)"))));
 }
 
 TEST_F(HistorySettingsTest, AnythingButAnObjectIsAnErrorAndASecondMemberIsIgnored) {

@@ -43,6 +43,16 @@ TEST(ProcessMarkTest, ProcessOfAnotherMachineMayRunWhateverItsBoot) {
         ProcessMark::mayRun(std::string{other}.replace(boot, 36, "11111111-2222-3333-4444-555555555555")));
 }
 
+TEST(ProcessMarkTest, WhereOnlyThisMachineIsPossibleAMarkOfAnotherOneIsGone) {
+    const auto here = ProcessMark::Origin::thisMachine;
+    EXPECT_TRUE(ProcessMark::mayRun(ProcessMark::ofThisProcess(), here));
+    const std::string inContainer = markWith("machine", "11111111-2222-3333-4444-555555555555");
+    EXPECT_TRUE(ProcessMark::mayRun(inContainer, here)) << "of the same boot";
+    const auto boot = inContainer.find("boot=") + 5;
+    EXPECT_FALSE(ProcessMark::mayRun(
+        std::string{inContainer}.replace(boot, 36, "11111111-2222-3333-4444-555555555555"), here));
+}
+
 TEST(ProcessMarkTest, MarkWithoutAMachineIsOfThisOne) {
     const std::string mark = ProcessMark::ofThisProcess();
     const std::string old = mark.substr(0, mark.find(" machine="));
