@@ -38,7 +38,9 @@ struct StoreHealth {
 
     std::string engine; ///< "sqlite", "memory", "redis"
     std::string url;
-    std::string server; ///< of a networked engine: what it says of itself
+    std::string server;             ///< of a networked engine: what it says of itself
+    std::int64_t schemaVersion{0};  ///< of what the store holds
+    std::int64_t schemaOfEngine{0}; ///< which this program makes and works with; 0 where none is known
     std::optional<File> file;
     std::optional<Copy> copy;
     std::uint64_t waitingWrites{0}; ///< that this program has made and the server has not taken yet

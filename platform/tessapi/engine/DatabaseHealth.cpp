@@ -34,6 +34,10 @@ constexpr const char* PENDING_VALUES =
 
 } // namespace
 
+std::int64_t DatabaseHealth::schemaVersion(Database& database) {
+    return number(database, "PRAGMA user_version");
+}
+
 StoreHealth::File DatabaseHealth::file(Database& database, const std::string& path) {
     StoreHealth::File file;
     file.path = path;

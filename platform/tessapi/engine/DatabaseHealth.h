@@ -10,6 +10,8 @@ namespace tessapi {
 /// What a database says of how it stands with its files.
 namespace DatabaseHealth {
 
+std::int64_t schemaVersion(Database& database);
+
 StoreHealth::File file(Database& database, const std::string& path);
 
 /// Of the copy `path` of a working database, as far as that knows: how often values are copied is left out.

@@ -385,6 +385,10 @@ void SqliteEngine::fill(const StoreImage& image) {
 
 StoreHealth SqliteEngine::health() {
     auto health = Engine::health();
+    health.schemaOfEngine = Schema::VERSION;
+    health.schemaVersion = read([this](Model&) VELK_NO_THREAD_SAFETY_ANALYSIS {
+        return DatabaseHealth::schemaVersion(reader->database);
+    });
     if (!file.empty()) {
         health.file = read([this](Model&) VELK_NO_THREAD_SAFETY_ANALYSIS { // `read` holds the reader's lock
             return DatabaseHealth::file(reader->database, file);

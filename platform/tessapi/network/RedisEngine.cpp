@@ -386,6 +386,9 @@ StoreHealth RedisEngine::health() {
     const auto kept = waiting();
     health.waitingWrites = kept.writes;
     health.waitingSinceMs = kept.sinceMs;
+    health.schemaOfEngine = RedisLink::FORMAT;
+    const auto format = ask({"HGET", link.keys.self, "format"});
+    health.schemaVersion = format.view().isNil() ? 0 : std::stoll(std::string{format.view().text()});
     const auto answer = ask({"INFO", "server"});
     const auto text = std::string{answer.view().text()};
     const auto version = text.find("redis_version:");

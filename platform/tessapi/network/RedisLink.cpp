@@ -184,7 +184,8 @@ std::pair<std::string, std::string> RedisLink::greet(bool create, const std::str
     }
     if (word == "format") {
         throwStoreFault(store(), StoreFault::wrongVersion,
-                        "format " + std::string{answer.view().at(1).text()} + ", expected 1");
+                        "format " + std::string{answer.view().at(1).text()} + ", expected " +
+                            std::to_string(FORMAT));
     }
     note(answer.view().at(2).integer());
     noteBase(answer.view().at(4).integer());

@@ -26,6 +26,9 @@ namespace tessapi {
 /// Threads: any; one call after the other.
 class RedisLink {
 public:
+    /// Of what a site holds.
+    static constexpr std::int64_t FORMAT = 1;
+
     /// Makes a command; `again` tells that it was sent before and that its answer was lost.
     using Make = std::function<Command(bool again)>;
 

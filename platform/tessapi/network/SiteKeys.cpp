@@ -11,6 +11,7 @@ std::string keyOf(const std::string& site, const char* part) {
 } // namespace
 
 SiteKeys::SiteKeys(const std::string& site) :
+    self{keyOf(site, "site")},
     values{keyOf(site, "values")},
     news{keyOf(site, "news")},
     attributes{keyOf(site, "attributes")},

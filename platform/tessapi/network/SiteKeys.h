@@ -16,6 +16,7 @@ public:
     /// that changes nothing.
     Command function(const std::string& name, bool reads) const;
 
+    const std::string self; ///< of the site itself
     const std::string values;
     const std::string news;
     const std::string attributes;
