@@ -1,28 +1,31 @@
 // The programs that the tests of faults kill and stop.
 //
 //     fault_worker URL write WHO SEED FIRST ACKNOWLEDGED   does random work from the call FIRST on
-//     fault_worker URL read                                looks at everything, and listens
-//     fault_worker PATH copy                               copies the log of the store into its file
+//     fault_worker URL read                    looks at everything, and listens
+//     fault_worker PATH copy                   copies the log of the store into its file
 //     fault_worker FOLDER fill SEED FIRST ACKNOWLEDGED     fills one new store after the other
-//     fault_worker URL pace WHO MICROSECONDS               writes with this pause until its input ends, and
-//     says
-//                                                          how long a call took at most
-//     fault_worker URL look MICROSECONDS                   reads and listens likewise
-//     fault_worker URL stop                                stops itself in the middle of a read, and then
-//     hears
-//                                                          of the end: the first value of the root's channel
-//     fault_worker URL follow WHO                          hears every write of a `pace` in its order, to the
-//     end fault_worker URL wait                                waits for the writers' lock, which nobody
-//     gives it fault_worker FOLDER full SEED                        works on a small file system until it is
-//     full
+//     fault_worker URL pace WHO MICROSECONDS   writes with this pause until its input ends, and says how
+//                                              long a call took at most
+//     fault_worker URL look MICROSECONDS       reads and listens likewise
+//     fault_worker URL stop                    stops itself in the middle of a read, and then hears of the
+//                                              end: the first value of the root's channel
+//     fault_worker URL follow WHO              hears every write of a `pace` in its order, to the end
+//     fault_worker URL untold CHANNEL VALUE STAGE          sets a value and is killed before it has told of
+//                                              it: at once (0), with half of the change in the shared page
+//                                              (1), or with all but its number (2)
+//     fault_worker URL wait                    waits for the writers' lock, which nobody gives it
+//     fault_worker FOLDER full SEED            works on a small file system until it is full
 //
 // ACKNOWLEDGED is a file that holds the number of the last call that has returned.
 
 #include "platform/tessapi/client/Dispatcher.h"
+#include "platform/tessapi/engine/ChangeLog.h"
 #include "platform/tessapi/engine/Database.h"
 #include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/NewsRing.h"
 #include "platform/tessapi/engine/SharedPage.h"
+#include "platform/tessapi/engine/Transaction.h"
 #include "tests/platform/tessapi/faults/FaultDisk.h"
 #include "tests/platform/tessapi/faults/Faults.h"
 #include "tests/platform/tessapi/faults/RandomWork.h"
@@ -32,6 +35,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -271,6 +275,29 @@ void follow(const Words& words) {
     }
 }
 
+void setUntold(const Words& words) {
+    const auto path = words.at(1).substr(words.at(1).find(':') + 1);
+    tessapi::SharedPage page{path + "-lock", words.at(1)};
+    tessapi::InterprocessLock lock{page, words.at(1), std::chrono::seconds{5}};
+    const tessapi::InterprocessHold hold{lock};
+    tessapi::Database database{path, words.at(1)};
+    tessapi::ChangeLog log{database, 1000};
+    tessapi::Transaction transaction{database, tessapi::Transaction::Kind::write};
+    log.append(tessapi::Change::Kind::value, number(words.at(3)), qz::CValue{number(words.at(4))}, 1);
+    transaction.commit();
+    if (const auto stage = number(words.at(5)); stage != 0) {
+        auto& ring = page.words().news;
+        const auto before = ring.newest.load();
+        tessapi::NewsRing publisher{page, 1000};
+        publisher.belongTo(database.identity());
+        publisher.publish(log.fresh(), 0);
+        ring.newest = before;
+        auto& slot = ring.slots[static_cast<std::size_t>(log.head()) % tessapi::NewsRing::SLOTS];
+        slot.stamp |= stage == 1 ? 1U : 0U;
+    }
+    ::raise(SIGKILL);
+}
+
 void wait(const Words& words) {
     const auto path = words.at(1).substr(words.at(1).find(':') + 1) + "-lock";
     tessapi::SharedPage page{path, words.at(1)};
@@ -358,6 +385,8 @@ int run(const Words& words) {
         stop(words);
     } else if (task == "follow") {
         follow(words);
+    } else if (task == "untold") {
+        setUntold(words);
     } else if (task == "wait") {
         wait(words);
     } else if (task == "full") {
