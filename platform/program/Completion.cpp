@@ -1,92 +1,12 @@
 #include "platform/program/Completion.h"
 
+#include "platform/program/CompletionParts.h"
+
 #include <vector>
 
 namespace velk::program {
 
 namespace {
-
-std::string replaced(std::string text, const std::string& what, const std::string& by) {
-    for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + by.size())) {
-        text.replace(at, what.size(), by);
-    }
-    return text;
-}
-
-/// A template with the program's name in it.
-std::string forProgram(const char* script, const ProgramTable& table) {
-    return replaced(replaced(script, "@PROGRAM@", table.name), "@ASK@", COMPLETING_COMMAND);
-}
-
-/// Likewise, with the options that go with a question.
-std::string forProgram(const char* script, const ProgramTable& table, const std::string& passed) {
-    return replaced(forProgram(script, table), "@PASSED@", passed);
-}
-
-std::string joined(const std::vector<std::string>& words, const char* between) {
-    std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : between) + word;
-    }
-    return text;
-}
-
-std::vector<const CommandRow*> shownCommands(const ProgramTable& table) {
-    std::vector<const CommandRow*> shown;
-    for (const CommandRow& command : table.commands) {
-        if (!command.isHidden) {
-            shown.push_back(&command);
-        }
-    }
-    return shown;
-}
-
-void addOptionNames(const std::vector<OptionRow>& options, std::vector<std::string>& names) {
-    for (const OptionRow& option : options) {
-        for (const std::string& name : namesOf(option)) {
-            names.push_back(name);
-        }
-    }
-}
-
-void addPatterns(const std::string& prefix, const std::vector<OptionRow>& options,
-                 std::vector<std::string>& patterns) {
-    for (const OptionRow& option : options) {
-        for (const std::string& name : namesOf(option)) {
-            if (!option.value.empty()) {
-                patterns.push_back(prefix + ":" + name);
-            }
-        }
-    }
-}
-
-/// "COMMAND:OPTION" for each option that takes a value; "*:OPTION" for those of the program itself.
-std::vector<std::string> patternsOfValued(const ProgramTable& table) {
-    std::vector<std::string> patterns;
-    addPatterns("*", table.options, patterns);
-    for (const CommandRow* command : shownCommands(table)) {
-        addPatterns(command->name, command->options, patterns);
-    }
-    return patterns;
-}
-
-/// The options of the program itself that take a value, as cases: what they say holds for questions too.
-std::string passedOn(const ProgramTable& table, const char* between) {
-    std::vector<std::string> names;
-    for (const OptionRow& option : table.options) {
-        if (!option.value.empty() && option.offer == Offer::nothing) {
-            for (const std::string& name : namesOf(option)) {
-                names.push_back(name);
-            }
-        }
-    }
-    return names.empty() ? "''" : joined(names, between);
-}
-
-/// Where an argument stands: its number among those of its command, "*" from then on.
-std::string placeOf(const CommandRow& command, const ArgumentRow& argument) {
-    return argument.isRepeated() ? "*" : std::to_string(&argument - command.arguments.data());
-}
 
 // bash
 
@@ -236,6 +156,7 @@ _@PROGRAM@() {
     for ((i = 2; i < CURRENT; i++)); do
         case $words[i] in
         @PASSED@) passed=($words[i] ${(Q)words[i+1]}) ;;
+        --*=*) case ${words[i]%%=*} in @PASSED@) passed=(${(Q)words[i]}) ;; esac ;;
         esac
     done
 )sh";
@@ -310,104 +231,6 @@ std::string zshCommand(const ProgramTable& table, const CommandRow& command) {
     return text + " ;;\n";
 }
 
-// fish
-
-constexpr const char* FISH_HEAD = R"sh(# fish completion of @PROGRAM@, made from the table of its commands
-
-# The command and its arguments, as far as they have been typed, without options
-function __@PROGRAM@_words
-    set -l command ''
-    set -l skip 0
-    for word in (commandline -opc)[2..]
-        if test $skip = 1
-            set skip 0
-            continue
-        end
-        switch "$command:$word"
-            case )sh";
-
-constexpr const char* FISH_WALK = R"sh(
-                set skip 1
-            case '*:-*'
-            case ':*'
-                set command $word
-                printf '%s\n' $word
-            case '*'
-                printf '%s\n' $word
-        end
-    end
-end
-
-# __@PROGRAM@_at COMMAND PLACE: whether this argument of this command is being typed, any of them for '*'
-function __@PROGRAM@_at
-    set -l words (__@PROGRAM@_words)
-    set -l command ''
-    set -l place 0
-    if set -q words[1]
-        set command $words[1]
-        set place (math (count $words) - 1)
-    end
-    test "$command" = "$argv[1]"; and contains -- "$argv[2]" '*' $place
-end
-
-# The options that say which store is asked
-function __@PROGRAM@_passed
-    set -l option ''
-    for word in (commandline -opc)[2..]
-        if test -n "$option"
-            printf '%s\n' $option $word
-            set option ''
-            continue
-        end
-        switch $word
-            case @PASSED@
-                set option $word
-        end
-    end
-end
-
-function __@PROGRAM@_ask
-    set -l program (commandline -opc)[1]
-    set -l word (commandline -ct)
-    set -l words (__@PROGRAM@_words)
-    $program (__@PROGRAM@_passed) @ASK@ $argv[1] "$word" "$words[-1]" 2>/dev/null
-end
-
-complete -c @PROGRAM@ -f
-)sh";
-
-std::string fishQuoted(const std::string& text) {
-    return "'" + replaced(replaced(text, "\\", "\\\\"), "'", "\\'") + "'";
-}
-
-std::string fishOption(const ProgramTable& table, const OptionRow& option, const std::string& condition) {
-    std::string text = "complete -c " + table.name + condition;
-    for (const std::string& name : namesOf(option)) {
-        text += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
-    }
-    if (!option.value.empty()) {
-        text += option.offer == Offer::file ? " -r -F" : " -x";
-    }
-    if (!kindOf(option.offer).empty()) {
-        text += " -a '(__" + table.name + "_ask " + kindOf(option.offer) + ")'";
-    }
-    return text + " -d " + fishQuoted(option.text) + "\n";
-}
-
-std::string fishArgument(const ProgramTable& table, const CommandRow& command, const ArgumentRow& argument) {
-    const std::string head = "complete -c " + table.name + " -n \"__" + table.name + "_at " + command.name +
-                             " '" + placeOf(command, argument) + "'\"";
-    if (!argument.choices.empty()) {
-        return head + " -a " + fishQuoted(joined(argument.choices, " ")) + "\n";
-    }
-    if (argument.offer == Offer::nothing) {
-        return "";
-    }
-    return head + (argument.offer == Offer::file
-                       ? " -F\n"
-                       : " -a '(__" + table.name + "_ask " + kindOf(argument.offer) + ")'\n");
-}
-
 } // namespace
 
 std::string kindOf(Offer offer) {
@@ -457,28 +280,6 @@ std::string zshCompletion(const ProgramTable& table) {
         script += zshCommand(table, *command);
     }
     return script + ZSH_TAIL + forProgram(ZSH_END, table);
-}
-
-std::string fishCompletion(const ProgramTable& table) {
-    std::string script = forProgram(FISH_HEAD, table);
-    for (const std::string& pattern : patternsOfValued(table)) {
-        script += "'" + pattern + "' ";
-    }
-    script += forProgram(FISH_WALK, table, passedOn(table, " "));
-    for (const OptionRow& option : table.options) {
-        script += fishOption(table, option, "");
-    }
-    for (const CommandRow* command : shownCommands(table)) {
-        script += "complete -c " + table.name + " -n \"__" + table.name + "_at '' 0\" -a " + command->name +
-                  " -d " + fishQuoted(command->text) + "\n";
-        for (const OptionRow& option : command->options) {
-            script += fishOption(table, option, " -n \"__" + table.name + "_at " + command->name + " '*'\"");
-        }
-        for (const ArgumentRow& argument : command->arguments) {
-            script += fishArgument(table, *command, argument);
-        }
-    }
-    return script;
 }
 
 } // namespace velk::program
