@@ -3,6 +3,7 @@
 #include "platform/common/GroupFile.h"
 #include "platform/common/Mutex.h"
 #include "platform/tessapi/engine/DiskLayer.h"
+#include "platform/tessapi/engine/GatheredLog.h"
 #include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/engine/WriterLocks.h"
 
@@ -105,7 +106,9 @@ void Database::configure(Sharing sharing) {
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     execute("PRAGMA wal_autocheckpoint=0; PRAGMA mmap_size=0; PRAGMA synchronous=NORMAL;"
             "PRAGMA foreign_keys=ON; PRAGMA secure_delete=OFF; PRAGMA temp_store=MEMORY;"
-            "PRAGMA page_size=1024");
+            "PRAGMA page_size=1024;"
+            // Before its end a transaction writes nothing: see `GatheredLog`.
+            "PRAGMA cache_spill=OFF");
     sqlite3_wal_hook(handle(), noteFrames, &frames);
 }
 
@@ -166,7 +169,16 @@ void Database::rollBack() {
     if (sqlite3_get_autocommit(handle()) == 0) {
         sqlite3_exec(handle(), "ROLLBACK", nullptr, nullptr, nullptr);
     }
+    forgetLog();
     tellLocks(WriterLocks::RELEASE);
+}
+
+void Database::forgetLog() {
+    sqlite3_file* log = nullptr;
+    sqlite3_file_control(handle(), "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);
+    if (log != nullptr && log->pMethods != nullptr) {
+        log->pMethods->xFileControl(log, GatheredLog::FORGET, nullptr); // others refuse it
+    }
 }
 
 void Database::tellLocks(int operation) {

@@ -86,6 +86,8 @@ private:
 
     void connect(const std::string& path, int flags);
     void tellLocks(int operation);
+    /// What a transaction that was rolled back has not written yet is not written.
+    void forgetLog();
     void configure(Sharing sharing);
     /// Runs a statement without rows that is compiled at its first use.
     void run(Prepared& statement, const char* sql);

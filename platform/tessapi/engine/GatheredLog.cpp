@@ -1,5 +1,3 @@
-// LEAD TO speed: two critical bugs are proved in this file: read /tmp/speed-note.md before you commit, then
-// delete this line.
 #include "platform/tessapi/engine/GatheredLog.h"
 
 #include <algorithm>
@@ -47,7 +45,7 @@ const sqlite3_io_methods& GatheredLog::methods() {
         made.xLock = PassOn<&Methods::xLock>::call;
         made.xUnlock = PassOn<&Methods::xUnlock>::call;
         made.xCheckReservedLock = PassOn<&Methods::xCheckReservedLock>::call;
-        made.xFileControl = Settled<&Methods::xFileControl>::call;
+        made.xFileControl = control;
         made.xSectorSize = PassOn<&Methods::xSectorSize>::call;
         made.xDeviceCharacteristics = PassOn<&Methods::xDeviceCharacteristics>::call;
         return made;
@@ -60,6 +58,15 @@ int GatheredLog::close(sqlite3_file* file) {
     const int closed = PassOn<&sqlite3_io_methods::xClose>::call(file);
     delete reinterpret_cast<File*>(file)->log;
     return result == SQLITE_OK ? closed : result;
+}
+
+int GatheredLog::control(sqlite3_file* file, int operation, void* argument) {
+    if (operation == FORGET) {
+        of(file).held.clear();
+        of(file).inFrame = false;
+        return SQLITE_OK;
+    }
+    return Settled<&sqlite3_io_methods::xFileControl>::call(file, operation, argument);
 }
 
 int GatheredLog::read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset) {

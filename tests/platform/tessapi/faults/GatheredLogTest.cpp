@@ -152,6 +152,38 @@ TEST_F(GatheredLogTest, FramesThatATransactionHasWrittenBeforeItsEndAreReadAndWr
     afterCut([&](Database& found) { EXPECT_EQ(numberIn(found, "SELECT sum(y) FROM t"), sum); });
 }
 
+TEST_F(GatheredLogTest, FramesOfATransactionThatWasRolledBackDoNotComeOverThoseOfOthers) {
+    database.execute("PRAGMA cache_size=5; PRAGMA cache_spill=5");
+    Database other{path(), "other"};
+    database.checkpoint();
+    {
+        const Transaction transaction{database, Transaction::Kind::write};
+        for (int id = 2; id <= 200; ++id) {
+            insert(id, 200);
+        }
+    }
+    {
+        Transaction transaction{other, Transaction::Kind::write};
+        for (int id = 2; id <= 200; ++id) {
+            other.execute(("INSERT INTO t VALUES(" + std::to_string(id) + ", zeroblob(200), 1)").c_str());
+        }
+        transaction.commit();
+    }
+    EXPECT_EQ(numberIn(database, "SELECT count(*) FROM t"), 200);
+    EXPECT_EQ(textIn(other, "PRAGMA integrity_check"), "ok");
+    afterCut([](Database& found) { EXPECT_EQ(numberIn(found, "SELECT count(*) FROM t"), 200); });
+}
+
+TEST_F(GatheredLogTest, ATransactionWritesNothingBeforeItsEnd) {
+    const auto writes = writesOf([this] {
+        const Transaction transaction{database, Transaction::Kind::write};
+        for (int id = 2; id <= 3'000; ++id) {
+            insert(id, 1'000);
+        }
+    });
+    EXPECT_TRUE(writes.empty());
+}
+
 TEST_F(GatheredLogTest, WhatACommitHasReturnedForIsInTheFiles) {
     for (int id = 2; id < 30; ++id) {
         write([&] { insert(id, 40 * id); });
