@@ -70,6 +70,7 @@ Bytes ValueCodec::encode(const qz::CValue& value) {
         return {};
     }
     Bytes bytes;
+    bytes.reserve(1 + sizeof(std::uint64_t)); // all that a number needs
     bytes.push_back(static_cast<std::uint8_t>(value.variant().index()));
     std::visit(Encoder{bytes}, value.variant());
     return bytes;
