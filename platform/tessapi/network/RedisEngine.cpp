@@ -427,9 +427,12 @@ Engine::News RedisEngine::newsAfter(std::int64_t seq) {
             throw;
         }
     }
-    // It is said once for all that this process does with the store, and the listener goes on when it is
+    // A listener has time, and may be the last one to find out that there is another server. If there is none
+    // it is said once for all that this process does with the store, and the listener goes on when it is
     // back.
-    courier.missServer(link.whyAway());
+    if (!link.tryToReturn()) {
+        courier.missServer(link.whyAway());
+    }
     return {{}, seq, false, false};
 }
 

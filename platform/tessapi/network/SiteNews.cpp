@@ -80,14 +80,25 @@ Engine::News SiteNews::summaryAfter(std::int64_t seq) {
 
 Engine::News SiteNews::lookAgain(std::int64_t seq) {
     const auto base = link.base();
-    const auto answer = link.call(link.keys.function("summary", true).add(std::int64_t{0}));
-    Engine::News news{NewsFeed::summaryOf(answer.view().at(1), answer.view().at(2)), base, false};
+    const auto answer = link.call(link.keys.function("look", true));
+    Engine::News news{{}, base, false};
+    const auto channels = answer.view().at(0);
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        news.changes.push_back({0, Change::Kind::value, channels.at(i).id(), {}, 0});
+    }
+    const auto devices = answer.view().at(1);
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        news.changes.push_back({0, Change::Kind::alarms, devices.at(i).id(), {}, 0});
+    }
     // With numbers that no change has: the history has left them out.
-    auto number = std::max(seq, base - static_cast<std::int64_t>(news.changes.size()));
+    auto number = base - static_cast<std::int64_t>(news.changes.size());
     for (auto& change : news.changes) {
         change.seq = ++number;
         change.isRepeat = true;
     }
+    // A listener that could not look at all of them goes on where it was.
+    const auto isNew = [seq](const Change& change) { return change.seq > seq; };
+    news.changes.erase(news.changes.begin(), std::find_if(news.changes.begin(), news.changes.end(), isNew));
     return news;
 }
 

@@ -188,6 +188,11 @@ local function reach(keys, args)
   return {tonumber(base or 0), tonumber(before or 0), redis.call('XRANGE', keys[NEWS], '-', '+', 'COUNT', 1)}
 end
 
+-- What a listener may have been told otherwise: all channels and all devices.
+local function look(keys)
+  return {redis.call('HKEYS', keys[VALUES]), redis.call('HKEYS', keys[DEVICES])}
+end
+
 -- What has changed since: the last change of each channel and device instead of all changes; and who has written
 -- what.
 local function summary(keys, args)
@@ -225,6 +230,7 @@ register('device', device, {'no-writes'})
 register('worst_of', worst_of, {'no-writes'})
 register('start', start, {'no-writes'})
 register('reach', reach, {'no-writes'})
+register('look', look, {'no-writes'})
 register('summary', summary, {'no-writes'})
 -- Which version the library of a server is, whatever its functions are called.
 redis.register_function{function_name = 'tess_version', callback = function() return 2 end, flags = {'no-writes'}}

@@ -116,6 +116,7 @@ TEST_F(RedisCallTest, WritersThatAreThereForLongAreForgottenWhenThereAreManyNewe
 class RedisHistoryTest : public ::testing::Test {
 protected:
     static constexpr std::uint64_t ROOT = ITessAccessor::ROOT_DEVICE;
+    static constexpr std::chrono::seconds PATIENCE{3};
 
     RedisHistoryTest() { ::testing::internal::CaptureStderr(); }
     ~RedisHistoryTest() override { ::testing::internal::GetCapturedStderr(); }
@@ -136,8 +137,8 @@ protected:
 
     RedisPair servers;
     const std::string url{servers.url("berlin")};
-    std::unique_ptr<NetworkClient> writer{std::make_unique<NetworkClient>(url)};
-    NetworkClient listener{url};
+    std::unique_ptr<NetworkClient> writer{std::make_unique<NetworkClient>(url, true, PATIENCE)};
+    NetworkClient listener{url, true, PATIENCE};
     const std::uint64_t result{writer->channel(RESULT)};
     const std::uint64_t measure{writer->channel(MEASURE)};
     int written{0};
@@ -205,7 +206,7 @@ TEST_F(RedisHistoryTest, WritesBeforeASubscriptionStayUnheardWhenTheyComeAgain) 
 }
 
 TEST_F(RedisHistoryTest, SeveralWritersAreHeardInTheOrderOfEach) {
-    NetworkClient second{url};
+    NetworkClient second{url, true, PATIENCE};
     const auto other = second.channel("Daemon.Writes");
     const auto heard = listener.watch(result);
     const auto heardOther = listener.watch(other);
@@ -241,6 +242,53 @@ TEST_F(RedisHistoryTest, ValueThatIsLostWithItsWriterIsTakenBackForWhoWantsPrese
     servers.takeOver();
     RedisServer::await("the value of before", [&] { return present.all().back() == CValue{1.0F}; });
     EXPECT_EQ(valueOf(measure), CValue{1.0F});
+}
+
+TEST_F(RedisHistoryTest, ListenerThatCouldNotLookAtEverythingGoesOnWhereItWas) {
+    writer->set(measure, 1.0F);
+    writeUpTo(3);
+    const auto engine = Engine::open(StoreUrl{url}, false);
+    const auto seen = engine->startOf({}).seq;
+    servers.cutOff();
+    servers.takeOver();
+    engine->valueOf(measure);
+    const auto look = engine->newsAfter(seen);
+    ASSERT_EQ(look.changes.size(), 3U) << "two channels and the root";
+    EXPECT_TRUE(look.changes[0].isRepeat);
+    EXPECT_EQ(look.changes[2].seq, look.upTo);
+    const auto rest = engine->newsAfter(look.changes[0].seq);
+    ASSERT_EQ(rest.changes.size(), 2U);
+    EXPECT_EQ(rest.changes[1].seq, look.upTo);
+    writeUpTo(4);
+    const auto next = engine->newsAfter(look.upTo);
+    ASSERT_EQ(next.changes.size(), 1U);
+    EXPECT_EQ(next.changes[0].seq, look.upTo + 1);
+    EXPECT_FALSE(next.changes[0].isRepeat);
+}
+
+TEST_F(RedisHistoryTest, AlarmThatIsLostWithItsWriterIsTakenBack) {
+    const auto engine = Engine::open(StoreUrl{url}, false);
+    qz::tess::CSingleAlarmConfig config;
+    config.triggers = {{LevelAlarm::warning, 1, CValue{200.0F}, {}, -1, "high", {}, 0}};
+    engine->setAlarmConfig(measure, config);
+    Recorder<CValue> levels;
+    Dispatcher dispatcher{"test", engine};
+    dispatcher.subscribe(
+        {},
+        [&](const Engine::Start& start) {
+            return std::make_unique<AlarmSubscription>(start.seq, ROOT, [levels](const auto& update) {
+                levels.add(CValue{static_cast<std::uint32_t>(update.level)});
+            });
+        },
+        nullptr);
+    writer->set(measure, 100.0F);
+    servers.cutOff();
+    writer->set(measure, 230.0F);
+    await(levels, 6U);
+    writer.reset();
+    servers.takeOver();
+    await(levels, 4U);
+    EXPECT_EQ(levels.all().size(), 2U);
 }
 
 TEST_F(RedisHistoryTest, IdentifierThatOnlyTheFirstServerKnewIsNotGivenToAnother) {
