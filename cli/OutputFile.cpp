@@ -1,6 +1,7 @@
 #include "cli/OutputFile.h"
 
 #include "cli/Failure.h"
+#include "platform/common/GroupFile.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -74,7 +75,7 @@ void OutputFile::finish() {
     if (draft.empty()) {
         return;
     }
-    if (fchmod(descriptor, 0660) != 0 || fsync(descriptor) != 0 ||
+    if (!velk::common::GroupFile::adopt(descriptor, target) || fsync(descriptor) != 0 ||
         rename(draft.c_str(), target.c_str()) != 0) {
         fail(target);
     }

@@ -8,9 +8,9 @@ namespace velk::cli {
 
 /// A file that somebody has named for what a program prints.
 ///
-/// A regular file, and one that is not there yet, comes into being whole or not at all, with the mode 0660;
-/// behind a symbolic link that is the file to which it leads. Whatever else has the name, a device or a pipe,
-/// stays what it is, and is written as the text comes.
+/// A regular file, and one that is not there yet, comes into being whole or not at all, for the group of its
+/// folder (GroupFile); behind a symbolic link that is the file to which it leads. Whatever else has the name,
+/// a device or a pipe, stays what it is, and is written as the text comes.
 class OutputFile {
 public:
     /// Throws Failure when it cannot be written; so does `finish`.

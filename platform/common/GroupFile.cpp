@@ -84,6 +84,10 @@ int GroupFile::open(const std::string& path, int flags, mode_t mode) {
     }
 }
 
+bool GroupFile::adopt(int file, const std::string& path, mode_t mode) {
+    return giveRights(file, folderOf(path), mode);
+}
+
 bool GroupFile::make(const std::string& path, mode_t mode) {
     struct stat status {};
     if (::stat(path.c_str(), &status) == 0) {

@@ -25,6 +25,10 @@ inline constexpr mode_t FOLDER_MODE = 02770;
 /// descriptor, or -1 with the reason in `errno`.
 VELK_EXPORT int open(const std::string& path, int flags, mode_t mode = FILE_MODE);
 
+/// Gives an open file that this program has made, and that nobody else has had so far, the rights of one that
+/// `open` makes at `path`. False with the reason in `errno`.
+VELK_EXPORT bool adopt(int file, const std::string& path, mode_t mode = FILE_MODE);
+
 /// Makes the empty file `path` likewise unless there is one, which is not even opened: whoever closes a file
 /// gives up all locks of the process on it. True when there is a file then, else the reason is in `errno`.
 VELK_EXPORT bool make(const std::string& path, mode_t mode = FILE_MODE);

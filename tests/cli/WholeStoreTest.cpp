@@ -14,6 +14,7 @@
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace velk::cli {
 namespace {
@@ -80,12 +81,18 @@ TEST_F(WholeStoreTest, ExportAndImportAndExportGiveTheSameText) {
 
 TEST_F(WholeStoreTest, AnExportedFileIsForItsGroupAndThereAtOnce) {
     write("store.json", "before");
+    if (geteuid() == 0) { // nobody else may give a folder to a group of which he is no member
+        ASSERT_EQ(chown(folder.path().c_str(), static_cast<uid_t>(-1), 54321), 0);
+    }
     EXPECT_EQ(tess({"export", file("store.json")}), 0) << err;
     EXPECT_EQ(out, "");
     EXPECT_THAT(err, HasSubstr("store.json: 5 devices, "));
     struct stat status {};
     ASSERT_EQ(stat(file("store.json").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0660U);
+    struct stat around {};
+    ASSERT_EQ(stat(folder.path().c_str(), &around), 0);
+    EXPECT_EQ(status.st_gid, around.st_gid);
     EXPECT_THAT(contentOf(file("store.json")), HasSubstr("\"format\": \"velk-store\""));
     const std::filesystem::directory_iterator inside{folder.path()};
     EXPECT_EQ(std::distance(inside, {}), 1) << "nothing else is left there";

@@ -116,6 +116,21 @@ TEST_F(GroupFileTest, GroupIsThatOfTheFolder) {
     }
 }
 
+TEST_F(GroupFileTest, AFileUnderAnotherNameIsGivenWhatItWouldHaveAtItsPlace) {
+    if (::geteuid() == 0) { // nobody else may give a folder to a group of which he is no member
+        ASSERT_EQ(::chown(folder.path().c_str(), static_cast<uid_t>(-1), 54321), 0);
+    }
+    velk::testing::TemporaryDirectory elsewhere;
+    const std::string draft = (elsewhere / "draft").string();
+    const int file = ::open(draft.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    EXPECT_TRUE(GroupFile::adopt(file, path));
+    ::close(file);
+    EXPECT_EQ(statusOf(draft).st_gid, statusOf(folder.path().string()).st_gid);
+    EXPECT_EQ(modeOf(draft), 0660U);
+    EXPECT_FALSE(GroupFile::adopt(-1, path));
+    EXPECT_EQ(errno, EBADF);
+}
+
 TEST_F(GroupFileTest, TellsWhyAFileCannotBeMade) {
     EXPECT_EQ(reach((folder / "none/file").string()), ENOENT);
     EXPECT_EQ(reach(folder.path().string()), EISDIR);
