@@ -1,6 +1,6 @@
 #include "cli/WriterNote.h"
 #include "tests/cli/FakeDaemon.h"
-#include "tests/cli/SampleStore.h"
+#include "tests/cli/TessTest.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,23 +18,11 @@ using Json = nlohmann::ordered_json;
 constexpr const char* DELAY = "Setting.AutomaticSwitchOffDelay";
 constexpr const char* DELAY_PATH = "Outlets.1.Setting.AutomaticSwitchOffDelay";
 
-class AskingTest : public ::testing::Test {
+class AskingTest : public test::TessTest {
 protected:
-    int tess(const std::vector<std::string>& arguments) {
-        const auto program = sample.start(arguments);
-        const int code = program->finish();
-        out = program->output();
-        err = program->errors();
-        return code;
-    }
-
     test::FakeDaemon outletDelay(Answer answer) {
         return {sample, sample.outlet, DELAY, "Outlets.1", "30", answer};
     }
-
-    test::SampleStore sample;
-    std::string out;
-    std::string err;
 };
 
 TEST_F(AskingTest, SetShowsOldAndNewValueAndThatTheDeviceAccepted) {

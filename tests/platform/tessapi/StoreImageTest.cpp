@@ -1,5 +1,6 @@
 #include "platform/tessapi/StoreImage.h"
 
+#include "testing/SameImage.h"
 #include "tests/platform/tessapi/StoreTest.h"
 
 #include <boost/system/system_error.hpp>
@@ -8,6 +9,7 @@ namespace tessapi::contract {
 namespace {
 
 using qz::CValue;
+using velk::testing::expectSame;
 
 /// The whole store at once, and several values at once.
 class StoreImageTest : public StoreTest {
@@ -31,36 +33,6 @@ protected:
         client().channel(device, names::LABELLED);
         client().set(client().channel(device, names::STRING), std::string{"a \"text\"\n"});
         client().browser().recordWrite({0, 1000, "tess", "alice", "path", "1", ""});
-    }
-
-    static void expectSame(const StoreImage& one, const StoreImage& other) {
-        EXPECT_EQ(one.lastDevice, other.lastDevice);
-        EXPECT_EQ(one.lastChannel, other.lastChannel);
-        EXPECT_EQ(one.alarmEvents, other.alarmEvents);
-        EXPECT_EQ(one.writeRecords, other.writeRecords);
-        ASSERT_EQ(one.content.devices.size(), other.content.devices.size());
-        for (std::size_t i = 0; i < one.content.devices.size(); ++i) {
-            EXPECT_EQ(one.content.devices[i].id, other.content.devices[i].id);
-            EXPECT_EQ(one.content.devices[i].uuid, other.content.devices[i].uuid);
-            EXPECT_EQ(one.content.devices[i].parentId, other.content.devices[i].parentId);
-            EXPECT_EQ(one.content.devices[i].attributes, other.content.devices[i].attributes);
-        }
-        ASSERT_EQ(one.content.channels.size(), other.content.channels.size());
-        for (std::size_t i = 0; i < one.content.channels.size(); ++i) {
-            const auto& a = one.content.channels[i];
-            const auto& b = other.content.channels[i];
-            EXPECT_EQ(a.id, b.id);
-            EXPECT_EQ(a.deviceId, b.deviceId);
-            EXPECT_EQ(a.name, b.name);
-            EXPECT_EQ(a.type, b.type);
-            EXPECT_EQ(a.value, b.value);
-            EXPECT_EQ(a.initialized, b.initialized);
-            EXPECT_EQ(a.writtenMs, b.writtenMs);
-            EXPECT_EQ(a.changedMs, b.changedMs);
-            EXPECT_EQ(a.states, b.states);
-            EXPECT_EQ(a.alarmConfig.triggers, b.alarmConfig.triggers);
-            EXPECT_EQ(a.activeAlarms.size(), b.activeAlarms.size());
-        }
     }
 
     std::optional<StoreClient> second;

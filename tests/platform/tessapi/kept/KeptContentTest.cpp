@@ -1,4 +1,5 @@
 #include "platform/qz/CSingleAlarmConfig.h"
+#include "testing/SameImage.h"
 #include "tests/platform/tessapi/kept/KeptTest.h"
 
 #include <fstream>
@@ -8,6 +9,7 @@ namespace {
 
 using qz::CValue;
 using std::chrono::seconds;
+using velk::testing::expectSame;
 
 /// What of a store reaches the disk, and when.
 class KeptContentTest : public KeptTest {
@@ -33,38 +35,6 @@ protected:
         qz::tess::CSingleAlarmConfig config;
         config.triggers.push_back({LevelAlarm::critical, 1, CValue{limit}, {}, 3, "A017", {}, 0});
         return config;
-    }
-
-    static void expectSame(const StoreImage& a, const StoreImage& b) {
-        EXPECT_EQ(a.lastDevice, b.lastDevice);
-        EXPECT_EQ(a.lastChannel, b.lastChannel);
-        EXPECT_EQ(a.alarmEvents, b.alarmEvents);
-        EXPECT_EQ(a.writeRecords, b.writeRecords);
-        ASSERT_EQ(a.content.devices.size(), b.content.devices.size());
-        for (std::size_t i = 0; i < a.content.devices.size(); ++i) {
-            const auto& one = a.content.devices[i];
-            const auto& other = b.content.devices[i];
-            EXPECT_EQ(one.id, other.id);
-            EXPECT_EQ(one.uuid, other.uuid);
-            EXPECT_EQ(one.parentId, other.parentId);
-            EXPECT_EQ(one.attributes, other.attributes);
-        }
-        ASSERT_EQ(a.content.channels.size(), b.content.channels.size());
-        for (std::size_t i = 0; i < a.content.channels.size(); ++i) {
-            expectSame(a.content.channels[i], b.content.channels[i]);
-        }
-    }
-    static void expectSame(const ChannelRecord& one, const ChannelRecord& other) {
-        EXPECT_EQ(one.id, other.id);
-        EXPECT_EQ(one.deviceId, other.deviceId);
-        EXPECT_EQ(one.name, other.name);
-        EXPECT_EQ(one.type, other.type);
-        EXPECT_EQ(one.value, other.value) << one.name;
-        EXPECT_EQ(one.writtenMs, other.writtenMs) << one.name;
-        EXPECT_EQ(one.changedMs, other.changedMs) << one.name;
-        EXPECT_EQ(one.states, other.states);
-        EXPECT_EQ(one.alarmConfig, other.alarmConfig);
-        EXPECT_EQ(one.activeAlarms.size(), other.activeAlarms.size());
     }
 
     std::uint64_t device{0};
