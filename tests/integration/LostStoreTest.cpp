@@ -1,48 +1,30 @@
 // The real daemon with the simulated device, whose store goes away for good while it runs.
 
-#include "testing/ChildProcess.h"
 #include "testing/RedisServer.h"
 #include "testing/TemporaryDirectory.h"
+#include "tests/integration/SimulatedTest.h"
 #include "tests/integration/StoreWatch.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <memory>
 #include <string>
-#include <vector>
 
 namespace velk::testing {
 namespace {
 
 namespace fs = std::filesystem;
 
-class LostStoreTest : public ::testing::Test {
+class LostStoreTest : public SimulatedTest {
 protected:
     void start(const std::string& storeUrl) {
         url = storeUrl;
-        std::ofstream{directory / "velk.json"}
-            << R"({"maxRestTimeMs": 100, "protocolLibraries": [")" << VELK_SIMULATOR_PLUGIN
-            << R"("], "simulator": {"device": "ups-1ph", "control": "sim.sock"}})";
-        daemon = std::make_unique<ChildProcess>(
-            std::vector<std::string>{VELK_BINARY_DIR "/bin/powerdistributiond", "--config",
-                                     (directory / "velk.json").string()},
-            std::vector<std::string>{"TESS_URL=" + url});
-        ASSERT_TRUE(daemon->awaitOutput("to MONITOR\n")) << daemon->errors();
+        startDaemon();
         awaitFilled();
         before = StoreWatch{url}.channels();
         ASSERT_GT(before.size(), 100U);
-    }
-
-    int run(std::vector<std::string> words) {
-        words.front() = VELK_BINARY_DIR "/bin/" + words.front();
-        ChildProcess program{words, {"TESS_URL=" + url}};
-        const int code = program.finish();
-        output = program.output() + program.errors();
-        return code;
     }
 
     /// Until the device is in service, which is so only when all of it is in the store.
@@ -81,7 +63,7 @@ protected:
             EXPECT_EQ(found->second.alarmConfig, channel.alarmConfig) << path;
         }
         EXPECT_EQ(after.size(), before.size());
-        EXPECT_EQ(run({"simctl", (directory / "sim.sock").string(), "mains", "lost"}), 0) << output;
+        mains("lost");
         RedisServer::await("the alarm", [&] {
             run({"tess", "alarms"});
             return output.find("Inputs.1.Status.InRange") != std::string::npos;
@@ -104,12 +86,8 @@ protected:
         return {};
     }
 
-    TemporaryDirectory directory;
     TemporaryDirectory memory;
-    std::string url;
-    std::unique_ptr<ChildProcess> daemon;
     std::map<std::string, tessapi::ChannelRecord> before;
-    std::string output;
 };
 
 TEST_F(LostStoreTest, FileThatWasRemovedIsMadeAnewAndFilled) {
@@ -174,7 +152,7 @@ TEST_F(LostStoreTest, FileThatIsMovedBackIsTheStoreStill) {
     start("sqlite:" + file());
     fs::rename(file(), directory / "aside.db");
     fs::rename(directory / "aside.db", file());
-    EXPECT_EQ(run({"simctl", (directory / "sim.sock").string(), "mains", "lost"}), 0) << output;
+    mains("lost");
     RedisServer::await("the value",
                        [&] { return StoreWatch{url}.value("Inputs.1.Status.InRange") == qz::CValue{false}; });
     daemon->signal(SIGTERM);

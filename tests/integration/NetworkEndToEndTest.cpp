@@ -1,50 +1,29 @@
 // The real daemon with the simulated device on a store of the network whose server crashes.
 
-#include "testing/ChildProcess.h"
 #include "testing/RedisServer.h"
-#include "testing/TemporaryDirectory.h"
+#include "tests/integration/SimulatedTest.h"
 #include "tests/integration/StoreWatch.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <csignal>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace velk::testing {
 namespace {
 
 const std::string modeOfDevice{"PowerDistribution.Status.Mode"};
 
-class NetworkEndToEndTest : public ::testing::Test {
+class NetworkEndToEndTest : public SimulatedTest {
 protected:
     void SetUp() override {
-        std::ofstream{directory / "velk.json"}
-            << R"({"maxRestTimeMs": 100, "protocolLibraries": [")" << VELK_SIMULATOR_PLUGIN
-            << R"("], "simulator": {"device": "ups-1ph", "control": "sim.sock"}})";
+        url = "redis://" + server.address() + "/gateway-7";
         store = std::make_unique<StoreWatch>(url);
-        daemon = std::make_unique<ChildProcess>(
-            std::vector<std::string>{VELK_BINARY_DIR "/bin/powerdistributiond", "--config",
-                                     (directory / "velk.json").string()},
-            std::vector<std::string>{"TESS_URL=" + url});
-        ASSERT_TRUE(daemon->awaitOutput("to MONITOR\n")) << daemon->errors();
+        startDaemon();
         ASSERT_TRUE(store->await("Inputs.1.Status.InRange", qz::CValue{true}));
-    }
-
-    int run(std::vector<std::string> words) {
-        words.front() = VELK_BINARY_DIR "/bin/" + words.front();
-        ChildProcess program{words, {"TESS_URL=" + url}};
-        const int code = program.finish();
-        output = program.output() + program.errors();
-        return code;
-    }
-
-    void device(const std::string& state) {
-        ASSERT_EQ(run({"simctl", (directory / "sim.sock").string(), "mains", state}), 0) << output;
     }
 
     /// As store->await, also while the server is just coming back.
@@ -52,18 +31,14 @@ protected:
         RedisServer::await(path, [&] { return store->value(path) == wanted; });
     }
 
-    TemporaryDirectory directory;
     RedisServer server{{.appendOnly = true}};
-    const std::string url{"redis://" + server.address() + "/gateway-7"};
     std::unique_ptr<StoreWatch> store;
-    std::unique_ptr<ChildProcess> daemon;
-    std::string output;
 };
 
 TEST_F(NetworkEndToEndTest, DaemonPollsOnWhileTheServerIsAwayAndTheStoreHasTheNewestValuesAfterIt) {
     const qz::CValue before = store->value(modeOfDevice);
     server.stop();
-    device("lost");
+    mains("lost");
     std::this_thread::sleep_for(std::chrono::seconds{1});
     server.start();
     await("Inputs.1.Status.InRange", qz::CValue{false});
@@ -72,7 +47,7 @@ TEST_F(NetworkEndToEndTest, DaemonPollsOnWhileTheServerIsAwayAndTheStoreHasTheNe
     // And on: the same daemon, the other way round, and with a request of somebody.
     server.stop();
     server.start();
-    device("normal");
+    mains("normal");
     await(modeOfDevice, before);
     EXPECT_EQ(run({"tess", "do", "Outlets.8", "SwitchOff", "--yes"}), 0) << output;
     await("Outlets.8.Status.SwitchedOn", qz::CValue{false});
