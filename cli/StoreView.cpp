@@ -168,7 +168,9 @@ const Point& StoreView::require(const std::string& path) const {
         names += (i == 0 ? "" : ", ") + several[i]->path;
     }
     names += several.size() > MOST_NAMED ? ", ..." : "";
-    const std::string what = PathPattern{path}.isGlob() ? " match \"" : " are below \"";
+    const bool isOne = several.size() == 1;
+    const std::string what = PathPattern{path}.isGlob() ? (isOne ? " matches \"" : " match \"")
+                                                        : (isOne ? " is below \"" : " are below \"");
     throw Failure{ExitCode::NoSuchPath,
                   "this takes one path; " + std::to_string(several.size()) + what + path + "\": " + names};
 }

@@ -4,9 +4,11 @@
 
 #include <cerrno>
 #include <charconv>
+#include <fcntl.h>
 #include <filesystem>
 #include <optional>
 #include <set>
+#include <stdlib.h> // NOLINT(modernize-deprecated-headers): mkstemp
 #include <string>
 #include <system_error>
 #include <unistd.h>
@@ -58,6 +60,19 @@ std::string complaintOf(const Node& member) {
     return "";
 }
 
+/// Tried, as what the rights say is not all: the file system may be read-only. Nothing is left of it.
+bool canMakeFile(const std::string& folder) {
+    int file = open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    if (file < 0 && (errno == EOPNOTSUPP || errno == EISDIR)) {
+        std::string name = folder + "/history.XXXXXX";
+        file = mkstemp(name.data());
+        if (file >= 0) {
+            unlink(name.c_str());
+        }
+    }
+    return file >= 0 && close(file) == 0;
+}
+
 /// What keeps the history from lying at `file`, as far as this user can tell.
 std::optional<Finding> obstacle(const ConfigurationFile& configuration, const Node& place) {
     namespace fs = std::filesystem;
@@ -75,7 +90,7 @@ std::optional<Finding> obstacle(const ConfigurationFile& configuration, const No
         return found(Finding::Severity::Error,
                      "expected a file in a folder that is there, but " + folder.string() + " is none");
     }
-    if (access(folder.c_str(), W_OK | X_OK) != 0) {
+    if (!canMakeFile(folder)) {
         return found(Finding::Severity::Warning,
                      "the history cannot be saved by this user: " + folder.string() + ": " +
                          std::generic_category().message(errno));

@@ -116,6 +116,9 @@ TEST(StoreViewTest, WhereOneIsWantedAGlobOrAPartTellsHowManyItIs) {
               "Outlets.2.Measure.Voltage");
     EXPECT_EQ(refusal("Outlets.1"), "this takes one path; 2 are below \"Outlets.1\": "
                                     "Outlets.1.Measure.Voltage, Outlets.1.Status.SwitchedOn");
+    EXPECT_EQ(refusal("Outlets.2"),
+              "this takes one path; 1 is below \"Outlets.2\": Outlets.2.Measure.Voltage");
+    EXPECT_EQ(refusal("*.2.**"), "this takes one path; 1 matches \"*.2.**\": Outlets.2.Measure.Voltage");
     EXPECT_EQ(refusal("Inlets.*"), "nothing in the store matches \"Inlets.*\"");
     EXPECT_EQ(refusal("Outlets.1.Measure.Voltage"), "took Outlets.1.Measure.Voltage");
 }

@@ -79,7 +79,7 @@ TEST_F(HistorySettingsTest, WhatIsNotUsableIsToldAndCountsAsNotThere) {
 TEST_F(HistorySettingsTest, AFileThatCanBeNoneIsAnError) {
     EXPECT_THAT(
         complaints(R"({"history": {"file": "nodir/hist"}})"),
-        ElementsAre(HasSubstr("velk.json:1:14: \"file\": expected a file in a folder that is there, but " +
+        ElementsAre(HasSubstr("velk.json:1:22: \"file\": expected a file in a folder that is there, but " +
                               (folder / "nodir").string() + " is none")));
     std::filesystem::create_directory(folder / "hist");
     EXPECT_THAT(complaints(R"({"history": {"file": "hist"}})"),
