@@ -57,8 +57,8 @@ protected:
 TEST_F(SlotMoveTest, EveryWriteArrivesOnceWhileASiteMovesToAnotherNode) {
     ::testing::internal::CaptureStderr();
     {
-        NetworkClient writer{url};
-        NetworkClient listener{url};
+        NetworkClient writer{url, true, std::chrono::seconds{3}};
+        NetworkClient listener{url, true, std::chrono::seconds{3}};
         const auto channel = writer.channel(RESULT);
         const auto results = listener.watch(channel);
         std::thread working{[&] {
