@@ -73,11 +73,12 @@ protected:
 
     /// Whether a killed writer has left what was acknowledged, and at most one call more.
     bool isAllThere(Shadow& shadow, std::size_t place, Engine& store, Tally& tally) const {
+        // First, before the others have written so much that its records are too old to be kept.
+        const auto found = RandomWork{store, seed(), static_cast<unsigned int>(place)}.description();
         const auto acknowledged = Acknowledged{noteOf(place)}.get();
         while (shadow.done < acknowledged) {
             shadow.work.perform(++shadow.done);
         }
-        const auto found = RandomWork{store, seed(), static_cast<unsigned int>(place)}.description();
         const auto expected = shadow.work.description();
         if (found == expected) {
             return true;
