@@ -58,7 +58,7 @@ const std::vector<program::CommandRow>& commands() {
          {{"PATH", "One path, such as Inputs.1.Measure.Voltage", Offer::path}},
          {{"--since", "TIME", "How long ago (90s, 15m, 1h, 2d) or a time (6h)"},
           {"--csv", "", "Values separated by commas, for other programs"},
-          {"--points", "NUMBER", "Parts of the time, or changes, at most; as many as the width shows without"}},
+          {"--points", "NUMBER", "Parts of the time, or newest changes; as many as the width shows, or all, without"}},
          {{"tess history Inputs.1.Measure.Voltage", "The last six hours"},
           {"tess history Status.Mode --since 7d --csv", "The changes of a week for a spreadsheet"}}},
         {"set", "Asks the device to take a setting",

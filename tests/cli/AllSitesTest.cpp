@@ -71,6 +71,7 @@ TEST_F(AllSitesTest, EachSiteHasALineWithDeviceCommunicationAlarmsAndTheAgeOfThe
     alarm(stores["berlin"], "Status.Overload", tessapi::LevelAlarm::critical);
     alarm(stores["berlin"], "Status.InternalFailure", tessapi::LevelAlarm::critical);
     site("zagreb", "Modular 40", "M-7").change(20, "CommunicationStatus.State", qz::CValue{3U});
+    stores["zagreb"].channel(20, "Measure.Voltage", qz::CValue{230.0F});
     EXPECT_EQ(run(), ExitCode::Done);
     // clang-format off
     EXPECT_EQ(out.str(),
@@ -85,12 +86,14 @@ TEST_F(AllSitesTest, NotesOfTheDaemonAreNoValuesOfTheDevice) {
     site("berlin", "Line 1500", "L-1").device(1000, 1, "Daemon");
     stores["berlin"].daemonProcess(1000, "");
     stores["berlin"].record(5001).writtenMs = SnapshotBuilder::NOW_MS;
+    stores["berlin"].channel(20, "Measure.Voltage", qz::CValue{230.0F});
     run();
     EXPECT_NE(out.str().find("3 min ago\n"), std::string::npos) << out.str();
 }
 
 TEST_F(AllSitesTest, CommunicationStatesAreNoValuesOfTheDevice) {
     SnapshotBuilder& berlin = site("berlin", "Line 1500", "L-1");
+    berlin.channel(20, "Measure.Voltage", qz::CValue{230.0F});
     berlin.channel(20, "CommunicationStatus.Counter", qz::CValue{7U}).writtenMs = SnapshotBuilder::NOW_MS;
     run();
     EXPECT_NE(out.str().find("3 min ago\n"), std::string::npos) << out.str();

@@ -39,13 +39,18 @@ TEST(StoreAdviceTest, AStoreThatThisUserMayNotOpenNamesTheGroup) {
 }
 
 TEST(StoreAdviceTest, ADamagedStoreTellsHowToGoOn) {
-    EXPECT_NE(adviceForDatabase(SQLITE_CORRUPT_INDEX).find("set the file aside"), std::string::npos);
+    EXPECT_EQ(
+        adviceForDatabase(SQLITE_CORRUPT_INDEX),
+        "stop powerdistributiond, set the file aside, \"tess import\" what \"tess export\" has kept, and "
+        "start powerdistributiond");
     EXPECT_EQ(adviceFor(StoreFault::corrupt), adviceForDatabase(SQLITE_NOTADB));
 }
 
 TEST(StoreAdviceTest, AFullDiskAsksForSpace) {
     EXPECT_EQ(adviceForDatabase(SQLITE_FULL).find("make space"), 0u);
     EXPECT_EQ(adviceForSystem(ENOSPC).find("make space"), 0u);
+    EXPECT_EQ(adviceForDatabase(SQLITE_IOERR_SHMSIZE).find("make space"), 0u) << "of a folder in memory";
+    EXPECT_EQ(adviceForDatabase(SQLITE_IOERR_READ), "");
 }
 
 TEST(StoreAdviceTest, AServerThatIsAwayAsksForTheServer) {
