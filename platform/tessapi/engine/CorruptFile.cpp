@@ -1,10 +1,10 @@
-// LEAD TO life: proved findings about this file: read /tmp/life-note.md before you commit, then delete this line.
 #include "platform/tessapi/engine/CorruptFile.h"
 
 #include "platform/tessapi/engine/Database.h"
 #include "platform/tessapi/engine/FileLock.h"
 #include "platform/tessapi/engine/Schema.h"
 #include "platform/tessapi/engine/StoreError.h"
+#include "platform/tessapi/engine/StoreFile.h"
 
 #include <array>
 #include <chrono>
@@ -54,6 +54,17 @@ bool isCorrupt(const std::string& path, const std::string& store) {
     }
 }
 
+/// Whether the file was made by this library, as far as one can tell: what another program has made stays
+/// where it is.
+bool isOfAStore(const std::string& path, const std::string& store, const FileLock& use) {
+    const auto id = StoreFile::applicationId(path, store);
+    if (id == Schema::APPLICATION_ID || id == Schema::KEPT_ID) {
+        return true;
+    }
+    const std::string beginOfDatabases{"SQLite format 3"};
+    return use.hasSign() && Database::headOfFile(path, store, beginOfDatabases.size()) != beginOfDatabases;
+}
+
 } // namespace
 
 bool CorruptFile::isBehind(const boost::system::error_code& failure) {
@@ -84,6 +95,9 @@ bool CorruptFile::setAside(const std::string& path, const std::string& store) {
     }
     if (!isCorrupt(path, store)) {
         return true;
+    }
+    if (!isOfAStore(path, store, use)) {
+        return false;
     }
     const auto name = move(path, store);
     std::cerr << "WARNING - store " + store + ": the file was corrupt and is now " + name +

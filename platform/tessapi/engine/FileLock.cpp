@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -61,6 +62,17 @@ bool FileLock::awaitAny(std::chrono::milliseconds longest) {
     }
     awaitShared(longest);
     return false;
+}
+
+void FileLock::leaveSign() {
+    if (!hasSign() && ::ftruncate(descriptor, 1) != 0) {
+        throwSystemFailure(store, errno, "cannot write " + path);
+    }
+}
+
+bool FileLock::hasSign() const {
+    struct stat status {};
+    return ::fstat(descriptor, &status) == 0 && status.st_size > 0;
 }
 
 bool FileLock::attempt(int operation) {

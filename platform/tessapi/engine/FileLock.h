@@ -27,6 +27,10 @@ public:
     /// Whether nobody else holds it: then it is had alone, else shared.
     bool awaitAny(std::chrono::milliseconds longest);
 
+    /// A sign in the file, for whoever comes after this program too.
+    void leaveSign();
+    bool hasSign() const;
+
 private:
     bool attempt(int operation);
     void await(int operation, std::chrono::milliseconds longest);

@@ -13,6 +13,7 @@
 #include "platform/tessapi/engine/WorkingFile.h"
 
 #include <filesystem>
+#include <iostream>
 #include <random>
 #include <sqlite3.h>
 
@@ -94,11 +95,11 @@ const std::string& existing(const std::string& path, const std::string& store) {
 }
 
 /// Within a transaction.
-void becomeCopy(Database& database, const std::string& folder) {
+void becomeCopy(Database& database, const std::string& folder, const WorkingFile::Origin& origin) {
     database.execute(KeptSchema::COPY_TABLES);
     database.execute(CONVERT);
-    Statement{database, "INSERT INTO kept(working, identity, copies, values_every_sec) VALUES(?, ?, 0, ?)"}
-        .execute(folder, randomIdentity(), std::int64_t{KeptStore::USUAL_INTERVAL.count()});
+    Statement{database, "INSERT INTO kept(working, identity, copies, values_every_sec) VALUES(?, ?, ?, ?)"}
+        .execute(folder, origin.identity, origin.copies, std::int64_t{KeptStore::USUAL_INTERVAL.count()});
 }
 
 } // namespace
@@ -130,7 +131,7 @@ void KeptStore::put(const std::string& path, const std::string& store, const std
     if (id == Schema::KEPT_ID) {
         move(path, store, folder, longestWait);
     } else if (id == 0) {
-        make(path, store, folder);
+        make(path, store, folder, longestWait);
     } else {
         convert(path, store, folder);
     }
@@ -202,15 +203,24 @@ void KeptStore::setInterval(const std::string& path, const std::string& store, R
     }
 }
 
-void KeptStore::make(const std::string& path, const std::string& store, const std::string& folder) {
+void KeptStore::make(const std::string& path, const std::string& store, const std::string& folder,
+                     std::chrono::milliseconds longestWait) {
     Database database{path, store, Database::Sharing::alone};
     if (!Schema::isEmpty(database)) {
         throwStoreFault(store, StoreFault::foreign, "");
     }
     database.execute("PRAGMA synchronous=FULL");
     database.execute(PAGE_SIZE);
-    Schema::create(database, Schema::KEPT_ID, [&] { becomeCopy(database, folder); });
+    const auto file = WorkingFile::pathIn(folder, path);
+    const auto left = WorkingFile::adopt(file, store, longestWait);
+    const auto origin = left.value_or(WorkingFile::Origin{randomIdentity(), 0});
+    Schema::create(database, Schema::KEPT_ID, [&] { becomeCopy(database, folder, origin); });
     StoreFile::useLog(database);
+    if (left) {
+        std::cerr << "WARNING - store " + store + ": " + path + " was gone and is made anew from " + file +
+                         ", which programs work on; who wants an empty store removes both\n"
+                  << std::flush;
+    }
 }
 
 void KeptStore::convert(const std::string& path, const std::string& store, const std::string& folder) {
@@ -222,7 +232,7 @@ void KeptStore::convert(const std::string& path, const std::string& store, const
         database.execute(PAGE_SIZE);
         database.execute("VACUUM");
         Transaction transaction{database, Transaction::Kind::write};
-        becomeCopy(database, folder);
+        becomeCopy(database, folder, {randomIdentity(), 0});
         database.execute(("PRAGMA application_id=" + std::to_string(Schema::KEPT_ID)).c_str());
         transaction.commit();
     }

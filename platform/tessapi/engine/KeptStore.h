@@ -62,7 +62,9 @@ private:
     /// Has the store at `path` worked on in `folder`. The caller is the only one that has it open.
     static void put(const std::string& path, const std::string& store, const std::string& folder,
                     std::chrono::milliseconds longestWait);
-    static void make(const std::string& path, const std::string& store, const std::string& folder);
+    /// With all that is left in memory of one that was there before.
+    static void make(const std::string& path, const std::string& store, const std::string& folder,
+                     std::chrono::milliseconds longestWait);
     static void convert(const std::string& path, const std::string& store, const std::string& folder);
     static void move(const std::string& path, const std::string& store, const std::string& folder,
                      std::chrono::milliseconds longestWait);

@@ -84,6 +84,7 @@ std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create,
     }
     engine->keeper = std::make_unique<Keeper>(std::move(keeping), options);
     engine->retypeChannels();
+    engine->use->leaveSign(); // that there was a store
     return engine;
 }
 

@@ -6,9 +6,11 @@
 #include "platform/tessapi/engine/CorruptFile.h"
 #include "platform/tessapi/engine/KeptSchema.h"
 #include "platform/tessapi/engine/Schema.h"
+#include "platform/tessapi/engine/SharedPage.h"
 #include "platform/tessapi/engine/Statement.h"
 #include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/engine/StoreFile.h"
+#include "platform/tessapi/engine/Transaction.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -52,21 +54,26 @@ void fill(const std::string& file, KeptStore& kept) {
     StoreFile::useLog(working);
 }
 
-struct FilledRecord {
-    std::int64_t identity;
-    std::int64_t copies;
-};
+/// As if nothing had been copied yet.
+constexpr const char* MARK_ALL = R"sql(
+INSERT INTO mark(kind, object) SELECT 0, id FROM device;
+INSERT INTO mark(kind, object) SELECT DISTINCT 1, device FROM attribute;
+INSERT INTO mark(kind, object) SELECT 2, id FROM channel;
+INSERT INTO mark(kind, object) SELECT DISTINCT 3, channel FROM state;
+INSERT INTO mark(kind, object) SELECT DISTINCT 4, channel FROM alarm;
+UPDATE keeping SET setting_seq = 0, value_seq = 0, event = 0, record = 0, values_at = 0;
+)sql";
 
 /// Nothing unless the file was filled since the boot: nothing in it is synced, so where the folder is no
 /// memory and outlives a boot it may lack what the copy has.
-std::optional<FilledRecord> recordOf(const std::string& file, const std::string& store) {
+std::optional<WorkingFile::Origin> recordOf(const std::string& file, const std::string& store) {
     if (StoreFile::applicationId(file, store) != Schema::WORKING_ID) {
         return std::nullopt;
     }
     Database working{file, store};
     Statement statement{working, "SELECT identity, copies FROM keeping WHERE boot = ?"};
     auto run = statement.with(velk::common::presentBoot());
-    return run.next() ? std::optional{FilledRecord{run.integer(0), run.integer(1)}} : std::nullopt;
+    return run.next() ? std::optional{WorkingFile::Origin{run.integer(0), run.integer(1)}} : std::nullopt;
 }
 
 /// Whether what the file holds contradicts itself; one that is not filled holds nothing.
@@ -157,6 +164,24 @@ void WorkingFile::prepare(const std::string& file, const std::string& kept, cons
         setAside(file, kept, store);
     }
     fill(file, copy);
+}
+
+std::optional<WorkingFile::Origin> WorkingFile::adopt(const std::string& file, const std::string& store,
+                                                      std::chrono::milliseconds longestWait) {
+    if (isCorrupt(file, store)) {
+        return std::nullopt;
+    }
+    const auto origin = recordOf(file, store);
+    if (origin) {
+        SharedPage page{file + "-lock", store};
+        InterprocessLock writers{page, store, longestWait};
+        InterprocessHold hold{writers};
+        Database working{file, store};
+        Transaction transaction{working, Transaction::Kind::write};
+        working.execute(MARK_ALL);
+        transaction.commit();
+    }
+    return origin;
 }
 
 void WorkingFile::remove(const std::string& file) {

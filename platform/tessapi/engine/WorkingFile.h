@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace tessapi {
@@ -31,6 +32,18 @@ bool isFilledFrom(const std::string& file, const std::string& store, std::int64_
 
 /// Whether nobody has put another kept copy, of the same identity, in the place of that since.
 bool belongsTo(const std::string& file, const std::string& store, const KeptStore::Record& record);
+
+/// Which kept copy a file was filled from, and how many copies had been made to it.
+struct Origin {
+    std::int64_t identity;
+    std::int64_t copies;
+};
+
+/// For a kept copy that is gone or damaged while `file` has everything: all of that is copied with the next
+/// run to one that is made anew with what this returns. Nothing when `file` is not whole or of another boot.
+/// No program has the store open.
+std::optional<Origin> adopt(const std::string& file, const std::string& store,
+                            std::chrono::milliseconds longestWait);
 
 void remove(const std::string& file);
 

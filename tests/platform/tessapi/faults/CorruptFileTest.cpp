@@ -136,6 +136,39 @@ TEST_F(CorruptFileTest, ADatabaseOfAnotherProgramIsNotSetAside) {
     EXPECT_TRUE(setAside().empty());
 }
 
+TEST_F(CorruptFileTest, ADamagedDatabaseOfAnotherProgramIsNotSetAside) {
+    make();
+    {
+        std::fstream stream{file(), std::ios::in | std::ios::out | std::ios::binary};
+        stream.seekp(68); // what the file is
+        stream << std::string{"\0\0\x04\xd2", 4};
+    }
+    spoil();
+    const auto before = contentOf(file());
+    EXPECT_THROW(open(permissive()), boost::system::system_error);
+    EXPECT_EQ(contentOf(file()), before);
+    EXPECT_TRUE(setAside().empty());
+}
+
+TEST_F(CorruptFileTest, AFileThatIsNoDatabaseIsNotSetAsideHoweverOften) {
+    const std::string text(5'000, 't');
+    std::ofstream{file()} << text;
+    EXPECT_THROW(open(permissive()), boost::system::system_error);
+    EXPECT_THROW(open(permissive()), boost::system::system_error);
+    EXPECT_EQ(contentOf(file()), text);
+    EXPECT_TRUE(setAside().empty());
+}
+
+TEST_F(CorruptFileTest, AStoreWhoseFirstPageIsGoneIsSetAside) {
+    make();
+    {
+        std::fstream stream{file(), std::ios::in | std::ios::out | std::ios::binary};
+        stream << std::string(1024, '\0');
+    }
+    open(permissive());
+    EXPECT_EQ(setAside().size(), 1U);
+}
+
 TEST_F(CorruptFileTest, APageThatTurnsBadWhileTheStoreIsOpenIsAFailureThatNamesItAndIsFoundAtTheNextStart) {
     make();
     {

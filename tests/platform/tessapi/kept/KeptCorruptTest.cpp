@@ -115,6 +115,45 @@ TEST_F(KeptCorruptTest, WhenBothAreNotWholeANewStoreIsBegunIfThatIsAllowed) {
     EXPECT_EQ(setAside().size(), 1U);
 }
 
+TEST_F(KeptCorruptTest, ACopyThatIsNotWholeIsMadeAnewFromAFileInMemoryThatIs) {
+    { open()->setValue(setting, CValue{std::int32_t{8}}); }
+    spoil(path());
+    ::testing::internal::CaptureStderr();
+    {
+        const auto store = open(url() + "&when-corrupt=set-aside");
+        EXPECT_EQ(store->valueOf(setting), CValue{std::int32_t{8}});
+        EXPECT_EQ(store->health().file->path, workingFile());
+    }
+    const auto said = ::testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.find(path() + " was gone and is made anew from " + workingFile()), std::string::npos)
+        << said;
+    boot();
+    EXPECT_EQ(open()->valueOf(setting), CValue{std::int32_t{8}}) << "the new copy has all of it";
+}
+
+TEST_F(KeptCorruptTest, ACopyThatIsGoneIsMadeAnewFromTheFileInMemory) {
+    {
+        const auto store = open();
+        const auto measured = store->emplaceChannel(1, names::MEASURED);
+        store->setValue(measured, CValue{230.0F});
+        store->setAttribute(1, 5, "model");
+    }
+    const auto before = open()->image();
+    for (const char* part : {"", "-wal"}) {
+        fs::remove(path() + part);
+    }
+    { const auto store = open(); }
+    boot();
+    const auto after = open()->image();
+    ASSERT_EQ(after.content.channels.size(), before.content.channels.size());
+    for (std::size_t i = 0; i < after.content.channels.size(); ++i) {
+        EXPECT_EQ(after.content.channels[i].value, before.content.channels[i].value);
+        EXPECT_EQ(after.content.channels[i].writtenMs, before.content.channels[i].writtenMs);
+    }
+    EXPECT_EQ(after.content.devices[0].attributes, before.content.devices[0].attributes);
+    EXPECT_EQ(after.lastChannel, before.lastChannel);
+}
+
 TEST_F(KeptCorruptTest, AProgramThatWasKilledWhileItSetAsideLeavesWhatIsFilledAgain) {
     const auto file = workingFile();
     {
