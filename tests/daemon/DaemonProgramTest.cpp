@@ -113,8 +113,9 @@ TEST_F(DaemonProgramTest, ACorruptStoreIsSetAsideWhenTheConfigurationSaysSo) {
         }
         return false;
     };
-    const std::string content(5000, 'x'); // a database's head, and then none
-    std::ofstream{folder / "tess.db"} << std::string{"SQLite format 3"} + '\0' + content;
+    std::string content(5000, 'x'); // the head of a store, and then none
+    content.replace(0, 16, std::string{"SQLite format 3"} + '\0').replace(68, 4, "TESS");
+    std::ofstream{folder / "tess.db"} << content;
     const auto refusing = start({"--config", configuration()});
     ASSERT_TRUE(refusing->awaitErrors("a new one begins in 1 s")) << refusing->errors();
     refusing->signal(SIGTERM);

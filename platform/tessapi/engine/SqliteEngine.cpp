@@ -95,8 +95,7 @@ void SqliteEngine::connect(const std::string& path, bool create, bool working, c
         writer = std::make_unique<Connection>(path, store, catalogue, options);
         MutexLock lock{writer->mutex};
         if (working) {
-            Schema::verify(writer->database, Schema::WORKING_ID);
-            StoreFile::useLog(writer->database); // whoever filled it may have been killed before that
+            StoreFile::prepareWorking(writer->database);
         } else {
             StoreFile::prepare(writer->database, create);
         }
@@ -387,20 +386,18 @@ void SqliteEngine::fill(const StoreImage& image) {
 StoreHealth SqliteEngine::health() {
     auto health = Engine::health();
     health.schemaOfEngine = Schema::VERSION;
-    health.schemaVersion = read([this](Model&) VELK_NO_THREAD_SAFETY_ANALYSIS {
-        return DatabaseHealth::schemaVersion(reader->database);
+    read([&](Model&) VELK_NO_THREAD_SAFETY_ANALYSIS { // `read` holds the reader's lock
+        auto& database = reader->database;
+        health.schemaVersion = DatabaseHealth::schemaVersion(database);
+        if (!file.empty()) {
+            health.file = DatabaseHealth::file(database, file);
+        }
+        if (!copyFile.empty()) {
+            health.copy = DatabaseHealth::copy(database, copyFile);
+            health.copy->valuesEverySec = valuesEvery.count();
+        }
+        return true;
     });
-    if (!file.empty()) {
-        health.file = read([this](Model&) VELK_NO_THREAD_SAFETY_ANALYSIS { // `read` holds the reader's lock
-            return DatabaseHealth::file(reader->database, file);
-        });
-    }
-    if (!copyFile.empty()) {
-        health.copy = read([this](Model&) VELK_NO_THREAD_SAFETY_ANALYSIS {
-            return DatabaseHealth::copy(reader->database, copyFile);
-        });
-        health.copy->valuesEverySec = valuesEvery.count();
-    }
     return health;
 }
 

@@ -95,4 +95,9 @@ void StoreFile::prepare(Database& database, bool create) {
     useLog(database);
 }
 
+void StoreFile::prepareWorking(Database& database) {
+    Schema::verify(database, Schema::WORKING_ID);
+    useLog(database);
+}
+
 } // namespace tessapi

@@ -23,6 +23,9 @@ void useLog(Database& database);
 /// Makes the tables in a file without content, and refuses a file that is no store. The caller holds
 /// the lock between the processes.
 void prepare(Database& database, bool create);
+/// Refuses a file that is not one that a kept copy was filled into, and has it use a log: whoever filled it
+/// may have been killed before that.
+void prepareWorking(Database& database);
 
 } // namespace StoreFile
 
