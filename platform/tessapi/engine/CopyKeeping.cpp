@@ -111,8 +111,8 @@ CopyKeeping::Duration CopyKeeping::untilValuesAreDue(Duration copied) const {
 
 void CopyKeeping::copy(bool values, bool end) {
     try {
-        CopyRun run{place.kept, place.working, store};
-        run.copy(writers, values, clock.now());
+        CopyRun run{place.kept, place.working, store, writers};
+        run.copy(values, clock.now());
         if (end) {
             run.copyLog(); // whoever takes the file away then has all of it
         }

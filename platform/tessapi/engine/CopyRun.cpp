@@ -5,9 +5,11 @@
 #include "platform/tessapi/engine/Statement.h"
 #include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/engine/Transaction.h"
+#include "platform/tessapi/engine/WorkingFile.h"
 
 #include <chrono>
 #include <fstream>
+#include <optional>
 #include <unistd.h>
 
 namespace tessapi {
@@ -119,13 +121,22 @@ std::uint64_t bytesWritten() {
 
 } // namespace
 
-CopyRun::CopyRun(const std::string& keptFile, const std::string& workingFile, const std::string& store) :
-    kept{keptFile, store}, database{kept.connection()} {
-    Statement{database, "ATTACH ? AS working"}.execute(workingFile);
+CopyRun::CopyRun(const std::string& keptFile, const std::string& workingFile, const std::string& store,
+                 InterprocessLock& lock) :
+    writers{lock}, kept{keptFile, store}, database{kept.connection()} {
+    bool attached = false;
+    BreakableReads{writers}.run([&] {
+        if (attached) {
+            database.execute("DETACH working"); // what was read of its tables may be none of them
+        }
+        Statement{database, "ATTACH ? AS working"}.execute(workingFile);
+        attached = true;
+        return attached;
+    });
 }
 
-void CopyRun::copy(InterprocessLock& writers, bool values, velk::common::Clock::Duration now) {
-    checkBelongTogether(writers);
+void CopyRun::copy(bool values, velk::common::Clock::Duration now) {
+    checkBelongTogether();
     BreakableReads{writers}.run([&] { return collect(values); })->commit();
     std::uint64_t bytes = 0;
     if (!isNothingCollected()) {
@@ -136,27 +147,26 @@ void CopyRun::copy(InterprocessLock& writers, bool values, velk::common::Clock::
         }
         bytes = bytesWritten() - before;
     }
-    note(writers, values, now, bytes);
+    note(values, now, bytes);
 }
 
 void CopyRun::copyLog() {
     kept.copyLog();
 }
 
-void CopyRun::checkBelongTogether(InterprocessLock& writers) {
+void CopyRun::checkBelongTogether() {
     const auto record = kept.record();
-    Statement statement{database, "SELECT identity, copies FROM working.keeping"};
-    std::int64_t known = 0;
-    {
+    const auto known = BreakableReads{writers}.run([this]() -> std::optional<WorkingFile::Origin> {
+        Statement statement{database, "SELECT identity, copies FROM working.keeping"};
         auto run = statement.with();
-        if (!run.next() || run.integer(0) != record.identity ||
-            (run.integer(1) != record.copies && run.integer(1) + 1 != record.copies)) {
-            throwStoreFault(database.storeName(), StoreFault::disappeared, "cannot copy to the disk");
-        }
-        known = run.integer(1);
+        return run.next() ? std::optional{WorkingFile::Origin{run.integer(0), run.integer(1)}} : std::nullopt;
+    });
+    if (!known || known->identity != record.identity ||
+        (known->copies != record.copies && known->copies + 1 != record.copies)) {
+        throwStoreFault(database.storeName(), StoreFault::disappeared, "cannot copy to the disk");
     }
     copies = record.copies;
-    if (known != copies) {
+    if (known->copies != copies) {
         // The last run was killed after its commit. It is noted before there is another one.
         InterprocessHold hold{writers};
         Statement{database, "UPDATE working.keeping SET copies = ?"}.execute(copies);
@@ -187,8 +197,7 @@ void CopyRun::apply() {
     ++copies;
 }
 
-void CopyRun::note(InterprocessLock& writers, bool values, velk::common::Clock::Duration now,
-                   std::uint64_t bytes) {
+void CopyRun::note(bool values, velk::common::Clock::Duration now, std::uint64_t bytes) {
     InterprocessHold hold{writers};
     Transaction transaction{database, Transaction::Kind::read};
     database.execute("DELETE FROM working.mark WHERE number <= (SELECT mark FROM temp.upto)");

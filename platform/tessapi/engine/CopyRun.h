@@ -20,22 +20,24 @@ namespace tessapi {
 class CopyRun {
 public:
     /// The caller holds the keeper's lock as long as the object is there.
-    CopyRun(const std::string& keptFile, const std::string& workingFile, const std::string& store);
+    CopyRun(const std::string& keptFile, const std::string& workingFile, const std::string& store,
+            InterprocessLock& lock);
 
     /// `values`: measured values too. `now` is the time of the clock that nobody sets.
-    void copy(InterprocessLock& writers, bool values, velk::common::Clock::Duration now);
+    void copy(bool values, velk::common::Clock::Duration now);
 
     /// Brings the log of the kept copy into its file.
     void copyLog();
 
 private:
-    void checkBelongTogether(InterprocessLock& writers);
+    void checkBelongTogether();
     /// Of one moment, which is over with what it gives.
     std::unique_ptr<Transaction> collect(bool values);
     bool isNothingCollected();
     void apply();
-    void note(InterprocessLock& writers, bool values, velk::common::Clock::Duration now, std::uint64_t bytes);
+    void note(bool values, velk::common::Clock::Duration now, std::uint64_t bytes);
 
+    InterprocessLock& writers;
     KeptStore kept;
     Database& database;
     std::int64_t copies{0};

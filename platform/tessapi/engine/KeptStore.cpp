@@ -250,7 +250,7 @@ void KeptStore::move(const std::string& path, const std::string& store, const st
         // What programs that were killed have left.
         SharedPage page{file + "-lock", store};
         InterprocessLock writers{page, store, longestWait};
-        CopyRun{path, file, store}.copy(writers, true, velk::common::Clock::system().now());
+        CopyRun{path, file, store, writers}.copy(true, velk::common::Clock::system().now());
     }
     KeptStore kept{path, store};
     Statement{kept.database, "UPDATE kept SET working = ?, identity = ?, copies = 0"}.execute(

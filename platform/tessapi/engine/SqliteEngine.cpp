@@ -64,7 +64,8 @@ std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create,
     auto words = std::make_unique<SharedPage>(file + "-lock", url.text());
     std::shared_ptr<SqliteEngine> engine{new SqliteEngine{url, std::move(words), options}};
     engine->use = std::move(use);
-    if (kept && (alone || !WorkingFile::isFilledFrom(file, engine->store, kept->identity))) {
+    if (kept &&
+        (alone || !WorkingFile::isFilledFrom(file, engine->store, kept->identity, *engine->writers))) {
         WorkingFile::prepare(file, path, engine->store, *engine->writers, alone, options.longestWait);
     }
     engine->use->awaitShared(options.longestWait); // others may come from here on

@@ -3,6 +3,7 @@
 #include "platform/common/BootId.h"
 #include "platform/common/Clock.h"
 #include "platform/common/GroupFile.h"
+#include "platform/tessapi/engine/BreakableReads.h"
 #include "platform/tessapi/engine/CorruptFile.h"
 #include "platform/tessapi/engine/KeptSchema.h"
 #include "platform/tessapi/engine/Schema.h"
@@ -132,8 +133,9 @@ std::string WorkingFile::place(const std::string& folder, const std::string& kep
     return pathIn(folder, kept);
 }
 
-bool WorkingFile::isFilledFrom(const std::string& file, const std::string& store, std::int64_t identity) {
-    const auto known = recordOf(file, store);
+bool WorkingFile::isFilledFrom(const std::string& file, const std::string& store, std::int64_t identity,
+                               InterprocessLock& writers) {
+    const auto known = BreakableReads{writers}.run([&] { return recordOf(file, store); });
     return known && known->identity == identity;
 }
 

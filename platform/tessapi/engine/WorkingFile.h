@@ -28,7 +28,8 @@ void prepare(const std::string& file, const std::string& kept, const std::string
              InterprocessLock& writers, bool alone, std::chrono::milliseconds longestWait);
 
 /// Whether `file` was filled from the kept copy of this identity.
-bool isFilledFrom(const std::string& file, const std::string& store, std::int64_t identity);
+bool isFilledFrom(const std::string& file, const std::string& store, std::int64_t identity,
+                  InterprocessLock& writers);
 
 /// Whether nobody has put another kept copy, of the same identity, in the place of that since.
 bool belongsTo(const std::string& file, const std::string& store, const KeptStore::Record& record);
