@@ -34,20 +34,14 @@ void GatheredLog::show(File& file) {
 const sqlite3_io_methods& GatheredLog::methods() {
     using Methods = sqlite3_io_methods;
     static const Methods own = [] {
-        Methods made{};
-        made.iVersion = 1; // a log is neither locked nor mapped
+        Methods made = methodsOfBelow(1); // a log is neither locked nor mapped
         made.xClose = close;
         made.xRead = read;
         made.xWrite = write;
         made.xTruncate = Settled<&Methods::xTruncate>::call;
         made.xSync = Settled<&Methods::xSync>::call;
         made.xFileSize = Settled<&Methods::xFileSize>::call;
-        made.xLock = PassOn<&Methods::xLock>::call;
-        made.xUnlock = PassOn<&Methods::xUnlock>::call;
-        made.xCheckReservedLock = PassOn<&Methods::xCheckReservedLock>::call;
         made.xFileControl = control;
-        made.xSectorSize = PassOn<&Methods::xSectorSize>::call;
-        made.xDeviceCharacteristics = PassOn<&Methods::xDeviceCharacteristics>::call;
         return made;
     }();
     return own;

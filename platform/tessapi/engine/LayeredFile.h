@@ -33,4 +33,24 @@ struct PassOn<METHOD> {
     }
 };
 
+/// Methods of which all that every file has do what the file below does.
+inline sqlite3_io_methods methodsOfBelow(int version) {
+    using Methods = sqlite3_io_methods;
+    Methods made{};
+    made.iVersion = version;
+    made.xClose = PassOn<&Methods::xClose>::call;
+    made.xRead = PassOn<&Methods::xRead>::call;
+    made.xWrite = PassOn<&Methods::xWrite>::call;
+    made.xTruncate = PassOn<&Methods::xTruncate>::call;
+    made.xSync = PassOn<&Methods::xSync>::call;
+    made.xFileSize = PassOn<&Methods::xFileSize>::call;
+    made.xLock = PassOn<&Methods::xLock>::call;
+    made.xUnlock = PassOn<&Methods::xUnlock>::call;
+    made.xCheckReservedLock = PassOn<&Methods::xCheckReservedLock>::call;
+    made.xFileControl = PassOn<&Methods::xFileControl>::call;
+    made.xSectorSize = PassOn<&Methods::xSectorSize>::call;
+    made.xDeviceCharacteristics = PassOn<&Methods::xDeviceCharacteristics>::call;
+    return made;
+}
+
 } // namespace tessapi

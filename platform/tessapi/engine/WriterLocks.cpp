@@ -21,20 +21,9 @@ void WriterLocks::show(File& file) {
 const sqlite3_io_methods& WriterLocks::methods() {
     using Methods = sqlite3_io_methods;
     static const Methods own = [] {
-        Methods made{};
-        made.iVersion = 2; // with locks in shared memory, not mapped itself
+        Methods made = methodsOfBelow(2); // with locks in shared memory, not mapped itself
         made.xClose = close;
-        made.xRead = PassOn<&Methods::xRead>::call;
-        made.xWrite = PassOn<&Methods::xWrite>::call;
-        made.xTruncate = PassOn<&Methods::xTruncate>::call;
-        made.xSync = PassOn<&Methods::xSync>::call;
-        made.xFileSize = PassOn<&Methods::xFileSize>::call;
-        made.xLock = PassOn<&Methods::xLock>::call;
-        made.xUnlock = PassOn<&Methods::xUnlock>::call;
-        made.xCheckReservedLock = PassOn<&Methods::xCheckReservedLock>::call;
         made.xFileControl = control;
-        made.xSectorSize = PassOn<&Methods::xSectorSize>::call;
-        made.xDeviceCharacteristics = PassOn<&Methods::xDeviceCharacteristics>::call;
         made.xShmMap = map;
         made.xShmLock = lock;
         made.xShmBarrier = PassOn<&Methods::xShmBarrier>::call;
