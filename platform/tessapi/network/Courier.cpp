@@ -21,6 +21,8 @@ using Kind = ValueSender::Verdict::Kind;
 
 /// Between two knocks at a server that is away.
 constexpr std::chrono::milliseconds KNOCK_PAUSE{500};
+/// For a listener, before it is told that it hears nothing.
+constexpr std::chrono::seconds LONGEST_SILENCE{1};
 
 std::int64_t presentMs() {
     using namespace std::chrono;
@@ -85,7 +87,11 @@ void Courier::expectReturn() {
 
 void Courier::missServer(const std::string& why) {
     MutexLock lock{mutex};
-    announce(why);
+    const auto now = clock.now();
+    missingSince = missingSince.value_or(now);
+    if (now - *missingSince >= LONGEST_SILENCE) {
+        announce(why);
+    }
     startThread();
 }
 
@@ -278,6 +284,7 @@ void Courier::announceReturn() {
     }
     busy = false;
     announced = false;
+    missingSince.reset();
     delivered = 0;
 }
 
@@ -287,6 +294,7 @@ void Courier::giveUp() {
     outbox.clear();
     busy = false;
     announced = false;
+    missingSince.reset();
     delivered = 0;
 }
 

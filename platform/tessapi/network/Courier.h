@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -34,7 +35,8 @@ public:
 
     /// The server is away: knock until it is back.
     void expectReturn() VELK_EXCLUDES(mutex);
-    /// Likewise, and say so: somebody listens, and hears nothing as long.
+    /// Likewise, and say so once that has lasted for a second: somebody listens, and hears nothing as long. A
+    /// server that was started anew is back before.
     void missServer(const std::string& why) VELK_EXCLUDES(mutex);
 
     /// Whether values are kept.
@@ -85,6 +87,8 @@ private:
     bool stopping VELK_GUARDED_BY(mutex){false};
     bool expecting VELK_GUARDED_BY(mutex){false};
     bool announced VELK_GUARDED_BY(mutex){false};
+    /// Since when a listener misses the server.
+    std::optional<velk::common::Clock::Duration> missingSince VELK_GUARDED_BY(mutex);
     std::size_t delivered VELK_GUARDED_BY(mutex){0};
     std::thread thread VELK_GUARDED_BY(mutex);
 };
