@@ -42,7 +42,9 @@ void put(Slot& slot, const Change& change) {
     const auto bytes = ValueCodec::encode(change.value);
     const bool fits = bytes.size() <= NewsRing::ROOM;
     std::uint64_t value[WORDS]{};
-    std::memcpy(value, bytes.data(), fits ? bytes.size() : 0);
+    if (fits && !bytes.empty()) { // without bytes there is no address either
+        std::memcpy(value, bytes.data(), bytes.size());
+    }
     slot.stamp.store(stampOf(change.seq) + 1, RELEASE);
     slot.object.store(change.object, RELEASE);
     slot.timeMs.store(static_cast<std::uint64_t>(change.timeMs), RELEASE);
