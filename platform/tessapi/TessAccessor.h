@@ -17,8 +17,8 @@ namespace tessapi {
 ///   encryption, for one on servers of the network.
 ///
 /// Without `TESS_URL`: `$STATE_DIRECTORY/tess.db`, else `$XDG_STATE_HOME/velk/tess.db`, else
-/// `~/.local/state/velk/tess.db`, worked on in memory where the machine has a folder for that. All options are
-/// in docs/store-reference.md.
+/// `~/.local/state/velk/tess.db`, worked on in memory where the machine has a folder for that. All options
+/// are in docs/store-reference.md.
 ///
 /// Has one client thread of its own, on which all its callbacks run; the destructor ends it, waiting for a
 /// callback that is running. Destroy it only from outside of its callbacks.
