@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/SharedPage.h"
 
+#include "platform/common/BootId.h"
 #include "platform/common/GroupFile.h"
 #include "platform/tessapi/engine/CoarseClock.h"
 #include "platform/tessapi/engine/StoreError.h"
@@ -8,7 +9,6 @@
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
 #include <new>
 #include <sys/file.h>
 #include <sys/mman.h>
@@ -29,13 +29,6 @@ constexpr std::int64_t LOOK_EVERY_MS = 100;
 /// which goes up by hand.
 const std::string MAGIC = "tess-2-" + std::to_string(sizeof(SharedPage::Words));
 static_assert(sizeof(SharedPage::Words) < 100'000'000, "the name has to fit");
-
-std::string presentBoot() {
-    std::ifstream file{"/proc/sys/kernel/random/boot_id"};
-    std::string id;
-    std::getline(file, id);
-    return id;
-}
 
 /// Greater than any that an earlier page of this boot has come to.
 std::uint64_t firstGeneration() {
@@ -196,7 +189,7 @@ void SharedPage::open() {
             throwSystemFailure(store, error, "cannot write " + path);
         }
     }
-    const auto boot = presentBoot();
+    const auto boot = velk::common::presentBoot();
     if (boot.empty()) {
         // Without it a lock that a boot has left behind could not be told from one that is held.
         throwSystemFailure(store, ENOENT, "cannot read /proc/sys/kernel/random/boot_id");
