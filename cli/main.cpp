@@ -3,12 +3,12 @@
 #include "cli/OpenStore.h"
 #include "cli/SafeOutput.h"
 #include "cli/Terminal.h"
+#include "platform/common/WallTime.h"
 #include "platform/tessapi/StoreAdvice.h"
 #include "platform/tessapi/TessAccessor.h"
 
 #include <boost/system/system_error.hpp>
 
-#include <chrono>
 #include <iostream>
 #include <stdexcept>
 #include <unistd.h>
@@ -22,14 +22,10 @@ using velk::cli::Session;
 using velk::cli::Style;
 using velk::cli::Surroundings;
 
-std::int64_t nowMs() {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
-
 ExitCode runAlone(const CommandLine& line) {
-    Surroundings surroundings{
-        line.store, std::cin, std::cout, std::cerr, line.json, Style::forFile(STDOUT_FILENO), nowMs};
+    Surroundings surroundings{line.store,          std::cin,  std::cout,
+                              std::cerr,           line.json, Style::forFile(STDOUT_FILENO),
+                              velk::common::wallMs};
     return line.runAlone(surroundings);
 }
 
@@ -46,7 +42,7 @@ ExitCode runCommand(const CommandLine& line) {
                     line.json,
                     isatty(STDIN_FILENO) == 1 && isatty(STDERR_FILENO) == 1,
                     Style::forFile(STDOUT_FILENO),
-                    nowMs,
+                    velk::common::wallMs,
                     velk::cli::terminalWidth(STDOUT_FILENO),
                     velk::cli::speaksUtf8()};
     return line.run(session);

@@ -1,6 +1,7 @@
 #include "daemon/ExplainDesk.h"
 
 #include "daemon/QuestionDesk.h"
+#include "platform/common/WallTime.h"
 
 #include <chrono>
 #include <exception>
@@ -52,11 +53,6 @@ ExplainJson jsonOf(const PointPublisher& publisher, std::chrono::milliseconds no
     return json;
 }
 
-std::chrono::milliseconds sinceEpoch() {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(
-        std::chrono::system_clock::now().time_since_epoch());
-}
-
 } // namespace
 
 ExplainDesk::ExplainDesk(Opener storeOpener, std::ostream& errorStream) :
@@ -99,7 +95,7 @@ std::optional<ExplainJson> ExplainDesk::answerTo(const ExplainJson& question) {
         return std::nullopt;
     }
     const std::string path = asked->get<std::string>();
-    const std::chrono::milliseconds now = sinceEpoch();
+    const std::chrono::milliseconds now{velk::common::wallMs()};
     PointDescription description;
     {
         const MutexLock lock{describing};

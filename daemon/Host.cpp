@@ -7,8 +7,8 @@
 #include "daemon/StoreSettings.h"
 #include "daemon/Supervisor.h"
 #include "daemon/history/HistoryDesk.h"
+#include "platform/common/WallTime.h"
 
-#include <chrono>
 #include <iostream>
 #include <memory>
 #include <thread>
@@ -29,11 +29,6 @@ Settings settingsOf(const std::string& path) {
     Findings told; // by whoever started the daemon with this file
     const auto file = ConfigurationFile::read(path, told);
     return file ? Settings::of(*file) : Settings{};
-}
-
-std::int64_t wallMs() {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
 /// Until the supervisor has come to its end.
@@ -58,7 +53,8 @@ ExitCode host(const std::string& path) {
     settingsOf<StoreSettings>(path).apply();
     SignalWatch signals;
     const ServiceNotifier notifier = ServiceNotifier::fromEnvironment();
-    HistoryDesk history{settingsOf<HistorySettings>(path), std::cerr, velk::common::Clock::system(), wallMs};
+    HistoryDesk history{settingsOf<HistorySettings>(path), std::cerr, velk::common::Clock::system(),
+                        velk::common::wallMs};
     const auto makeSession = [&path, &history, &notifier, begun = false]() mutable {
         auto session = std::make_unique<StoreSession>(path, history, std::cerr);
         if (!std::exchange(begun, true)) {

@@ -34,7 +34,7 @@ void StoreWatch::run() {
         lock.unlock();
         const std::string loss = look();
         if (!loss.empty() && !since.empty()) {
-            onLost(loss + ", since " + since);
+            onLost(std::string{loss}.append(", since ").append(since));
             return;
         }
         since = loss.empty() ? "" : conv::UnixTime::now().toIso8601();

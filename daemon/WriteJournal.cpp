@@ -1,5 +1,6 @@
 #include "daemon/WriteJournal.h"
 
+#include "platform/common/WallTime.h"
 #include "platform/qz/CValue.h"
 #include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/StoreBrowser.h"
@@ -69,11 +70,6 @@ Json writerIn(const std::string& announcement, const Json& note, const conv::Uni
     }
 }
 
-std::int64_t presentMs() {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
-
 } // namespace
 
 tessapi::WriteRecord recordOf(const Json& note, const conv::UnixTime& time, std::int64_t nowMs) {
@@ -140,7 +136,7 @@ void WriteJournal::record(const DeviceWrite& write) {
     note["error"] = write.error.empty() ? Json(nullptr) : Json(write.error);
     note["time"] = write.time.toIso8601();
     note["by"] = writerOf(note, write.time);
-    unrecorded.push_back(recordOf(note, write.time, presentMs()));
+    unrecorded.push_back(recordOf(note, write.time, velk::common::wallMs()));
     if (unrecorded.size() > LENGTH) {
         unrecorded.pop_front();
     }

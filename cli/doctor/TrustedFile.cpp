@@ -65,7 +65,7 @@ std::string distrustOf(const std::string& file) {
         return file + ": " + error.message();
     }
     while (true) {
-        const std::string doubt = distrustOfOne(place.string());
+        std::string doubt = distrustOfOne(place.string());
         if (!doubt.empty() || place == place.root_path()) {
             return doubt;
         }

@@ -53,14 +53,15 @@ std::optional<std::array<std::string_view, 3>> splitInThree(std::string_view tex
 }
 
 std::optional<conv::UnixTime> toUnixTime(std::uint32_t year, std::uint32_t month, std::uint32_t day) {
-    using namespace std::chrono;
-    const year_month_day date{std::chrono::year{static_cast<int>(year)}, std::chrono::month{month},
-                              std::chrono::day{day}};
+    using std::chrono::seconds;
+    using std::chrono::sys_days;
+    const std::chrono::year_month_day date{std::chrono::year{static_cast<int>(year)},
+                                           std::chrono::month{month}, std::chrono::day{day}};
     if (!date.ok() || year < 1970 || year > 2105) {
         return std::nullopt;
     }
     const auto since = sys_days{date}.time_since_epoch();
-    return conv::UnixTime{static_cast<std::uint32_t>(duration_cast<seconds>(since).count())};
+    return conv::UnixTime{static_cast<std::uint32_t>(std::chrono::duration_cast<seconds>(since).count())};
 }
 
 std::uint32_t fullYear(std::uint32_t twoDigits) {

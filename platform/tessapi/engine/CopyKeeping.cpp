@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/CopyKeeping.h"
 
+#include "platform/common/WallTime.h"
 #include "platform/tessapi/engine/BreakableReads.h"
 #include "platform/tessapi/engine/CopyRun.h"
 #include "platform/tessapi/engine/KeptSchema.h"
@@ -30,11 +31,6 @@ constexpr const char* PENDING =
     " OR EXISTS(SELECT 1 FROM channel INDEXED BY channel_soon WHERE " VELK_SOON_KEPT_NAMES
     " AND seq > setting_seq),"
     " value_seq < coalesce((SELECT max(seq) FROM change), 0), values_at FROM keeping";
-
-std::int64_t wallClockMs() {
-    return std::chrono::duration_cast<milliseconds>(std::chrono::system_clock::now().time_since_epoch())
-        .count();
-}
 
 } // namespace
 
@@ -130,7 +126,7 @@ void CopyKeeping::noteFailure(const std::string& text) {
         Statement{database, "UPDATE keeping SET failure = ?1, failing_since_ms ="
                             " CASE failing_since_ms WHEN 0 THEN ?2 ELSE failing_since_ms END"
                             " WHERE failure <> ?1"}
-            .execute(text, wallClockMs());
+            .execute(text, velk::common::wallMs());
     } catch (const std::exception&) {
         // What failed first is told.
     }

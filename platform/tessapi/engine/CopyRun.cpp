@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/CopyRun.h"
 
+#include "platform/common/WallTime.h"
 #include "platform/tessapi/engine/BreakableReads.h"
 #include "platform/tessapi/engine/KeptSchema.h"
 #include "platform/tessapi/engine/Statement.h"
@@ -102,11 +103,6 @@ UPDATE main.sqlite_sequence SET seq = s.seq FROM temp.sequence s
 UPDATE main.kept SET copies = copies + 1;
 )sql";
 
-std::int64_t nowMs() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
-
 /// Bytes that this thread has given to the system to be written, 0 where that is not known.
 std::uint64_t bytesWritten() {
     std::ifstream file{"/proc/thread-self/io"};
@@ -204,12 +200,12 @@ void CopyRun::note(bool values, velk::common::Clock::Duration now, std::uint64_t
     Statement{database, "UPDATE working.keeping SET copies = ?, setting_seq = u.seq, event = u.event,"
                         " record = u.record, last_ms = ?, last_by = ?, runs = runs + 1, bytes = bytes + ?,"
                         " failure = '', failing_since_ms = 0 FROM temp.upto u"}
-        .execute(copies, nowMs(), std::int64_t{::getpid()}, bytes);
+        .execute(copies, velk::common::wallMs(), std::int64_t{::getpid()}, bytes);
     if (values) {
         const auto at = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
         Statement{database, "UPDATE working.keeping SET value_seq = u.seq, last_values_ms = ?, values_at = ?"
                             " FROM temp.upto u"}
-            .execute(nowMs(), std::int64_t{at});
+            .execute(velk::common::wallMs(), std::int64_t{at});
     }
     transaction.commit();
 }

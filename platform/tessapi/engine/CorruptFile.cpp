@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <iostream>
 #include <sqlite3.h>
+#include <string_view>
 #include <system_error>
 
 namespace tessapi {
@@ -76,13 +77,15 @@ bool CorruptFile::isBehind(const boost::system::error_code& failure) {
 }
 
 std::string CorruptFile::move(const std::string& path, const std::string& store) {
-    const auto name = freeName(path);
+    std::string name = freeName(path);
     // The file first: a log that is left behind without it is dropped with the next store's first page.
-    for (const std::string ending : {"", "-wal", "-shm"}) {
+    for (const std::string_view ending : {"", "-wal", "-shm"}) {
+        auto from = path;
+        auto to = name;
         std::error_code error;
-        fs::rename(path + ending, name + ending, error);
+        fs::rename(from.append(ending), to.append(ending), error);
         if (error && error != std::errc::no_such_file_or_directory) {
-            throwSystemFailure(store, error.value(), "cannot set aside " + path + ending);
+            throwSystemFailure(store, error.value(), "cannot set aside " + from);
         }
     }
     return name;

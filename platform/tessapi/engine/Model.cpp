@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/Model.h"
 
+#include "platform/common/WallTime.h"
 #include "platform/tessapi/DeviceAttribute.h"
 #include "platform/tessapi/ITessAccessor.h"
 #include "platform/tessapi/engine/AlarmEvaluator.h"
@@ -8,7 +9,6 @@
 #include "platform/tessapi/engine/ValueCodec.h"
 
 #include <algorithm>
-#include <chrono>
 #include <limits>
 #include <map>
 #include <set>
@@ -23,11 +23,6 @@ namespace {
 
 constexpr auto UNKNOWN = ITessAccessor::UNKNOWN_ID;
 constexpr auto EVERYTHING = std::numeric_limits<std::size_t>::max();
-
-std::int64_t nowMs() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
 
 using Ids = std::unordered_set<std::uint64_t>;
 
@@ -99,7 +94,8 @@ std::uint64_t Model::emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t
     removeDevices(subtree);
     const auto made = devices.insert(uuid, parent, isWish ? wanted : 0);
     if (hadAlarms) {
-        announceAlarms(made, nowMs()); // who watches the seat must not go on with those of the former device
+        // Who watches the seat must not go on with those of the former device.
+        announceAlarms(made, velk::common::wallMs());
     }
     return made;
 }
@@ -136,7 +132,7 @@ void Model::setAttribute(std::uint64_t device, std::uint32_t number, const std::
     if (number >= qz::CDevice::ATTRIBUTE_COUNT || !devices.contains(device)) {
         return;
     }
-    const auto seq = changes.append(Change::Kind::attribute, device, qz::CValue{}, nowMs());
+    const auto seq = changes.append(Change::Kind::attribute, device, qz::CValue{}, velk::common::wallMs());
     devices.setAttribute(device, number, text, seq);
 }
 
@@ -163,7 +159,7 @@ std::uint64_t Model::emplaceChannel(std::uint64_t device, const std::string& nam
 
 void Model::removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) {
     const Ids kept{keep.begin(), keep.end()};
-    const auto time = nowMs();
+    const auto time = velk::common::wallMs();
     bool alarmsChanged = false;
     for (const auto channel : channels.idsOf(device)) {
         if (kept.count(channel) == 0) {
@@ -204,7 +200,7 @@ void Model::setValue(std::uint64_t channel, const qz::CValue& value) {
     if (value.type() != entry->type) {
         refuseType(channel, value);
     }
-    const auto time = nowMs();
+    const auto time = velk::common::wallMs();
     if (!ValueCodec::same(entry->value, value)) {
         entry->changedMs = time;
     }
@@ -285,7 +281,7 @@ bool Model::clearAlarms(std::uint64_t channel, std::int64_t timeMs) {
 }
 
 void Model::removeDevices(const std::vector<std::uint64_t>& subtree) {
-    const auto time = nowMs();
+    const auto time = velk::common::wallMs();
     for (const auto device : subtree) {
         for (const auto channel : channels.idsOf(device)) {
             clearAlarms(channel, time);
@@ -312,7 +308,7 @@ void Model::setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmCo
         triggers.push_back({channel, trigger, AlarmEvaluator::isActive(trigger, row->value)});
     }
     const auto before = alarms.triggersOf(channel);
-    const auto time = nowMs();
+    const auto time = velk::common::wallMs();
     cache.forget(channel);
     alarms.replace(channel, triggers);
     channels.setHasTriggers(channel, !triggers.empty());
@@ -343,7 +339,7 @@ void Model::retypeChannels() {
         const auto* entry = catalogue.find(row.name);
         channels.setStates(row.id, entry == nullptr ? qz::CMultistateMap{} : entry->labels);
         cache.forget(row.id);
-        if (const auto time = nowMs(); evaluate(row.id, *entryOf(row.id), time)) {
+        if (const auto time = velk::common::wallMs(); evaluate(row.id, *entryOf(row.id), time)) {
             announceAlarms(row.device, time);
         }
     }

@@ -39,8 +39,8 @@ std::string digitsOf(const std::string& path) {
 }
 
 std::int64_t monotonicMs() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(velk::common::Clock::system().now()).count();
+    using std::chrono::milliseconds;
+    return std::chrono::duration_cast<milliseconds>(velk::common::Clock::system().now()).count();
 }
 
 void fill(const std::string& file, KeptStore& kept) {

@@ -1,5 +1,6 @@
 #include "platform/tessapi/network/Courier.h"
 
+#include "platform/common/WallTime.h"
 #include "platform/tessapi/network/LinkError.h"
 #include "platform/tessapi/network/OutageBoard.h"
 #include "platform/tessapi/network/ServerRefusal.h"
@@ -23,11 +24,6 @@ using Kind = ValueSender::Verdict::Kind;
 constexpr std::chrono::milliseconds KNOCK_PAUSE{500};
 /// For a listener, before it is told that it hears nothing.
 constexpr std::chrono::seconds LONGEST_SILENCE{1};
-
-std::int64_t presentMs() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
 
 std::vector<Change> changesOf(const Courier::Values& values, std::int64_t timeMs) {
     std::vector<Change> changes;
@@ -131,13 +127,13 @@ bool Courier::addIfBusy(const Values& values, const std::vector<Change>& changes
 void Courier::keep(Outbox::Batch batch) {
     outbox.addSent(std::move(batch));
     if (!busy.exchange(true)) {
-        busySinceMs = presentMs();
+        busySinceMs = velk::common::wallMs();
     }
     startThread();
 }
 
 ValueSender::Verdict Courier::send(const Values& values) {
-    auto changes = changesOf(values, presentMs());
+    auto changes = changesOf(values, velk::common::wallMs());
     if (addIfBusy(values, changes)) {
         return {};
     }
@@ -161,18 +157,19 @@ ValueSender::Verdict Courier::send(const Values& values) {
             return {};
         }
         MutexLock lock{mutex};
-        if (verdict.kind == Kind::taken) {
-            remember(std::move(batch), generation);
-        }
-        if (verdict.kind != Kind::behind) {
-            return verdict;
-        }
-        moveSentAfter(verdict.done);
-        if (!outbox.isEmpty()) {
+        if (verdict.kind == Kind::behind) {
+            moveSentAfter(verdict.done);
+            if (outbox.isEmpty()) {
+                batch.afterGap = true; // what is missing was refused, or nobody has it any more
+                continue;
+            }
             keep(std::move(batch));
             return {};
         }
-        batch.afterGap = true; // what is missing was refused, or nobody has it any more
+        if (verdict.kind == Kind::taken) {
+            remember(std::move(batch), generation);
+        }
+        return verdict;
     }
 }
 

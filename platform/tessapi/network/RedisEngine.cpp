@@ -1,5 +1,6 @@
 #include "platform/tessapi/network/RedisEngine.h"
 
+#include "platform/common/WallTime.h"
 #include "platform/tessapi/DeviceAttribute.h"
 #include "platform/tessapi/ITessAccessor.h"
 #include "platform/tessapi/engine/StoreError.h"
@@ -12,7 +13,6 @@
 #include "platform/tessapi/network/SiteImage.h"
 
 #include <algorithm>
-#include <chrono>
 #include <stdexcept>
 #include <utility>
 
@@ -24,11 +24,6 @@ constexpr auto NO_ID = ITessAccessor::UNKNOWN_ID;
 constexpr std::uint64_t HISTORY_AT_A_TIME = 1000;
 /// Channels that are made in one call: a server that many sites share does nothing else meanwhile.
 constexpr std::size_t CHANNELS_AT_A_TIME = 256;
-
-std::int64_t presentMs() {
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
-}
 
 std::string rawOf(const velk::common::Uuid& uuid) {
     return {uuid.data().begin(), uuid.data().end()};
@@ -109,7 +104,7 @@ Reply RedisEngine::ask(const Command& command) {
 
 template <class Fill>
 Reply RedisEngine::write(const char* function, Fill fill) {
-    const auto time = presentMs();
+    const auto time = velk::common::wallMs();
     std::uint64_t number = 0;
     return guarded([&] {
         try {
