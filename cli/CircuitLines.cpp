@@ -179,7 +179,7 @@ PathLine branchLine(PartReader branch, const std::string& name) {
     return line.finish();
 }
 
-PathLine outletsLine(PartReader device) {
+PathLine outletsLine(const PartReader& device) {
     LineBuilder line{"", "Outlets"};
     std::vector<PartReader> outlets = device.items("Outlets");
     std::size_t on = 0;
@@ -219,7 +219,7 @@ PathLine outletsLine(PartReader device) {
     return line.finish();
 }
 
-PathLine environmentLine(PartReader device) {
+PathLine environmentLine(const PartReader& device) {
     PartReader environment = device.below("Environment");
     LineBuilder line{"", environment.path()};
     line.sayKnown(environment.figure("Measure.Temperature"));

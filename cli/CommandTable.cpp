@@ -2,15 +2,22 @@
 
 #include "platform/program/Completion.h"
 
+#include <algorithm>
+#include <array>
+#include <iterator>
+
 namespace velk::cli {
 
 namespace {
 
 using program::Offer;
 
+using Rows = std::vector<program::CommandRow>;
+
 // clang-format off
-const std::vector<program::CommandRow>& commands() {
-    static const std::vector<program::CommandRow> rows{
+/// What is in the store, and what happened.
+Rows readingCommands() {
+    return {
         {"status", "The device from feed to outlet in words, communication, active alarms"},
         {"tree", "The parts of the device with their values",
          {{"[PATH]", "A part, such as Outlets.7; . for the device; all without", Offer::part}},
@@ -61,6 +68,12 @@ const std::vector<program::CommandRow>& commands() {
           {"--points", "NUMBER", "Parts of the time, or newest changes; as many as the width shows, or all, without"}},
          {{"tess history Inputs.1.Measure.Voltage", "The last six hours"},
           {"tess history Status.Mode --since 7d --csv", "The changes of a week for a spreadsheet"}}},
+    };
+}
+
+/// What the device is asked for, and the store as a whole.
+Rows actingCommands() {
+    return {
         {"set", "Asks the device to take a setting",
          {{"PATH", "A setting: Outlets.1.Setting.AutomaticSwitchOnDelay", Offer::setting},
           {"VALUE", "A number, yes or no, or the name of a state"}},
@@ -87,6 +100,12 @@ const std::vector<program::CommandRow>& commands() {
          {{"FILE", "From where; - for the standard input", Offer::file}},
          {},
          {{"tess --store sqlite:/tmp/copy.db import backup.json", "Makes a store that is as the first one was"}}},
+    };
+}
+
+/// Help for the shell and for people.
+Rows helpingCommands() {
+    return {
         {"completion", "The completion of commands, options and paths for a shell",
          {{"SHELL", "bash, zsh or fish", Offer::nothing, {"bash", "zsh", "fish"}}},
          {},
@@ -101,9 +120,19 @@ const std::vector<program::CommandRow>& commands() {
           {"[PART]", "For actions: of which part"}},
          {}, {}, true},
     };
-    return rows;
 }
 // clang-format on
+
+const Rows& commands() {
+    static const Rows rows = [] {
+        Rows all = readingCommands();
+        for (Rows& more : std::array{actingCommands(), helpingCommands()}) {
+            std::move(more.begin(), more.end(), std::back_inserter(all));
+        }
+        return all;
+    }();
+    return rows;
+}
 
 program::ProgramTable makeTable() {
     program::ProgramTable table;

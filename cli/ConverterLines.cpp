@@ -198,7 +198,7 @@ PathLine converterLine(PartReader converter, const std::string& name) {
     return line.finish();
 }
 
-PathLine modulesLine(PartReader device) {
+PathLine modulesLine(const PartReader& device) {
     PartReader modules = device.below("PowerModules");
     LineBuilder line{"Power modules", modules.path()};
     if (const std::optional<double> count = modules.number("Attribute.Count")) {
@@ -220,7 +220,7 @@ PathLine modulesLine(PartReader device) {
     return line.finish();
 }
 
-PathLine batteryLine(PartReader device) {
+PathLine batteryLine(const PartReader& device) {
     PartReader bank = device.below("BackupSystem.PowerBank");
     LineBuilder line{"", bank.path()};
     if (!isThere(bank)) {

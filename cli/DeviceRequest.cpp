@@ -79,7 +79,7 @@ RequestResult request(Session& session, const Point& point, const qz::CValue& va
     Outcome outcome{session.store, session.clock};
     announceWriter(session.store, point, value, session.nowMs());
     session.store.inbandAccessor().setChannelCValue(point.channel->id, value);
-    const RequestResult result =
+    RequestResult result =
         outcome.isPossible()
             ? resultOf(outcome.waitFor(point.devicePath, point.name, plainText(value), timeout), timeout)
             : RequestResult{RequestResult::Kind::Unknown, "no daemon has ever kept notes in this store",

@@ -231,21 +231,25 @@ void HistoryScreen::printJson() const {
 }
 
 void HistoryScreen::printCsv() const {
-    if (answer.kind == "number") {
-        session.out << "time,least,mean,greatest,last\n";
-        for (std::size_t i = 0; i < answer.columns.size(); ++i) {
-            session.out << utcText(answer.beginOf(i));
-            if (const auto& column = answer.columns[i]) {
-                for (const double number : {column->least, column->mean, column->greatest, column->last}) {
-                    session.out << "," << Json(number).dump();
-                }
-            } else {
-                session.out << ",,,,";
+    answer.kind == "number" ? printCsvOfNumbers() : printCsvOfChanges();
+}
+
+void HistoryScreen::printCsvOfNumbers() const {
+    session.out << "time,least,mean,greatest,last\n";
+    for (std::size_t i = 0; i < answer.columns.size(); ++i) {
+        session.out << utcText(answer.beginOf(i));
+        if (const auto& column = answer.columns[i]) {
+            for (const double number : {column->least, column->mean, column->greatest, column->last}) {
+                session.out << "," << Json(number).dump();
             }
-            session.out << "\n";
+        } else {
+            session.out << ",,,,";
         }
-        return;
+        session.out << "\n";
     }
+}
+
+void HistoryScreen::printCsvOfChanges() const {
     session.out << "time,value,text\n";
     for (const HistoryAnswer::Change& change : answer.changes) {
         const std::string value = change.value.isValid() ? field(plainText(change.value)) : "";

@@ -20,6 +20,8 @@ public:
     void print() const;
     void printJson() const;
     void printCsv() const;
+    void printCsvOfNumbers() const;
+    void printCsvOfChanges() const;
 
 private:
     bool isList() const;

@@ -40,6 +40,7 @@ std::vector<PartReader> PartReader::items(std::string_view collection) const {
         }
     }
     std::vector<PartReader> readers;
+    readers.reserve(found.size());
     for (auto& [number, reader] : found) {
         readers.push_back(std::move(reader));
     }

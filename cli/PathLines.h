@@ -16,17 +16,17 @@ PathLine sourceLine(PartReader input, const std::string& name);
 PathLine selectionLine(PartReader device);
 
 PathLine converterLine(PartReader converter, const std::string& name);
-PathLine modulesLine(PartReader device);
+PathLine modulesLine(const PartReader& device);
 
 /// The power bank; without facts when nothing in the store says that there is one.
-PathLine batteryLine(PartReader device);
+PathLine batteryLine(const PartReader& device);
 
 PathLine outputLine(PartReader output, const std::string& name);
 PathLine branchLine(PartReader branch, const std::string& name);
 
 /// How many outlets are on, which are not, and what they draw together.
-PathLine outletsLine(PartReader device);
+PathLine outletsLine(const PartReader& device);
 
-PathLine environmentLine(PartReader device);
+PathLine environmentLine(const PartReader& device);
 
 } // namespace velk::cli

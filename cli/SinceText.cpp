@@ -1,6 +1,7 @@
 #include "cli/SinceText.h"
 
 #include "cli/Failure.h"
+#include "cli/TimeText.h"
 
 #include <charconv>
 #include <ctime>
@@ -12,7 +13,6 @@ namespace velk::cli {
 namespace {
 
 constexpr std::int64_t MS_A_SECOND = 1000;
-constexpr std::int64_t SECONDS_A_MINUTE = 60;
 
 /// Empty for nothing, and for what no number can hold.
 std::optional<std::int64_t> numberOf(const std::string& digits) {
@@ -27,11 +27,11 @@ std::int64_t secondsOf(char unit) {
     case 's':
         return 1;
     case 'm':
-        return SECONDS_A_MINUTE;
+        return MINUTE;
     case 'h':
-        return 60 * SECONDS_A_MINUTE;
+        return HOUR;
     default:
-        return 24 * 60 * SECONDS_A_MINUTE;
+        return DAY;
     }
 }
 
@@ -66,7 +66,7 @@ std::int64_t zoneSeconds(const std::string& zone) {
         return 0;
     }
     const std::int64_t seconds =
-        (*numberOf(zone.substr(1, 2)) * 60 + *numberOf(zone.substr(zone.size() - 2))) * SECONDS_A_MINUTE;
+        (*numberOf(zone.substr(1, 2)) * 60 + *numberOf(zone.substr(zone.size() - 2))) * MINUTE;
     return zone.front() == '-' ? -seconds : seconds;
 }
 

@@ -32,16 +32,16 @@ std::tm local(std::int64_t ms) {
 constexpr std::int64_t CLOCKS_DIFFER_SECONDS = 60;
 
 std::string roughly(std::int64_t seconds) {
-    if (seconds < 120) {
+    if (seconds < 2 * MINUTE) {
         return std::to_string(seconds) + " s";
     }
-    if (seconds < 120 * 60) {
-        return std::to_string(seconds / 60) + " min";
+    if (seconds < 2 * HOUR) {
+        return std::to_string(seconds / MINUTE) + " min";
     }
-    if (seconds < 48 * 3600) {
-        return std::to_string(seconds / 3600) + " h";
+    if (seconds < 2 * DAY) {
+        return std::to_string(seconds / HOUR) + " h";
     }
-    return std::to_string(seconds / 86400) + " d";
+    return std::to_string(seconds / DAY) + " d";
 }
 
 } // namespace

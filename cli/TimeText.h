@@ -5,6 +5,11 @@
 
 namespace velk::cli {
 
+/// In seconds.
+constexpr std::int64_t MINUTE = 60;
+constexpr std::int64_t HOUR = 60 * MINUTE;
+constexpr std::int64_t DAY = 24 * HOUR;
+
 /// Points in time as text. All take milliseconds since 1970 UTC.
 
 /// For programs: "2026-11-21T13:38:11.123Z".

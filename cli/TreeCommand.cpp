@@ -141,7 +141,7 @@ private:
     void addItems(const std::string& indent, const std::vector<const Branch*>& items) {
         for (const std::string& line :
              collectionLines(view, communication, session.style, session.nowMs(), items)) {
-            table.add({indent + "  " + line});
+            table.add({std::string{indent}.append("  ").append(line)});
         }
         table.add({indent + "  " +
                    session.style.faint("all of one: tess tree " + items.front()->path +

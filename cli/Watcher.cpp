@@ -101,15 +101,19 @@ void Watcher::choose() {
     const std::vector<std::string> everything{"**"};
     for (const std::string& path : options.paths.empty() ? everything : options.paths) {
         try {
-            for (const Point* point : view.select(path)) {
-                if (point->channel != nullptr) {
-                    chosen.insert(point->channel->id);
-                    pathWidth = std::max(pathWidth, std::min(point->path.size(), WIDEST_PATH));
-                }
-            }
+            choose(view.select(path));
         } catch (const Failure&) {
             // Nothing of that name now; what is watched may go away and come back.
             continue;
+        }
+    }
+}
+
+void Watcher::choose(const std::vector<const Point*>& points) {
+    for (const Point* point : points) {
+        if (point->channel != nullptr) {
+            chosen.insert(point->channel->id);
+            pathWidth = std::max(pathWidth, std::min(point->path.size(), WIDEST_PATH));
         }
     }
 }
@@ -169,7 +173,7 @@ void Watcher::show() {
 Watcher::AlarmNews Watcher::newsOf(const Point& point) {
     std::vector<tessapi::ActiveAlarm>& said = channels[point.channel->id].alarms;
     const std::vector<tessapi::ActiveAlarm>& present = point.channel->activeAlarms;
-    const AlarmNews news{without(present, said), without(said, present)};
+    AlarmNews news{without(present, said), without(said, present)};
     said = present;
     return news;
 }

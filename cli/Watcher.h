@@ -62,6 +62,7 @@ private:
 
     void look();
     void choose();
+    void choose(const std::vector<const Point*>& points);
     bool mustLook() const;
     AlarmNews newsOf(const Point& point);
     bool isWorthALine(const Point& point, const Change& change, const Known& known) const;

@@ -60,15 +60,19 @@ void StoreFeed::lookAfter() {
             openStore();
         } else if (!waiting.empty()) {
             meetAll(false);
-            for (const tessapi::ChannelWrite& write : std::exchange(waiting, {})) {
-                if (known.contains(write.channel)) {
-                    give(write); // others were gone before anybody met them
-                }
-            }
+            giveWaiting();
         }
         failing = false;
     } catch (const std::exception& failure) {
         tell(std::string{"what is written into the store cannot be read: "} + failure.what());
+    }
+}
+
+void StoreFeed::giveWaiting() {
+    for (const tessapi::ChannelWrite& write : std::exchange(waiting, {})) {
+        if (known.contains(write.channel)) {
+            give(write); // others were gone before anybody met them
+        }
     }
 }
 

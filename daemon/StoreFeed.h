@@ -56,6 +56,7 @@ private:
     void lookAfter() VELK_REQUIRES(mutex);
     void openStore() VELK_REQUIRES(mutex);
     void meetAll(bool isFormer) VELK_REQUIRES(mutex);
+    void giveWaiting() VELK_REQUIRES(mutex);
     void onWrite(const tessapi::ChannelWrite& write) VELK_EXCLUDES(mutex);
     void give(const tessapi::ChannelWrite& write) VELK_REQUIRES(mutex);
     void tell(const std::string& trouble) VELK_REQUIRES(mutex);

@@ -217,7 +217,7 @@ WriteJournal::Note WriteJournal::writerOf(const Note& note, const conv::UnixTime
     }
     const MutexLock lock{hearing};
     for (auto each = announcements.begin(); each != announcements.end(); ++each) {
-        const Note writer = writerIn(*each, note, time);
+        Note writer = writerIn(*each, note, time);
         if (!writer.is_null()) {
             used.push_back(std::move(*each));
             announcements.erase(each);

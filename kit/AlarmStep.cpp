@@ -12,7 +12,12 @@
 
 namespace velk::kit {
 
-using namespace powerdistribution;
+using powerdistribution::AlarmConfigurationParser;
+using powerdistribution::EPath;
+using powerdistribution::EPrivate;
+using powerdistribution::Trigger;
+using powerdistribution::Value;
+namespace protocols = powerdistribution::protocols;
 
 namespace {
 

@@ -8,7 +8,9 @@
 
 namespace velk::kit {
 
-using namespace powerdistribution;
+using powerdistribution::EStatus;
+using powerdistribution::Value;
+namespace protocols = powerdistribution::protocols;
 
 namespace {
 

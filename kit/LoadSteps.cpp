@@ -9,7 +9,9 @@
 
 namespace velk::kit {
 
-using namespace powerdistribution;
+using powerdistribution::EPath;
+using powerdistribution::Value;
+namespace protocols = powerdistribution::protocols;
 
 namespace {
 

@@ -8,7 +8,19 @@
 
 namespace velk::kit {
 
-using namespace powerdistribution;
+using powerdistribution::anyIndex;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::ECommunicationStatus;
+using powerdistribution::EMeasurement;
+using powerdistribution::EPath;
+using powerdistribution::EProperty;
+using powerdistribution::ESetting;
+using powerdistribution::EStatus;
+using powerdistribution::oneTo;
+using powerdistribution::Value;
+namespace handlers = powerdistribution::handlers;
+namespace protocols = powerdistribution::protocols;
 
 namespace {
 

@@ -8,7 +8,10 @@
 
 namespace velk::kit {
 
-using namespace powerdistribution;
+using powerdistribution::EPath;
+using powerdistribution::EStatus;
+using powerdistribution::Value;
+namespace protocols = powerdistribution::protocols;
 
 namespace {
 

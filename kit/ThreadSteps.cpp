@@ -8,7 +8,9 @@
 
 namespace velk::kit {
 
-using namespace powerdistribution;
+using powerdistribution::typeName;
+using powerdistribution::Value;
+namespace protocols = powerdistribution::protocols;
 
 namespace {
 

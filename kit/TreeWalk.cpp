@@ -5,7 +5,19 @@
 
 namespace velk::kit {
 
-using namespace powerdistribution;
+using powerdistribution::EAction;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::ECommunicationStatus;
+using powerdistribution::EMeasurement;
+using powerdistribution::EPath;
+using powerdistribution::EPowerConverter;
+using powerdistribution::EPrivate;
+using powerdistribution::EPrivateAction;
+using powerdistribution::EProperty;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
 
 namespace {
 

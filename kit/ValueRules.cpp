@@ -12,7 +12,15 @@
 
 namespace velk::kit {
 
-using namespace powerdistribution;
+using powerdistribution::EnumList;
+using powerdistribution::EPath;
+using powerdistribution::EPrivate;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
+using powerdistribution::GetEnumList;
+using powerdistribution::typeName;
+using powerdistribution::Value;
 
 namespace {
 
@@ -182,7 +190,7 @@ std::optional<Mismatch> mismatchOf(const EPath& path, const Value& value) {
     if (typeName(value) != type) {
         return Mismatch{type, describe(value)};
     }
-    if (const auto mismatch = textMismatch(value)) {
+    if (auto mismatch = textMismatch(value)) {
         return mismatch;
     }
     const tessapi::CatalogueEntry* const entry = entryOf(path);

@@ -7,7 +7,15 @@
 
 namespace velk::kit {
 
-using namespace powerdistribution;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::EPath;
+using powerdistribution::EPowerConverter;
+using powerdistribution::EPrivate;
+using powerdistribution::EStatus;
+using powerdistribution::typeName;
+using powerdistribution::Value;
+namespace protocols = powerdistribution::protocols;
 
 namespace {
 

@@ -136,7 +136,6 @@ Aggregate AggregateRing::next(ByteReader& reader, std::int64_t& step) const {
 void AggregateRing::dropBefore(std::int64_t timeMs) {
     const std::int64_t firstKept = stepOf(timeMs);
     ByteReader reader{viewOf(bytes, head)};
-    std::int64_t step = frontStep;
     std::int64_t nothing = 0;
     while (count > 0 && frontStep < firstKept) {
         next(reader, nothing);
@@ -144,9 +143,7 @@ void AggregateRing::dropBefore(std::int64_t timeMs) {
         --count;
         if (count > 0) {
             ByteReader ahead = reader;
-            step = frontStep;
-            next(ahead, step);
-            frontStep = step;
+            next(ahead, frontStep);
         }
     }
     dropHead(bytes, head);

@@ -28,7 +28,7 @@ struct Aggregate {
 /// Times need not rise: a clock that is set back begins an earlier step once more.
 class AggregateRing {
 public:
-    static constexpr std::int64_t STEP_MS = 5 * 60 * 1000;
+    static constexpr std::int64_t STEP_MS = std::int64_t{5} * 60 * 1000;
 
     /// `narrow`: floats keep all that the numbers have.
     explicit AggregateRing(bool narrowNumbers) : narrow{narrowNumbers} {}

@@ -31,7 +31,7 @@ std::optional<std::int64_t> wholeNumber(const Node& node, std::int64_t least, st
     if (node.getValueType() != ValueType::Integer) {
         return std::nullopt;
     }
-    const std::string text = node.text();
+    const std::string& text = node.text();
     std::int64_t number = 0;
     const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool isNumber = error == std::errc{} && rest == text.data() + text.size();

@@ -23,7 +23,8 @@ public:
     /// Exactly 24 characters, "2024-01-31T12:34:56.000Z".
     std::string toIso8601() const;
 
-    friend constexpr auto operator<=>(const UnixTime&, const UnixTime&) = default;
+    friend constexpr auto
+    operator<=>(const UnixTime&, const UnixTime&) = default; // NOLINT(modernize-use-nullptr): no null pointer
 
 private:
     std::uint32_t seconds{0};

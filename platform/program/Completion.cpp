@@ -107,11 +107,13 @@ std::string bashOptionValues(const ProgramTable& table) {
     std::string text = "    if [[ -n $option ]]; then\n        case $command:$option in\n";
     const auto add = [&](const std::string& prefix, const std::vector<OptionRow>& options) {
         for (const OptionRow& option : options) {
+            if (option.offer == Offer::nothing) {
+                continue;
+            }
             const std::string action = bashAction(table, option.offer);
             for (const std::string& name : namesOf(option)) {
-                text += option.offer == Offer::nothing
-                            ? ""
-                            : "        " + prefix + ":" + name + ") " + action + " ;;\n";
+                text.append("        ").append(prefix).append(":").append(name);
+                text.append(") ").append(action).append(" ;;\n");
             }
         }
     };

@@ -11,7 +11,7 @@ void addPatterns(const std::string& prefix, const std::vector<OptionRow>& option
     for (const OptionRow& option : options) {
         for (const std::string& name : namesOf(option)) {
             if (!option.value.empty()) {
-                patterns.push_back(prefix + ":" + name);
+                patterns.push_back(std::string{prefix}.append(":").append(name));
             }
         }
     }

@@ -18,6 +18,7 @@ StoreBrowser::~StoreBrowser() = default;
 std::vector<std::uint64_t> InBandAccessor::emplaceChannels(std::uint64_t device,
                                                            const std::vector<std::string>& names) {
     std::vector<std::uint64_t> channels;
+    channels.reserve(names.size());
     for (const auto& name : names) {
         channels.push_back(emplaceChannel(device, name, false));
     }

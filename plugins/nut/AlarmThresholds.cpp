@@ -57,7 +57,11 @@ bool AlarmThresholds::isThreshold(const EPath& setting) const {
     }
     const EPath parent = setting.parent();
     const std::string name = setting.lastNode().tostring();
-    using namespace powerdistribution;
+    using powerdistribution::EAttribute;
+    using powerdistribution::EMeasurement;
+    using powerdistribution::ESetting;
+    using powerdistribution::ESpecification;
+    using powerdistribution::EStatus;
     return isTakenBy(*parser, parent, name, EMeasurement::Phase) ||
            isTakenBy(*parser, parent, name, EStatus::HealthState) ||
            isTakenBy(*parser, parent, name, ESpecification::TrippedVoltageThreshold) ||

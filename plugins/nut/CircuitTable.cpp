@@ -5,7 +5,11 @@
 
 namespace velk::nut {
 
-using namespace powerdistribution;
+using powerdistribution::EMeasurement;
+using powerdistribution::EPath;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
 
 namespace {
 

@@ -68,12 +68,13 @@ void Commander::awaitOutcome(NutClient& client, const std::string& tracking, Dur
 
 std::string Commander::awaitArrival(NutClient& client, const std::string& variable, const std::string& before,
                                     const Arrival& hasArrived, Duration deadline) {
+    const std::string kept = "the device kept " + variable + " at ";
     for (;;) {
         std::string text = client.get(variable);
         if (hasArrived(before, text)) {
             return text;
         }
-        pauseUntilNextLook(deadline, "the device kept " + variable + " at \"" + text + "\"");
+        pauseUntilNextLook(deadline, std::string{kept}.append("\"").append(text).append("\""));
     }
 }
 

@@ -7,7 +7,13 @@
 
 namespace velk::nut {
 
-using namespace powerdistribution;
+using powerdistribution::EAction;
+using powerdistribution::ECircuit;
+using powerdistribution::EMeasurement;
+using powerdistribution::EPath;
+using powerdistribution::EPowerConverter;
+using powerdistribution::ESetting;
+using powerdistribution::EStatus;
 
 namespace {
 

@@ -163,16 +163,15 @@ Value inputSupplied(const Snapshot& snapshot, const PathIndices& indices) {
         return !status.has("OB");
     }
     const auto prefixes = prefixesOfInput(indices.circuit);
-    const Value fed = isFed(snapshot, withSuffix(prefixes, "voltage"));
+    Value fed = isFed(snapshot, withSuffix(prefixes, "voltage"));
     if (fed.hasValue()) {
         return fed;
     }
     // A voltage that is merely low still supplies; a critical one may be gone.
-    const Value low =
-        firstValue(snapshot, withSuffix(prefixes, "voltage.status"), [](const std::string& text) {
-            const Value known = decodeTooLow(text);
-            return known.hasValue() ? Value{lowerCase(collapsed(text)) != "critical-low"} : Value{};
-        });
+    Value low = firstValue(snapshot, withSuffix(prefixes, "voltage.status"), [](const std::string& text) {
+        const Value known = decodeTooLow(text);
+        return known.hasValue() ? Value{lowerCase(collapsed(text)) != "critical-low"} : Value{};
+    });
     return low;
 }
 
@@ -221,7 +220,7 @@ Value delayBeforeSwitchOn(const Snapshot& snapshot, const PathIndices& /*indices
 
 Value outletSupply(const Snapshot& snapshot, const PathIndices& indices) {
     const std::string prefix = indices.expand("outlet.#.");
-    const Value switchedOn = firstValue(snapshot, {prefix + "status"}, decodeBool);
+    Value switchedOn = firstValue(snapshot, {prefix + "status"}, decodeBool);
     const Value output = outputSupply(snapshot, indices);
     if (switchedOn == Value{false} || output == Value{false}) {
         return false;

@@ -47,7 +47,7 @@ Value moduleSupply(const Snapshot& snapshot, const PathIndices& indices) {
 }
 
 Value chargerStatus(const Snapshot& snapshot, const PathIndices& /*indices*/) {
-    const Value told = firstValue(snapshot, {"battery.charger.status"}, decodeChargerStatus);
+    Value told = firstValue(snapshot, {"battery.charger.status"}, decodeChargerStatus);
     if (told.hasValue()) {
         return told;
     }

@@ -9,8 +9,16 @@
 
 namespace velk::nut {
 
-using namespace powerdistribution;
-using namespace powerdistribution::protocols;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::ECommunicationStatus;
+using powerdistribution::EPrivate;
+using powerdistribution::EProperty;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
+using powerdistribution::protocols::buildCommunicationSince;
+using powerdistribution::protocols::buildCommunicationState;
 
 namespace {
 

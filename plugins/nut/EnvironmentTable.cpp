@@ -6,7 +6,11 @@
 
 namespace velk::nut {
 
-using namespace powerdistribution;
+using powerdistribution::ECircuit;
+using powerdistribution::EMeasurement;
+using powerdistribution::EPath;
+using powerdistribution::ESetting;
+using powerdistribution::EStatus;
 
 namespace {
 

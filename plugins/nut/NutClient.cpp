@@ -115,12 +115,7 @@ VariableLimits NutClient::limitsOf(const std::string& variable) {
         if (word == "ENUM") {
             limits.words = firstWords(list("ENUM", variable));
         } else if (word == "RANGE") {
-            for (const Words& row : list("RANGE", variable)) {
-                if (row.size() != 2) {
-                    refuseAnswer(row);
-                }
-                limits.ranges.emplace_back(row[0], row[1]);
-            }
+            limits.ranges = rangesOf(variable);
         } else if (word.rfind("STRING:", 0) == 0) {
             std::size_t length = 0;
             const char* digits = word.data() + std::string_view{"STRING:"}.size();
@@ -130,6 +125,17 @@ VariableLimits NutClient::limitsOf(const std::string& variable) {
         }
     }
     return limits;
+}
+
+std::vector<std::pair<std::string, std::string>> NutClient::rangesOf(const std::string& variable) {
+    std::vector<std::pair<std::string, std::string>> ranges;
+    for (const Words& row : list("RANGE", variable)) {
+        if (row.size() != 2) {
+            refuseAnswer(row);
+        }
+        ranges.emplace_back(row[0], row[1]);
+    }
+    return ranges;
 }
 
 std::string NutClient::get(const std::string& variable) {

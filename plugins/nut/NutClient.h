@@ -69,6 +69,8 @@ private:
     /// The rows of "LIST `what`", each without the words that it begins with.
     std::vector<Words> list(const std::string& kind, const std::string& variable);
     Words nextAnswer(Duration until);
+    /// First and last of each.
+    std::vector<std::pair<std::string, std::string>> rangesOf(const std::string& variable);
     std::string startTracked(const std::string& request);
 
     const NutConfiguration& configuration;

@@ -10,7 +10,9 @@
 
 namespace velk::nut {
 
-using namespace powerdistribution::protocols;
+using powerdistribution::protocols::IProtocol;
+using powerdistribution::protocols::IProtocolBuilder;
+using powerdistribution::protocols::IWrapperFactory;
 
 NutProtocolLibrary::NutProtocolLibrary(NutConfiguration settings) : configuration{std::move(settings)} {}
 

@@ -8,7 +8,14 @@
 
 namespace velk::nut {
 
-using namespace powerdistribution;
+using powerdistribution::EAction;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::EPath;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
+using powerdistribution::oneTo;
 
 namespace {
 

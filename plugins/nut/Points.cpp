@@ -147,13 +147,12 @@ BuildFunc identity(Names names, Decode decode) {
     return point(VariablePoint{std::move(names), decode, VariableWrapper::WhileLost::Kept}, buildVariable);
 }
 
-BuildFunc fixedLimit(std::string name, Decode decode) {
-    return
-        [build = variable({name}, decode), pattern = name](const Parameters& parameters) -> ValueWrapperPtr {
-            const auto indices = PathIndices::of(parameters.path);
-            const bool isSetting = indices && contextOf(parameters).canSet(indices->expand(pattern));
-            return isSetting ? nullptr : build(parameters);
-        };
+BuildFunc fixedLimit(const std::string& name, Decode decode) {
+    return [build = variable({name}, decode), name](const Parameters& parameters) -> ValueWrapperPtr {
+        const auto indices = PathIndices::of(parameters.path);
+        const bool isSetting = indices && contextOf(parameters).canSet(indices->expand(name));
+        return isSetting ? nullptr : build(parameters);
+    };
 }
 
 BuildFunc setting(Names names, Codec codec) {

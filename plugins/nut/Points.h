@@ -40,7 +40,7 @@ BuildFunc variable(Names names, Decode decode);
 /// The same, but kept while the device cannot be reached: what it is, not how it is.
 BuildFunc identity(Names names, Decode decode);
 /// A limit of the device that may not be changed; not served where it may, since it is a setting there.
-BuildFunc fixedLimit(std::string name, Decode decode);
+BuildFunc fixedLimit(const std::string& name, Decode decode);
 
 /// A setting of the first of the variables that the device has; read-only where it may not be changed.
 BuildFunc setting(Names names, Codec codec);

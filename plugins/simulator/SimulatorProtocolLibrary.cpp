@@ -9,7 +9,9 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution::protocols;
+using powerdistribution::protocols::IProtocol;
+using powerdistribution::protocols::IProtocolBuilder;
+using powerdistribution::protocols::IWrapperFactory;
 
 SimulatorProtocolLibrary::SimulatorProtocolLibrary(SimulatorConfiguration settings) :
     configuration{std::make_shared<const SimulatorConfiguration>(std::move(settings))},

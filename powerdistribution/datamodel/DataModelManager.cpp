@@ -201,7 +201,7 @@ void DataModelManager::noteModel(bool built, const std::string& failure) {
 PointDescription DataModelManager::describe(const std::string& point,
                                             const protocols::PointOrigins& origins) const {
     PointDescription description;
-    std::vector<std::pair<HandlerPtr, const char*>> found;
+    Publishers found;
     {
         MutexLock held{describing};
         description.modelBuilt = modelBuilt;
@@ -209,19 +209,25 @@ PointDescription DataModelManager::describe(const std::string& point,
         if (!modelBuilt) {
             return description;
         }
-        for (const auto& [path, handler] : container.all()) {
-            for (const handlers::PublishedPoint& published : handlers::publishedPoints(*handler)) {
-                if (published.name == point) {
-                    found.emplace_back(handler, published.kind);
-                }
-            }
-        }
+        found = publishersOf(point);
     }
     // Without the lock: a plug-in may take its time, and the lifecycle must not wait for it.
     for (const auto& [handler, kind] : found) {
         description.publishers.push_back(publisherOf(*handler, kind, origins));
     }
     return description;
+}
+
+DataModelManager::Publishers DataModelManager::publishersOf(const std::string& point) const {
+    Publishers found;
+    for (const auto& [path, handler] : container.all()) {
+        for (const handlers::PublishedPoint& published : handlers::publishedPoints(*handler)) {
+            if (published.name == point) {
+                found.emplace_back(handler, published.kind);
+            }
+        }
+    }
+    return found;
 }
 
 PointPublisher DataModelManager::publisherOf(const handlers::IHandler& handler, const char* kind,

@@ -92,11 +92,14 @@ public:
 
 private:
     class ComStateAdapter;
+    using Publishers = std::vector<std::pair<HandlerPtr, const char*>>;
 
     HandlerPtr findComState() const;
     void initializeHandlers();
     void initializeEach();
     void noteModel(bool built, const std::string& failure = {}) VELK_EXCLUDES(describing);
+    /// Handlers that publish a point of this name, and of what kind it is there.
+    Publishers publishersOf(const std::string& point) const VELK_REQUIRES(describing);
     PointPublisher publisherOf(const handlers::IHandler& handler, const char* kind,
                                const protocols::PointOrigins& origins) const;
 

@@ -44,7 +44,8 @@ extern template VELK_EXPORT BuildFunc make_static<unsigned int>(unsigned int val
 template <typename Converter, typename... Arguments>
 requires(!std::is_convertible_v<Arguments, BuildFunc> && ...) BuildFunc
     make_converter(BuildFunc function, Arguments... arguments) {
-    return [=](const Rule::BuildFuncParameters& parameters) -> ValueWrapperPtr {
+    return [function = std::move(function),
+            arguments...](const Rule::BuildFuncParameters& parameters) -> ValueWrapperPtr {
         auto wrapper = function ? function(parameters) : nullptr;
         if (!wrapper) {
             return nullptr;
@@ -57,7 +58,8 @@ requires(!std::is_convertible_v<Arguments, BuildFunc> && ...) BuildFunc
 /// gives null. Both are called before either is tested.
 template <typename Converter>
 BuildFunc make_converter(BuildFunc function, BuildFunc operand) {
-    return [=](const Rule::BuildFuncParameters& parameters) -> ValueWrapperPtr {
+    return [function = std::move(function),
+            operand = std::move(operand)](const Rule::BuildFuncParameters& parameters) -> ValueWrapperPtr {
         if (!function || !operand) {
             return nullptr;
         }

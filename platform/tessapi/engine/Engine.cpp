@@ -44,6 +44,7 @@ std::shared_ptr<Engine> Engine::open(const StoreUrl& url, bool create, const Opt
 std::vector<std::uint64_t> Engine::emplaceChannels(std::uint64_t device,
                                                    const std::vector<std::string>& names) {
     std::vector<std::uint64_t> channels;
+    channels.reserve(names.size());
     for (const auto& name : names) {
         channels.push_back(emplaceChannel(device, name));
     }

@@ -22,7 +22,7 @@ class GatheredLog {
 public:
     /// From here on what is held is handed down. With one more frame, of at most 64 KiB and its header, it
     /// stays below 128 KiB: SQLite's own file systems write no more at a time, and fail with what is longer.
-    static constexpr std::size_t MOST_HELD = 60 * 1024;
+    static constexpr std::size_t MOST_HELD = std::size_t{60} * 1024;
 
     struct File : LayeredFile {
         GatheredLog* log;

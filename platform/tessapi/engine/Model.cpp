@@ -330,7 +330,7 @@ bool Model::hasOutdatedTypes() {
 }
 
 void Model::retypeChannels() {
-    for (auto row : channels.all()) {
+    for (const auto& row : channels.all()) {
         const auto type = typeFor(row.name);
         if (row.type == type) {
             continue;
@@ -384,7 +384,8 @@ StoreSnapshot Model::snapshot() {
         channel(id).states.add(state.first, state.second);
     }
     for (auto& row : alarms.all()) {
-        addAlarm(channel(row.channel), std::move(row));
+        auto& record = channel(row.channel);
+        addAlarm(record, std::move(row));
     }
     for (auto& record : store.channels) {
         std::stable_sort(record.activeAlarms.begin(), record.activeAlarms.end(), moreCritical);

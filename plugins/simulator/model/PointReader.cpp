@@ -156,13 +156,14 @@ std::optional<std::uint32_t> PointReader::itemsOf(const std::string& path) const
 std::vector<std::string> PointReader::expand(const std::string& pattern, const Node& place) const {
     std::vector<std::string> paths{""};
     for (const std::string& name : nodesOf(pattern)) {
+        const auto index = indexOf(name);
+        const bool isNode = !index && name != "x";
+        if (isNode && !isNodeName(name)) {
+            fail(place, "there is no node \"" + name + "\" in \"" + place.name() + "\"");
+        }
         std::vector<std::string> longer;
         for (const std::string& path : paths) {
-            const auto index = indexOf(name);
-            if (!index && name != "x") {
-                if (!isNodeName(name)) {
-                    fail(place, "there is no node \"" + name + "\" in \"" + place.name() + "\"");
-                }
+            if (isNode) {
                 longer.push_back(joinPath(path, name));
                 continue;
             }

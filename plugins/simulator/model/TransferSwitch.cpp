@@ -15,18 +15,19 @@ bool TransferSwitch::isUsable(std::size_t input) const {
     return plant.inputs[input].isAccepted() || (outOfToleranceAllowed.get() && plant.inputs[input].isLive());
 }
 
+std::optional<std::size_t> TransferSwitch::firstInput(const std::function<bool(std::size_t)>& fits) const {
+    for (const std::size_t input : {preferred(), 1 - preferred()}) {
+        if (fits(input)) {
+            return input;
+        }
+    }
+    return std::nullopt;
+}
+
 Feed TransferSwitch::choose(const PhasePowers&, double, conv::UnixTime) {
-    const std::size_t first = preferred();
-    const std::size_t second = 1 - first;
-    source.reset();
-    if (plant.inputs[first].isAccepted()) {
-        source = first;
-    } else if (plant.inputs[second].isAccepted()) {
-        source = second;
-    } else if (isUsable(first)) {
-        source = first;
-    } else if (isUsable(second)) {
-        source = second;
+    source = firstInput([this](std::size_t input) { return plant.inputs[input].isAccepted(); });
+    if (!source) {
+        source = firstInput([this](std::size_t input) { return isUsable(input); });
     }
     Feed feed;
     if (source) {

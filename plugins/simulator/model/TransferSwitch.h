@@ -3,6 +3,7 @@
 #include "plugins/simulator/model/PowerPath.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 
 namespace velk::simulator {
@@ -24,6 +25,8 @@ public:
 private:
     std::size_t preferred() const;
     bool isUsable(std::size_t input) const;
+    /// The first that fits in the order of preference.
+    std::optional<std::size_t> firstInput(const std::function<bool(std::size_t)>& fits) const;
 
     Plant& plant;
     LossDescription losses;

@@ -9,8 +9,23 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
-using namespace powerdistribution::protocols;
+using powerdistribution::EAction;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::EMeasurement;
+using powerdistribution::EPath;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
+using powerdistribution::oneTo;
+using powerdistribution::protocols::buildEmulatedVoltageOutOfRange;
+using powerdistribution::protocols::buildSupplierEmulatedSupply;
+using powerdistribution::protocols::div;
+using powerdistribution::protocols::hasVoltageLLMeasure;
+using powerdistribution::protocols::make_if;
+using powerdistribution::protocols::mult;
+using powerdistribution::protocols::multWithPercent;
+using powerdistribution::protocols::posSub;
 
 namespace {
 

@@ -8,7 +8,13 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::EPath;
+using powerdistribution::EPowerConverter;
+using powerdistribution::ESetting;
+using powerdistribution::EStatus;
+using powerdistribution::oneTo;
 
 namespace {
 

@@ -10,8 +10,23 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
-using namespace powerdistribution::protocols;
+using powerdistribution::EAction;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::ECommunicationStatus;
+using powerdistribution::EPath;
+using powerdistribution::EPrivate;
+using powerdistribution::EPrivateAction;
+using powerdistribution::EProperty;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
+using powerdistribution::protocols::buildCommunicationSince;
+using powerdistribution::protocols::buildCommunicationState;
+using powerdistribution::protocols::BuildFunc;
+using powerdistribution::protocols::ConcatenatedStringWrapper;
+using powerdistribution::protocols::Rule;
+using powerdistribution::protocols::ValueWrapperPtr;
 
 namespace {
 

@@ -8,7 +8,12 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
+using powerdistribution::ECircuit;
+using powerdistribution::EMeasurement;
+using powerdistribution::EPath;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
 
 namespace {
 

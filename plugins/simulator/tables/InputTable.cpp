@@ -6,7 +6,11 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::EPath;
+using powerdistribution::ESetting;
+using powerdistribution::oneTo;
 
 void addInputRows(Rows& rows) {
     const EPath inputs{ECircuit::Inputs};

@@ -5,7 +5,7 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
+using powerdistribution::EPrivate;
 
 void addLogRows(Rows& rows) {
     // clang-format off

@@ -6,7 +6,11 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::EPath;
+using powerdistribution::ESetting;
+using powerdistribution::EStatus;
 
 void addModuleRows(Rows& rows) {
     const EPath modules{ECircuit::PowerModules};

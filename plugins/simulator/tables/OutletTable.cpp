@@ -6,7 +6,11 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::EPath;
+using powerdistribution::ESpecification;
+using powerdistribution::oneTo;
 
 void addOutletRows(Rows& rows) {
     const EPath outlets{ECircuit::Outlets};

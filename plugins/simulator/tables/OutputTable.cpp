@@ -6,7 +6,12 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::EPath;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
+using powerdistribution::oneTo;
 
 void addOutputRows(Rows& rows) {
     for (const ECircuit kind : {ECircuit::Outputs, ECircuit::Branches}) {

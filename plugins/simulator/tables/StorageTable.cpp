@@ -9,8 +9,20 @@
 
 namespace velk::simulator {
 
-using namespace powerdistribution;
-using namespace powerdistribution::protocols;
+using powerdistribution::EAction;
+using powerdistribution::EAttribute;
+using powerdistribution::ECircuit;
+using powerdistribution::ECommunicationStatus;
+using powerdistribution::EMeasurement;
+using powerdistribution::EPath;
+using powerdistribution::ESetting;
+using powerdistribution::ESpecification;
+using powerdistribution::EStatus;
+using powerdistribution::oneTo;
+using powerdistribution::protocols::buildCommunicationSince;
+using powerdistribution::protocols::buildCommunicationState;
+using powerdistribution::protocols::make_if;
+using powerdistribution::protocols::mult;
 
 namespace {
 

@@ -62,7 +62,7 @@ Command readMains(Members& members) {
     if (!command.state && !command.voltage && !command.frequency) {
         refuse(members.object(), "needs a member \"state\", \"voltage\" or \"frequency\"");
     }
-    return onPanel(std::move(command));
+    return onPanel(command);
 }
 
 Command readLoad(Members& members) {
@@ -78,7 +78,7 @@ Command readLoad(Members& members) {
     if (command.outlet && command.output) {
         refuse(members.object(), "has both of the members \"outlet\" and \"output\", of which it needs one");
     }
-    return onPanel(std::move(command));
+    return onPanel(command);
 }
 
 Command readBattery(Members& members) {
@@ -90,7 +90,7 @@ Command readBattery(Members& members) {
     if (!command.charge && !command.failed && !command.present && !command.temperature) {
         refuse(members.object(), "needs a member \"charge\", \"failed\", \"present\" or \"temperature\"");
     }
-    return onPanel(std::move(command));
+    return onPanel(command);
 }
 
 Scalar scalarOf(const Node& node) {
@@ -135,7 +135,7 @@ Command readLog(Members& members) {
     if (command.add == 0 && !command.wrap && !command.restart) {
         refuse(members.object(), "needs a member \"add\", how many entries, \"wrap\" or \"restart\", true");
     }
-    return onPanel(std::move(command));
+    return onPanel(command);
 }
 
 Command readClear(Members& members) {

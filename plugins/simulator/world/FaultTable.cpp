@@ -20,7 +20,7 @@ auto ofKind(FaultKind kind) {
 
 } // namespace
 
-FaultTable::FaultTable(std::vector<Fault> first) : isEmpty{true} {
+FaultTable::FaultTable(const std::vector<Fault>& first) : isEmpty{true} {
     for (const Fault& fault : first) {
         add(fault);
     }

@@ -18,7 +18,7 @@ namespace velk::simulator {
 /// Threads: any.
 class FaultTable {
 public:
-    explicit FaultTable(std::vector<Fault> first = {});
+    explicit FaultTable(const std::vector<Fault>& first = {});
 
     void add(const Fault& fault) VELK_EXCLUDES(mutex);
     void clear() VELK_EXCLUDES(mutex);

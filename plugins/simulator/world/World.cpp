@@ -6,7 +6,7 @@
 
 namespace velk::simulator {
 
-World::World(const SimulatorConfiguration& configuration, std::shared_ptr<FaultTable> faults,
+World::World(const SimulatorConfiguration& configuration, const std::shared_ptr<FaultTable>& faults,
              velk::common::Clock& clock) :
     section{configuration.section},
     control{configuration.control},

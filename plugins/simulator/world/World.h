@@ -17,7 +17,7 @@ namespace velk::simulator {
 /// Threads: `start` and `stop` come from one thread at a time; the link is used by any.
 class World {
 public:
-    World(const SimulatorConfiguration& configuration, std::shared_ptr<FaultTable> faults,
+    World(const SimulatorConfiguration& configuration, const std::shared_ptr<FaultTable>& faults,
           velk::common::Clock& clock);
     ~World(); ///< stops
 
