@@ -34,6 +34,7 @@ std::string ofStore(StoreFault fault) {
     case StoreFault::lost:
         return "start the programs that worked on it anew";
     case StoreFault::wrongVersion:
+    case StoreFault::otherRelease:
         return "all programs must be of one release";
     default:
         return "";

@@ -70,6 +70,13 @@ CopyKeeping::Duration CopyKeeping::keep(const Round& round) {
     return values ? Duration{place.valuesEvery} : due;
 }
 
+std::string CopyKeeping::leftBehind() const {
+    return "what is not in " + place.kept + " yet is in " + place.working +
+           ", and a restart of the machine costs it; see to the disk, and run \"tess status\": each program "
+           "that "
+           "opens the store copies it";
+}
+
 bool CopyKeeping::isGone() {
     try {
         database.checkStillThere();

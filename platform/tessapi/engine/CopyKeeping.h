@@ -30,6 +30,7 @@ public:
                 velk::common::Clock& time);
 
     velk::common::Clock::Duration keep(const Round& round) override;
+    std::string leftBehind() const override;
 
 private:
     using Duration = velk::common::Clock::Duration;

@@ -3,13 +3,19 @@
 #include "platform/common/ThreadAnnotations.h"
 #include "platform/tessapi/engine/SharedPage.h"
 
+#include <atomic>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace tessapi {
 
 /// The one lock under which every program writes the store and copies its log. The kernel frees it when its
 /// holder dies, also by SIGKILL; the database then drops what the dead one had not committed.
+///
+/// Who comes first gets it first, by a turn that is held while one waits for it. A program that is stopped
+/// while it waits keeps its turn; the others then pass it over and line up at another one.
 /// Threads: any, of any process.
 class VELK_CAPABILITY("mutex") InterprocessLock {
 public:
@@ -28,11 +34,15 @@ public:
 private:
     /// False, and nothing is held, when the other programs have another page by now.
     bool lockPresentPage(std::chrono::steady_clock::time_point end);
+    /// Null when all are held by programs that do not get on.
+    pthread_mutex_t* takeTurn(SharedPage::Words& words, std::chrono::steady_clock::time_point end);
 
     SharedPage& page;
     SharedPage::Words* held{nullptr}; ///< of who holds the lock
     std::string store;
     std::chrono::milliseconds patience;
+    std::atomic<std::size_t> passedOver{0}; ///< turns that are not waited for
+    std::atomic<std::int64_t> passedMs{0};  ///< since when
 };
 
 /// Holds an `InterprocessLock` for a scope.

@@ -86,12 +86,17 @@ bool Keeper::keep(const IKeeping::Round& round) {
         failing = false;
         return true;
     } catch (const std::exception& failure) {
-        if (!failing) {
-            std::cerr << std::string{"WARNING - "} + failure.what() + "; tried again until it works\n"
-                      << std::flush;
-        }
+        tell(failure.what(), round.last);
         failing = true;
         return false;
+    }
+}
+
+void Keeper::tell(const std::string& failure, bool last) {
+    if (last || !failing) {
+        const auto prospect = last ? "not tried again, as this program ends: " + keeping->leftBehind()
+                                   : "tried again until it works";
+        std::cerr << "WARNING - " + failure + "; " + prospect + "\n" << std::flush;
     }
 }
 

@@ -14,7 +14,8 @@
 namespace tessapi {
 
 /// Brings what was committed to the disk, on a thread of its own, within a second of the commit. What fails
-/// is told in one line on the standard error and tried again until it works.
+/// is told in one line on the standard error and tried again until it works, or until this object goes, which
+/// is told in another line.
 /// Threads: any.
 class Keeper {
 public:
@@ -35,8 +36,9 @@ private:
     void run() VELK_EXCLUDES(mutex);
     void waitForWork(velk::common::MutexLock& lock) VELK_REQUIRES(mutex);
     IKeeping::Round takeRound() VELK_REQUIRES(mutex);
-    /// False when it failed, which is told once until it has worked again.
+    /// False when it failed, which is told once until it has worked again, and at the end.
     bool keep(const IKeeping::Round& round);
+    void tell(const std::string& failure, bool last);
 
     const std::unique_ptr<IKeeping> keeping; // of the thread alone, once it runs
     const int framesWorthCopying;

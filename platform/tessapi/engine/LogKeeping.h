@@ -17,8 +17,10 @@ public:
     LogKeeping(const std::string& path, const std::string& store, InterprocessLock& lock, int framesToCopy);
 
     velk::common::Clock::Duration keep(const Round& round) override;
+    std::string leftBehind() const override;
 
 private:
+    const std::string file;
     InterprocessLock& writers;
     Database database;
     LogBound log;

@@ -110,31 +110,32 @@ void NewsRing::clear(Words& words, std::int64_t newest) const {
 }
 
 void NewsRing::begin(std::int64_t newest) {
-    auto& words = shared.words().news;
-    if (!isOwn(words) || words.newest.load(ACQUIRE) != newest) {
-        clear(words, newest);
+    auto* const words = shared.news();
+    if (words != nullptr && (!isOwn(*words) || words->newest.load(ACQUIRE) != newest)) {
+        clear(*words, newest);
     }
 }
 
 void NewsRing::publish(std::span<const Change> changes, std::uint64_t generation) {
-    if (changes.empty()) {
+    auto* const words = shared.news();
+    if (changes.empty() || words == nullptr) {
         return;
     }
-    auto& words = shared.words().news;
     begin(changes.front().seq - 1);
     for (const auto& change : changes.last(std::min(changes.size(), SLOTS))) {
-        put(slotOf(words, change.seq), change);
+        put(slotOf(*words, change.seq), change);
     }
-    words.first.store(changes.front().seq, RELEASE);
-    words.generation.store(generation, RELEASE);
-    words.newest.store(changes.back().seq, RELEASE);
+    words->first.store(changes.front().seq, RELEASE);
+    words->generation.store(generation, RELEASE);
+    words->newest.store(changes.back().seq, RELEASE);
 }
 
 std::optional<NewsRing::Found> NewsRing::after(std::int64_t seq, std::size_t limit) const {
-    const auto& words = shared.words().news;
-    if (!isOwn(words)) {
+    const auto* const page = shared.news();
+    if (page == nullptr || !isOwn(*page)) {
         return std::nullopt;
     }
+    const auto& words = *page;
     const auto newest = words.newest.load(ACQUIRE);
     if (newest - seq > reach) {
         return std::nullopt;

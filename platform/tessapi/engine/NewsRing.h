@@ -22,7 +22,9 @@ class SharedPage;
 /// A writer puts its changes here after its commit and still under the lock between the processes. One that
 /// is killed in between leaves a hole in the numbers, which the next one closes by beginning anew; a listener
 /// finds the hole by the numbers, or finds no news and looks into the database from time to time anyway
-/// (`isLookDue`). What was put here for one file of a database is never taken for another's.
+/// (`isLookDue`). What was put here for one file of a database is never taken for another's. In a page that
+/// another release has made nothing is put and nothing found (`SharedPage::news`): then the change log alone
+/// tells what is new, which the listeners of that release find as they find the change of a killed writer.
 /// Threads: any, of any process; `publish` and `begin` under the lock between the processes.
 class NewsRing {
 public:

@@ -1,12 +1,13 @@
 #include "platform/tessapi/engine/SharedPage.h"
 
 #include "platform/common/BootId.h"
+#include "platform/common/Clock.h"
 #include "platform/common/GroupFile.h"
 #include "platform/tessapi/engine/CoarseClock.h"
 #include "platform/tessapi/engine/StoreError.h"
 
 #include <cerrno>
-#include <chrono>
+#include <cstddef>
 #include <cstring>
 #include <fcntl.h>
 #include <new>
@@ -20,15 +21,24 @@ namespace tessapi {
 
 namespace {
 
+using std::chrono::milliseconds;
 using velk::common::MutexLock;
+
+constexpr milliseconds BETWEEN_TRIES{5};
 
 /// That the file was moved is noticed within this time.
 constexpr std::int64_t LOOK_EVERY_MS = 100;
 
-/// Differs between builds that lay the words out differently: by their size, or else by the first number,
-/// which goes up by hand.
-const std::string MAGIC = "tess-2-" + std::to_string(sizeof(SharedPage::Words));
-static_assert(sizeof(SharedPage::Words) < 100'000'000, "the name has to fit");
+using Words = SharedPage::Words;
+
+/// Differs between programs that lay the first part out differently or mean something else by it. The number
+/// goes up by hand: then programs of two releases refuse to work together, so it should not.
+const std::string MAGIC = "tess-3-" + std::to_string(offsetof(Words, newsLayout));
+static_assert(sizeof(pthread_mutex_t) != 40 || offsetof(Words, newsLayout) == 240,
+              "no other release knows it");
+
+/// Likewise for the news, without which programs can work: by the size, or else by the first number.
+constexpr std::uint64_t NEWS_LAYOUT = std::uint64_t{1} << 32U | sizeof(NewsRing::Words);
 
 /// Greater than any that an earlier page of this boot has come to.
 std::uint64_t firstGeneration() {
@@ -42,13 +52,16 @@ void initialise(SharedPage::Words& words, const std::string& boot) {
     pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
     pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
     std::memset(static_cast<void*>(&words), 0, sizeof words);
-    pthread_mutex_init(&words.turn, &attributes);
+    for (auto& turn : words.turns) {
+        pthread_mutex_init(&turn, &attributes);
+    }
     pthread_mutex_init(&words.lock, &attributes);
     pthread_mutexattr_destroy(&attributes);
     new (&words.commits) std::atomic<std::uint32_t>{0};
     new (&words.waiting) std::atomic<std::uint32_t>{0};
     new (&words.breaks) std::atomic<std::uint32_t>{0};
     new (&words.generation) std::atomic<std::uint64_t>{firstGeneration()};
+    words.newsLayout = NEWS_LAYOUT;
     new (&words.news) NewsRing::Words{};
     boot.copy(words.bootId, sizeof words.bootId - 1);
     // Last: a program that was killed before this line leaves a page that the next one makes anew.
@@ -64,14 +77,23 @@ bool usable(const SharedPage::Words& words, const std::string& boot) {
 /// The byte of the file that a process keeps locked, shared with itself, to be recognised. Such a lock
 /// belongs to the descriptor: it goes when the process ends and when this object closes the file, and not
 /// before.
+constexpr off_t MARKS = off_t{1} << 30;
+
 struct flock markOf(pid_t process, short kind) {
-    constexpr off_t MARKS = off_t{1} << 30;
     struct flock mark {};
     mark.l_type = kind;
     mark.l_whence = SEEK_SET;
     mark.l_start = MARKS + process;
     mark.l_len = 1;
     return mark;
+}
+
+/// A process that has the file open by another descriptor than this; 0 for none.
+pid_t userOf(int file) {
+    auto marks = markOf(0, F_WRLCK);
+    marks.l_len = 0; // all of them
+    const bool isUsed = ::fcntl(file, F_OFD_GETLK, &marks) == 0 && marks.l_type != F_UNLCK;
+    return isUsed ? static_cast<pid_t>(marks.l_start - MARKS) : 0;
 }
 
 bool isDeleted(int file) {
@@ -102,7 +124,7 @@ private:
 
 } // namespace
 
-SharedPage::SharedPage() : store{"memory"} {
+SharedPage::SharedPage() : store{"memory"}, patience{} {
     auto made = std::make_unique<Opened>();
     made->words = map(-1);
     initialise(*made->words, "");
@@ -111,7 +133,8 @@ SharedPage::SharedPage() : store{"memory"} {
     opened.push_back(std::move(made));
 }
 
-SharedPage::SharedPage(const std::string& file, const std::string& storeName) : path{file}, store{storeName} {
+SharedPage::SharedPage(const std::string& file, const std::string& storeName, milliseconds longestWait) :
+    path{file}, store{storeName}, patience{longestWait} {
     MutexLock lock{mutex};
     open();
 }
@@ -159,19 +182,25 @@ bool SharedPage::isOpenIn(pid_t process) {
 }
 
 int SharedPage::openLocked() const {
+    auto& clock = velk::common::Clock::system();
+    const auto end = clock.now() + patience;
     while (true) {
         const int file = velk::common::GroupFile::open(path, O_RDWR);
         if (file < 0) {
             throwSystemFailure(store, errno, "cannot open " + path);
         }
-        if (::flock(file, LOCK_EX) == 0 && !isDeleted(file)) {
+        const int error = ::flock(file, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+        if (error == 0 && !isDeleted(file)) {
             return file;
         }
-        const int error = isDeleted(file) ? 0 : errno;
         ::close(file);
-        if (error != 0 && error != EINTR) {
+        if (error != 0 && error != EINTR && error != EWOULDBLOCK) {
             throwSystemFailure(store, error, "cannot lock " + path);
         }
+        if (clock.now() >= end) {
+            throwStoreFault(store, StoreFault::locked, path); // one that was stopped in it
+        }
+        clock.sleepFor(BETWEEN_TRIES);
     }
 }
 
@@ -195,14 +224,31 @@ void SharedPage::open() {
         throwSystemFailure(store, ENOENT, "cannot read /proc/sys/kernel/random/boot_id");
     }
     made->words = map(file);
-    if (!usable(*made->words, boot)) {
-        initialise(*made->words, boot);
-    }
+    makeUsable(*made, boot);
     auto mark = markOf(::getpid(), F_RDLCK);
     ::fcntl(file, F_OFD_SETLK, &mark); // without it a read of this process is not broken, no more
     shared = made->words;
     current = file;
     opened.push_back(std::move(made));
+}
+
+void SharedPage::makeUsable(const Opened& page, const std::string& boot) const {
+    auto& words = *page.words;
+    const bool isKnown = usable(words, boot);
+    if (isKnown && words.newsLayout == NEWS_LAYOUT) {
+        return;
+    }
+    const auto user = userOf(page.file);
+    if (user == 0) {
+        initialise(words, boot);
+    } else if (!isKnown) {
+        throwStoreFault(store, StoreFault::otherRelease, "process " + std::to_string(user));
+    }
+}
+
+NewsRing::Words* SharedPage::news() const {
+    auto& present = words();
+    return present.newsLayout == NEWS_LAYOUT ? &present.news : nullptr;
 }
 
 SharedPage::Words* SharedPage::map(int file) const {

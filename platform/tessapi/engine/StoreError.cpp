@@ -34,6 +34,9 @@ public:
             return "the store has something in it already";
         case StoreFault::inUse:
             return "other programs work on the store";
+        case StoreFault::otherRelease:
+            return "a program of another release works on the store, and has to be ended or started anew "
+                   "first";
         case StoreFault::unreachable:
             return "the server of the store cannot be reached";
         case StoreFault::refused:

@@ -18,6 +18,7 @@ enum class StoreFault {
     forked,       ///< the accessor was made before the process forked
     occupied,     ///< the store has something in it already
     inUse,        ///< other programs work on the store
+    otherRelease, ///< so do programs that share memory in another way than this one
     unreachable,  ///< the server of the store does not answer
     refused,      ///< the server of the store does not do what it is asked
     lost,         ///< the server has another store of that name than it had before, or none

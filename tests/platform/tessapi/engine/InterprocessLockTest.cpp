@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <fstream>
+#include <future>
 #include <string>
 #include <thread>
 #include <vector>
@@ -78,6 +80,55 @@ TEST_F(InterprocessLockTest, AHolderThatDiedFreesTheLock) {
         std::thread{[&]() VELK_NO_THREAD_SAFETY_ANALYSIS { lock.lock(); }}.join();
     }
     EXPECT_NO_THROW(InterprocessHold{lock});
+}
+
+/// As programs do that were stopped while they waited, each with a turn.
+class StoppedWaiters {
+public:
+    StoppedWaiters(SharedPage::Words& words, std::size_t count) {
+        std::promise<void> taken;
+        thread = std::thread{[this, &words, &taken, count] {
+            for (std::size_t i = 0; i < count; ++i) {
+                pthread_mutex_lock(&words.turns[i]);
+            }
+            taken.set_value();
+            end.get_future().wait();
+            for (std::size_t i = 0; i < count; ++i) {
+                pthread_mutex_unlock(&words.turns[i]);
+            }
+        }};
+        taken.get_future().wait();
+    }
+    ~StoppedWaiters() {
+        end.set_value();
+        thread.join();
+    }
+    StoppedWaiters(const StoppedWaiters&) = delete;
+    StoppedWaiters& operator=(const StoppedWaiters&) = delete;
+
+private:
+    std::promise<void> end;
+    std::thread thread;
+};
+
+TEST_F(InterprocessLockTest, WaitersThatWereStoppedArePassedOver) {
+    for (std::size_t count = 1; count <= SharedPage::TURNS; ++count) {
+        SharedPage page{file(), "store"};
+        InterprocessLock lock{page, "store", milliseconds{30'000}};
+        const StoppedWaiters stopped{page.words(), count};
+        EXPECT_NO_THROW(InterprocessHold{lock}) << count;
+    }
+}
+
+TEST_F(InterprocessLockTest, WhoHasPassedOverAWaiterHoldsTheLockAloneLikeEverybody) {
+    SharedPage page{file(), "store"};
+    const StoppedWaiters stopped{page.words(), SharedPage::TURNS};
+    InterprocessLock lock{page, "store", milliseconds{1000}};
+    const InterprocessHold hold{lock};
+    std::thread{[&] {
+        InterprocessLock other{page, "store", milliseconds{1}};
+        EXPECT_THROW(InterprocessHold{other}, boost::system::system_error);
+    }}.join();
 }
 
 TEST_F(InterprocessLockTest, APageOfAnotherBootIsMadeAnew) {

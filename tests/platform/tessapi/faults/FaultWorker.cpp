@@ -14,6 +14,8 @@
 //                                              it: at once (0), with half of the change in the shared page
 //                                              (1), or with all but its number (2)
 //     fault_worker URL wait                    waits for the writers' lock, which nobody gives it
+//     fault_worker URL queue                   waits for the writers' lock, and then ends
+//     fault_worker URL roam SEED               reads, listens and writes in random order
 //     fault_worker FOLDER full SEED            works on a small file system until it is full
 //
 // ACKNOWLEDGED is a file that holds the number of the last call that has returned.
@@ -42,6 +44,7 @@
 #include <iostream>
 #include <memory>
 #include <poll.h>
+#include <random>
 #include <sched.h>
 #include <stdexcept>
 #include <string>
@@ -312,6 +315,42 @@ void wait(const Words& words) {
     }}.join();
 }
 
+void queue(const Words& words) {
+    const auto path = words.at(1).substr(words.at(1).find(':') + 1) + "-lock";
+    tessapi::SharedPage page{path, words.at(1)};
+    tessapi::InterprocessLock lock{page, words.at(1), std::chrono::seconds{60}};
+    std::cout << "ready" << std::endl;
+    const tessapi::InterprocessHold hold{lock};
+}
+
+void roam(const Words& words) {
+    const auto store = open(words.at(1));
+    tessapi::Dispatcher dispatcher{"fault_worker", store};
+    const auto listen = [](const Engine::Start& start) {
+        return std::make_unique<tessapi::StoreSubscription>(start.seq, [](const tessapi::ChannelWrite&) {});
+    };
+    const auto channel = store->emplaceChannel(1, "Test.Roam");
+    std::uint64_t subscription = 0;
+    std::mt19937 random{number(words.at(3))};
+    std::cout << "ready" << std::endl;
+    for (;;) {
+        switch (random() % 8) {
+        case 0:
+            store->image();
+            break;
+        case 1:
+            store->startOf({channel});
+            break;
+        case 2:
+            dispatcher.subscribe({}, listen, &subscription);
+            dispatcher.unsubscribe(subscription);
+            break;
+        default:
+            store->setValue(channel, qz::CValue{std::to_string(random())});
+        }
+    }
+}
+
 /// Does calls up to `last`; gives the text of the last refusal. The same calls but for those that were
 /// refused are done on `model`.
 std::string workUntil(std::uint32_t& call, std::uint32_t last, Engine& store, Engine& model,
@@ -389,6 +428,10 @@ int run(const Words& words) {
         setUntold(words);
     } else if (task == "wait") {
         wait(words);
+    } else if (task == "queue") {
+        queue(words);
+    } else if (task == "roam") {
+        roam(words);
     } else if (task == "full") {
         full(words);
     } else {
