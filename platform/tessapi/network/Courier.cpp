@@ -5,8 +5,6 @@
 #include "platform/tessapi/network/OutageBoard.h"
 #include "platform/tessapi/network/ServerRefusal.h"
 
-#include <boost/system/system_error.hpp>
-
 #include <algorithm>
 #include <chrono>
 #include <iostream>
@@ -24,6 +22,8 @@ using Kind = ValueSender::Verdict::Kind;
 constexpr std::chrono::milliseconds KNOCK_PAUSE{500};
 /// For a listener, before it is told that it hears nothing.
 constexpr std::chrono::seconds LONGEST_SILENCE{1};
+/// For what is kept when a program ends, and does not wait for a slow server any longer.
+constexpr std::chrono::seconds LAST_TRY{5};
 
 std::vector<Change> changesOf(const Courier::Values& values, std::int64_t timeMs) {
     std::vector<Change> changes;
@@ -42,12 +42,11 @@ bool isOutage(const std::runtime_error& failure) {
 
 } // namespace
 
-Courier::Courier(RedisLink& server, ValueSender& values, ChannelMemory& known) :
-    link{server},
-    sender{values},
-    channels{known},
-    clock{velk::common::Clock::system()},
-    sent{[this](std::uint64_t channel) { return channels.isInOrder(channel); }} {
+Courier::Courier(RedisLink& server, ValueSender& values, ChannelMemory& known,
+                 velk::common::Clock& pauseClock) :
+    link{server}, sender{values}, channels{known}, clock{pauseClock}, sent{[this](std::uint64_t channel) {
+        return channels.isInOrder(channel);
+    }} {
     link.onGreeting([this](std::uint64_t done) { sendAgainAfter(done); });
 }
 
@@ -211,6 +210,7 @@ void Courier::run() {
             clock.waitFor(condition, lock, KNOCK_PAUSE);
         }
     }
+    lastTry = clock.now() + LAST_TRY;
     lock.unlock();
     deliver();
 }
@@ -218,19 +218,35 @@ void Courier::run() {
 bool Courier::deliver() {
     try {
         if (!link.tryToReturn()) {
+            announceIfKept(link.whyAway());
             return false;
         }
-        for (;;) {
+        while (!isTooLate()) {
             const auto progress = deliverBatch();
             if (progress != Progress::more) {
                 return progress == Progress::done;
             }
         }
-    } catch (const boost::system::system_error&) {
+        return false;
+    } catch (const std::exception& failure) { // whatever it is, the thread goes on
         if (link.isGone()) {
             giveUp();
+        } else {
+            announceIfKept(failure.what());
         }
         return link.isGone();
+    }
+}
+
+bool Courier::isTooLate() {
+    MutexLock lock{mutex};
+    return stopping && clock.now() >= lastTry;
+}
+
+void Courier::announceIfKept(const std::string& why) {
+    MutexLock lock{mutex};
+    if (!outbox.isEmpty()) {
+        announce(why);
     }
 }
 
@@ -250,9 +266,11 @@ Courier::Progress Courier::deliverBatch() {
     try {
         take(sender.send(batch), batch, generation);
         return Progress::more;
-    } catch (const LinkError&) {
+    } catch (const LinkError& failure) {
+        announceIfKept(failure.what());
         return Progress::stuck;
-    } catch (const ServerRefusal&) {
+    } catch (const ServerRefusal& refusal) {
+        announceIfKept(refusal.what());
         return Progress::stuck;
     }
 }

@@ -27,8 +27,9 @@ public:
     using Values = std::vector<Engine::ChannelValue>;
 
     /// All outlive the object, and the link is not used any more when it goes.
-    Courier(RedisLink& server, ValueSender& values, ChannelMemory& known);
-    /// Tries once more to send what it keeps, and tells of what it could not.
+    Courier(RedisLink& server, ValueSender& values, ChannelMemory& known,
+            velk::common::Clock& pauseClock = velk::common::Clock::system());
+    /// Tries once more to send what it keeps, for some seconds, and tells of what it could not.
     ~Courier();
     Courier(const Courier&) = delete;
     Courier& operator=(const Courier&) = delete;
@@ -57,6 +58,8 @@ private:
     void run() VELK_EXCLUDES(mutex);
     /// Whether there is nothing to wait for any more.
     bool deliver() VELK_EXCLUDES(sending, mutex);
+    /// Whether the program ends and has no time for more.
+    bool isTooLate() VELK_EXCLUDES(mutex);
     Progress deliverBatch() VELK_EXCLUDES(sending, mutex);
     void take(const ValueSender::Verdict& verdict, Outbox::Batch batch, std::uint64_t generation)
         VELK_EXCLUDES(mutex);
@@ -67,6 +70,8 @@ private:
     void sendAgainAfter(std::uint64_t done) VELK_EXCLUDES(mutex);
     void moveSentAfter(std::uint64_t done) VELK_REQUIRES(mutex);
     void announce(const std::string& why) VELK_REQUIRES(mutex);
+    /// Also those are told of that were taken once, by a server that has lost them.
+    void announceIfKept(const std::string& why) VELK_EXCLUDES(mutex);
     void announceReturn() VELK_REQUIRES(mutex);
     void giveUp() VELK_EXCLUDES(mutex);
 
@@ -85,6 +90,7 @@ private:
     std::int64_t busySinceMs VELK_GUARDED_BY(mutex){0};
     std::atomic<bool> busy{false}; ///< changes with the mutex held
     bool stopping VELK_GUARDED_BY(mutex){false};
+    velk::common::Clock::Duration lastTry VELK_GUARDED_BY(mutex){}; ///< ends then, once stopping
     bool expecting VELK_GUARDED_BY(mutex){false};
     bool announced VELK_GUARDED_BY(mutex){false};
     /// Since when a listener misses the server.

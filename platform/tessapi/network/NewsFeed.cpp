@@ -1,9 +1,11 @@
 #include "platform/tessapi/network/NewsFeed.h"
 
+#include "platform/tessapi/network/BadData.h"
 #include "platform/tessapi/network/SiteCodec.h"
 #include "platform/tessapi/network/Unpacker.h"
 
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -15,6 +17,19 @@ namespace {
 
 std::uint64_t writerIn(std::string_view bytes) {
     return Unpacker{bytes}.number<std::uint64_t>();
+}
+
+/// "KIND:DEVICE".
+std::pair<Change::Kind, std::uint64_t> markOf(std::string_view text) {
+    std::uint64_t device = 0;
+    if (text.size() > 2 && text[1] == ':') {
+        const auto* end = text.data() + text.size();
+        const auto [stop, failure] = std::from_chars(text.data() + 2, end, device);
+        if (failure == std::errc{} && stop == end) {
+            return {static_cast<Change::Kind>(text[0] - '0'), device};
+        }
+    }
+    throw BadData{"the mark " + std::string{text}};
 }
 
 /// Entries of earlier versions have another mark, which says nothing about the order of calls.
@@ -59,9 +74,8 @@ std::vector<Change> NewsFeed::summaryOf(ReplyView rows, ReplyView marks) {
             {row.seq, Change::Kind::value, rows.at(i).id(), std::move(row.value), row.writtenMs});
     }
     for (std::size_t i = 0; i + 1 < marks.size(); i += 2) {
-        const std::string mark{marks.at(i).text()}; // KIND:DEVICE
-        changes.push_back({marks.at(i + 1).integer(), static_cast<Change::Kind>(mark.at(0) - '0'),
-                           std::stoull(mark.substr(2)), qz::CValue{}, 0});
+        const auto [kind, device] = markOf(marks.at(i).text());
+        changes.push_back({marks.at(i + 1).integer(), kind, device, qz::CValue{}, 0});
     }
     std::sort(changes.begin(), changes.end(), [](const Change& a, const Change& b) { return a.seq < b.seq; });
     return changes;

@@ -126,13 +126,15 @@ Reply RedisEngine::write(const char* function, Fill fill) {
 }
 
 std::uint64_t RedisEngine::deviceIdOf(const velk::common::Uuid& uuid) {
-    return idOf(ask({"HGET", link.keys.uuids, rawOf(uuid)}).view());
+    return guarded([&] { return idOf(ask({"HGET", link.keys.uuids, rawOf(uuid)}).view()); });
 }
 
 velk::common::Uuid RedisEngine::uuidOf(std::uint64_t device) {
-    const auto answer = ask({"HGET", link.keys.devices, std::to_string(device)});
-    return answer.view().isNil() ? velk::common::Uuid::NIL
-                                 : SiteCodec::unpackDevice(device, answer.view().text()).uuid;
+    return guarded([&] {
+        const auto answer = ask({"HGET", link.keys.devices, std::to_string(device)});
+        return answer.view().isNil() ? velk::common::Uuid::NIL
+                                     : SiteCodec::unpackDevice(device, answer.view().text()).uuid;
+    });
 }
 
 std::uint64_t RedisEngine::emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent,
@@ -141,19 +143,21 @@ std::uint64_t RedisEngine::emplaceDevice(const velk::common::Uuid& uuid, std::ui
         checkNotForked();
         return NO_ID;
     }
-    const auto answer =
-        write("emplace_device", [&](Command& command) { command.add(rawOf(uuid)).add(parent).add(wanted); });
-    forget(answer.view().at(1));
-    return idOf(answer.view().at(0));
+    return guarded([&] {
+        const auto answer = write(
+            "emplace_device", [&](Command& command) { command.add(rawOf(uuid)).add(parent).add(wanted); });
+        forget(answer.view().at(1));
+        return idOf(answer.view().at(0));
+    });
 }
 
 void RedisEngine::removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep,
                                    unsigned int limit) {
-    const auto answer = write("remove_sub_devices", [&](Command& command) {
+    const auto call = [&](Command& command) {
         command.add(device).add(std::uint32_t{limit});
         addAll(command, keep);
-    });
-    forget(answer.view());
+    };
+    guarded([&] { forget(write("remove_sub_devices", call).view()); });
 }
 
 void RedisEngine::forget(ReplyView gone) {
@@ -163,24 +167,28 @@ void RedisEngine::forget(ReplyView gone) {
 }
 
 qz::CDevice RedisEngine::device(std::uint64_t device) {
-    const auto answer = ask(link.keys.function("device", true).add(device));
-    if (answer.view().size() == 0) {
-        return {};
-    }
-    auto found = SiteCodec::unpackDevice(device, answer.view().at(0).text());
-    const auto attributes = answer.view().at(1);
-    for (std::size_t number = 0; number < found.attributes.size(); ++number) {
-        if (!attributes.at(number).isNil()) {
-            found.attributes[number] = attributes.at(number).text();
+    return guarded([&] {
+        const auto answer = ask(link.keys.function("device", true).add(device));
+        if (answer.view().size() == 0) {
+            return qz::CDevice{};
         }
-    }
-    return found;
+        auto found = SiteCodec::unpackDevice(device, answer.view().at(0).text());
+        const auto attributes = answer.view().at(1);
+        for (std::size_t number = 0; number < found.attributes.size(); ++number) {
+            if (!attributes.at(number).isNil()) {
+                found.attributes[number] = attributes.at(number).text();
+            }
+        }
+        return found;
+    });
 }
 
 std::string RedisEngine::attribute(std::uint64_t device, std::uint32_t number) {
     const auto field = std::to_string(device) + ":" + std::to_string(number);
-    const auto answer = ask({"HGET", link.keys.attributes, field});
-    return answer.view().isNil() ? "" : std::string{answer.view().text()};
+    return guarded([&] {
+        const auto answer = ask({"HGET", link.keys.attributes, field});
+        return answer.view().isNil() ? std::string{} : std::string{answer.view().text()};
+    });
 }
 
 void RedisEngine::setAttribute(std::uint64_t device, std::uint32_t number, const std::string& text) {
@@ -192,8 +200,8 @@ void RedisEngine::setAttribute(std::uint64_t device, std::uint32_t number, const
 }
 
 std::uint64_t RedisEngine::findChannel(std::uint64_t device, const std::string& name) {
-    const auto answer = ask({"HGET", link.keys.names, std::to_string(device) + ":" + name});
-    const auto channel = idOf(answer.view());
+    const auto field = std::to_string(device) + ":" + name;
+    const auto channel = guarded([&] { return idOf(ask({"HGET", link.keys.names, field}).view()); });
     if (channel != NO_ID) {
         channels.learnName(channel, name);
     }
@@ -221,25 +229,34 @@ std::vector<std::uint64_t> RedisEngine::emplaceChannels(std::uint64_t device,
                 command.add(entry == nullptr ? std::string{} : SiteCodec::packStates(entry->labels));
             }
         });
-        const auto found = answer.view();
-        if (found.size() == 0) {
-            made.resize(names.size(), NO_ID); // there is no such device
-        }
-        for (std::size_t i = 0; i + 1 < found.size(); i += 2) {
-            made.push_back(found.at(i).id());
-            channels.learnName(made.back(), names[first + i / 2]);
-            channels.learnType(made.back(), static_cast<qz::datatype>(found.at(i + 1).integer()));
-        }
+        guarded([&] { addMade(answer.view(), names, end, made); });
     }
     return made;
 }
 
+void RedisEngine::addMade(ReplyView found, const std::vector<std::string>& names, std::size_t end,
+                          std::vector<std::uint64_t>& made) {
+    if (found.size() == 0) {
+        made.resize(names.size(), NO_ID); // there is no such device
+        return;
+    }
+    if (found.size() != 2 * (end - made.size())) {
+        throw LinkError{"an answer that no server of a store gives: it is about other channels"};
+    }
+    for (std::size_t i = 0; made.size() < end; i += 2) {
+        const auto channel = found.at(i).id();
+        channels.learnName(channel, names[made.size()]);
+        channels.learnType(channel, static_cast<qz::datatype>(found.at(i + 1).integer()));
+        made.push_back(channel);
+    }
+}
+
 void RedisEngine::removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) {
-    const auto answer = write("remove_channels", [&](Command& command) {
+    const auto call = [&](Command& command) {
         command.add(device);
         addAll(command, keep);
-    });
-    forget(answer.view());
+    };
+    guarded([&] { forget(write("remove_channels", call).view()); });
 }
 
 qz::datatype RedisEngine::typeOf(std::uint64_t channel) {
@@ -306,17 +323,16 @@ void RedisEngine::setStates(std::uint64_t channel, const qz::CMultistateMap& sta
 }
 
 std::optional<ActiveAlarm> RedisEngine::mostCriticalOf(std::uint64_t device) {
-    const auto answer = ask(link.keys.function("worst_of", true).add(device));
-    const auto found = answer.view();
-    if (found.size() == 0) {
-        return std::nullopt;
-    }
-    ActiveAlarm alarm;
-    alarm.level = static_cast<LevelAlarm>(found.at(0).integer());
-    alarm.priority = static_cast<std::int32_t>(found.at(1).integer());
-    alarm.code = found.at(2).text();
-    alarm.channel = found.at(3).id();
-    return alarm;
+    return guarded([&]() -> std::optional<ActiveAlarm> {
+        const auto answer = ask(link.keys.function("worst_of", true).add(device));
+        const auto found = answer.view();
+        if (found.size() == 0) {
+            return std::nullopt;
+        }
+        return ActiveAlarm{true, static_cast<LevelAlarm>(found.at(0).integer()),
+                           static_cast<std::int32_t>(found.at(1).integer()), std::string{found.at(2).text()},
+                           found.at(3).id()};
+    });
 }
 
 StoreSnapshot RedisEngine::snapshot() {
@@ -370,7 +386,7 @@ StoreImage RedisEngine::image() {
 
 void RedisEngine::fill(const StoreImage& image) {
     const auto answer = write("fill", [&](Command& command) { SiteImage::addTo(command, image, catalogue); });
-    if (answer.view().at(0).text() != "ok") {
+    if (guarded([&] { return answer.view().at(0).text(); }) != "ok") {
         throwStoreFault(url(), StoreFault::occupied, "cannot fill");
     }
 }
@@ -382,10 +398,11 @@ StoreHealth RedisEngine::health() {
     health.waitingWrites = kept.writes;
     health.waitingSinceMs = kept.sinceMs;
     health.schemaOfEngine = RedisLink::FORMAT;
-    const auto format = ask({"HGET", link.keys.self, "format"});
-    health.schemaVersion = format.view().isNil() ? 0 : std::stoll(std::string{format.view().text()});
-    const auto answer = ask({"INFO", "server"});
-    const auto text = std::string{answer.view().text()};
+    const auto text = guarded([&] {
+        const auto format = ask({"HGET", link.keys.self, "format"});
+        health.schemaVersion = format.view().isNil() ? 0 : format.view().integer();
+        return std::string{ask({"INFO", "server"}).view().text()};
+    });
     const auto version = text.find("redis_version:");
     if (version != std::string::npos) {
         const auto start = text.find(':', version) + 1;

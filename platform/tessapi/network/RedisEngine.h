@@ -72,7 +72,8 @@ private:
     void connect(bool create);
     void retypeChannels(const std::string& fingerprint);
 
-    /// Runs `work`, which calls the server, and throws what this interface throws.
+    /// Runs `work`, which calls the server and reads its answers, and throws what this interface throws: an
+    /// answer that no server of a store gives is as good as none.
     template <class Work>
     auto guarded(Work work);
     Reply ask(const Command& command);
@@ -80,6 +81,9 @@ private:
     template <class Fill>
     Reply write(const char* function, Fill fill);
     void learnTypes(const std::vector<ChannelValue>& values);
+    /// Adds the channels that the server has made or found for `names` up to `end`.
+    void addMade(ReplyView found, const std::vector<std::string>& names, std::size_t end,
+                 std::vector<std::uint64_t>& made);
     void forget(ReplyView channels);
     template <class Entry, class Unpack>
     std::vector<Entry> entriesOf(const std::string& key, std::int64_t sinceMs, std::size_t limit,

@@ -111,6 +111,9 @@ Reply RedisLink::call(const Make& make) {
     const auto deadline = Deadline::in(patience);
     std::string why;
     try {
+        if (!connection) { // the last one led to something else than this store
+            connect(deadline.within(CONNECT_TIME));
+        }
         return exchange(make, false, deadline);
     } catch (const LinkError& failure) {
         why = failure.what();
@@ -131,10 +134,18 @@ void RedisLink::connect(const Deadline& deadline) {
     connection.reset();
     connection = finder.connect(deadline);
     ++connections;
+    greetAgain(deadline);
+}
+
+void RedisLink::greetAgain(const Deadline& deadline) {
     try {
         greet(false, "", deadline);
     } catch (const ServerRefusal& refusal) {
+        connection.reset();
         throw LinkError{refusal.what()};
+    } catch (...) {
+        connection.reset(); // nothing may be read from what may be another store
+        throw;
     }
 }
 
@@ -203,7 +214,7 @@ Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline
         } catch (const ServerRefusal& refusal) {
             elsewhere.reset();
             if (deadline.isOver()) {
-                throw;
+                giveUpOn(refusal);
             }
             if (refusal.code() == "ASK") {
                 elsewhere = finder.redirection(refusal.what());
@@ -212,6 +223,13 @@ Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline
             }
         }
     }
+}
+
+void RedisLink::giveUpOn(const ServerRefusal& refusal) {
+    if (refusal.code() == "MOVED" || refusal.code() == "ASK") { // nodes that do not agree yet
+        throw LinkError{refusal.what()};
+    }
+    throw refusal;
 }
 
 bool RedisLink::mend(const ServerRefusal& refusal, const Deadline& deadline, Talk talk) {
@@ -228,7 +246,7 @@ bool RedisLink::mend(const ServerRefusal& refusal, const Deadline& deadline, Tal
         connection = finder.connect(deadline);
         ++connections;
         if (talk == Talk::work) {
-            greet(false, "", deadline); // it may be another one that has taken the site over
+            greetAgain(deadline); // it may be another one that has taken the site over
         }
         return true;
     }

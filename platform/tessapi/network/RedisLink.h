@@ -88,8 +88,12 @@ private:
     /// Gives identity and catalogue of the site.
     std::pair<std::string, std::string> greet(bool create, const std::string& catalogue,
                                               const Deadline& deadline) VELK_REQUIRES(mutex);
+    /// Of a connection that was just made; there is none any more when it throws.
+    void greetAgain(const Deadline& deadline) VELK_REQUIRES(mutex);
     Reply exchange(const Make& make, bool again, const Deadline& deadline, Talk talk = Talk::work)
         VELK_REQUIRES(mutex);
+    /// Throws what it means that there was no other answer in time.
+    [[noreturn]] static void giveUpOn(const ServerRefusal& refusal);
     /// Does what the refusal asks for; gives whether the call may be tried again.
     bool mend(const ServerRefusal& refusal, const Deadline& deadline, Talk talk) VELK_REQUIRES(mutex);
     Reply askElsewhere(const Endpoint& server, const Command& command, const Deadline& deadline)

@@ -57,7 +57,11 @@ std::vector<qz::CDevice> devicesOf(ReplyView devices, ReplyView attributes) {
     }
     forEach(attributes, [&](auto field, auto content) {
         const auto number = idIn(field.substr(field.find(':') + 1));
-        all.at(places.at(idIn(field))).attributes.at(number) = content;
+        const auto place = places.find(idIn(field));
+        if (place == places.end() || number >= qz::CDevice::ATTRIBUTE_COUNT) {
+            throw BadData{"the attribute " + std::string{field}};
+        }
+        all[place->second].attributes[number] = content;
     });
     return all;
 }

@@ -1,7 +1,10 @@
 #include "platform/tessapi/network/ValueSender.h"
 
+#include "platform/tessapi/network/LinkError.h"
 #include "platform/tessapi/network/Packer.h"
 #include "platform/tessapi/network/SiteCodec.h"
+
+#include <algorithm>
 
 namespace tessapi {
 
@@ -9,6 +12,11 @@ namespace {
 
 /// About: two arguments, of which the second has a number.
 constexpr std::size_t BYTES_OF_A_WRITE = 56;
+
+/// Whoever sent the batch would wonder in vain what is wrong with it.
+[[noreturn]] void refuse() {
+    throw LinkError{"an answer that no server of a store gives: it is about other values"};
+}
 
 } // namespace
 
@@ -32,23 +40,40 @@ ValueSender::Verdict ValueSender::send(const Outbox::Batch& batch) {
         }
         return command;
     });
-    const auto reply = answer.view();
-    if (reply.isInteger()) {
-        link.note(reply.integer());
+    if (answer.view().isInteger()) {
+        link.note(answer.view().integer());
         return {};
     }
+    return verdictOf(answer.view(), batch);
+}
+
+ValueSender::Verdict ValueSender::verdictOf(ReplyView reply, const Outbox::Batch& batch) {
+    const auto word = reply.at(0).text();
     Verdict verdict;
-    if (reply.at(0).text() == "behind") {
+    if (word == "behind") {
         verdict.kind = Verdict::Kind::behind;
         verdict.done = reply.at(1).id();
+        if (batch.afterGap || verdict.done >= batch.number) {
+            refuse();
+        }
         return verdict;
     }
-    verdict.channel = reply.at(1).id();
     verdict.kind = Verdict::Kind::unknownChannel;
-    if (reply.at(0).text() == "type") {
+    verdict.channel = reply.at(1).id();
+    if (word == "type") {
         verdict.kind = Verdict::Kind::otherType;
         verdict.type = static_cast<qz::datatype>(reply.at(2).integer());
         verdict.name = reply.at(3).text();
+    } else if (word != "unknown") {
+        refuse();
+    }
+    const bool isInBatch =
+        std::any_of(batch.changes.begin(), batch.changes.end(), [&verdict](const Change& change) {
+            return change.object == verdict.channel &&
+                   (verdict.kind == Verdict::Kind::unknownChannel || change.value.type() != verdict.type);
+        });
+    if (!isInBatch) {
+        refuse();
     }
     return verdict;
 }

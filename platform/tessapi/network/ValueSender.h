@@ -26,7 +26,7 @@ public:
     /// `server` outlives the object. The others say how many the site keeps of them.
     ValueSender(RedisLink& server, std::int64_t changes, std::int64_t events);
 
-    /// Throws what RedisLink::call throws.
+    /// Throws what RedisLink::call throws; LinkError also for a verdict about something else.
     Verdict send(const Outbox::Batch& batch);
 
     /// The beginning of every writing call of a function of the library: its own arguments follow. `writer`
@@ -35,6 +35,8 @@ public:
                   std::int64_t timeMs) const;
 
 private:
+    static Verdict verdictOf(ReplyView reply, const Outbox::Batch& batch);
+
     RedisLink& link;
     const std::int64_t changesKept;
     const std::int64_t eventsKept;
