@@ -16,18 +16,32 @@ void Outbox::add(Change change, bool inOrder) {
         newest[channel] = std::prev(entries.end());
         return;
     }
-    if (ordered == MOST) {
+    const auto bytes = bytesOf(change);
+    while (ordered != 0 && (ordered == MOST || orderedBytes + bytes > MOST_BYTES)) {
         forgetOldest();
     }
     entries.push_back({std::move(change), true});
     ++ordered;
+    orderedBytes += bytes;
+}
+
+std::size_t Outbox::bytesOf(const Change& change) {
+    const auto& value = change.value.variant();
+    const auto* text = std::get_if<std::string>(&value);
+    const auto* bytes = std::get_if<qz::CValue::Bytes>(&value);
+    return sizeof change + (text != nullptr ? text->size() : 0) + (bytes != nullptr ? bytes->size() : 0);
+}
+
+void Outbox::uncount(const Change& change) {
+    --ordered;
+    orderedBytes -= bytesOf(change);
 }
 
 void Outbox::forgetOldest() {
     const auto oldest =
         std::find_if(entries.begin(), entries.end(), [](const Entry& entry) { return entry.inOrder; });
+    uncount(oldest->change);
     entries.erase(oldest);
-    --ordered;
     ++lost;
 }
 
@@ -49,8 +63,11 @@ Outbox::Batch& Outbox::next(std::uint64_t number) {
         Batch batch{number, false, {}};
         while (!entries.empty() && batch.changes.size() < BATCH) {
             auto& entry = entries.front();
-            newest.erase(entry.inOrder ? ~std::uint64_t{0} : entry.change.object);
-            ordered -= entry.inOrder ? 1 : 0;
+            if (entry.inOrder) {
+                uncount(entry.change);
+            } else {
+                newest.erase(entry.change.object);
+            }
             batch.changes.push_back(std::move(entry.change));
             entries.pop_front();
         }
@@ -75,7 +92,9 @@ void Outbox::dropChannel(std::uint64_t channel) {
     }
     for (auto entry = entries.begin(); entry != entries.end();) {
         const bool goes = entry->change.object == channel;
-        ordered -= goes && entry->inOrder ? 1 : 0;
+        if (goes && entry->inOrder) {
+            uncount(entry->change);
+        }
         entry = goes ? entries.erase(entry) : std::next(entry);
     }
     newest.erase(channel);
@@ -89,6 +108,7 @@ void Outbox::clear() {
     entries.clear();
     newest.clear();
     ordered = 0;
+    orderedBytes = 0;
 }
 
 std::size_t Outbox::takeLost() {

@@ -12,10 +12,13 @@
 namespace tessapi {
 
 /// Writes that a server has not taken yet, in their order. Of a channel of which only the newest value counts
-/// there is one; of the others there are at most `MOST`, and the oldest go first. Threads: one at a time.
+/// there is one; of the others there are at most `MOST` with `MOST_BYTES`, and the oldest go first. Threads:
+/// one at a time.
 class Outbox {
 public:
     static constexpr std::size_t MOST = 10'000;
+    /// A journal is written whole with each of its entries.
+    static constexpr std::size_t MOST_BYTES = std::size_t{16} << 20U;
     /// Writes that are sent at a time.
     static constexpr std::size_t BATCH = 100;
 
@@ -31,6 +34,9 @@ public:
     void add(Change change, bool inOrder);
     /// A batch with a number, which was sent: these go before all others, by their numbers.
     void addSent(Batch batch);
+
+    /// What a write takes.
+    static std::size_t bytesOf(const Change& change);
 
     bool isEmpty() const { return sent.empty() && entries.empty(); }
     /// Writes in it.
@@ -56,11 +62,14 @@ private:
     using Entries = std::list<Entry>;
 
     void forgetOldest();
+    /// One of those that count is not among the entries any more.
+    void uncount(const Change& change);
 
     std::deque<Batch> sent; ///< by their numbers
     Entries entries;
     std::unordered_map<std::uint64_t, Entries::iterator> newest; ///< of channels of which that counts
     std::size_t ordered{0};
+    std::size_t orderedBytes{0};
     std::size_t lost{0};
 };
 

@@ -7,12 +7,26 @@
 namespace tessapi {
 
 void SentWrites::add(Outbox::Batch batch, std::chrono::nanoseconds now) {
-    writes += batch.changes.size();
+    count(batch);
     batches.push_back({std::move(batch), now});
-    while (!batches.empty() && (writes > MOST || batches.front().time + KEPT < now)) {
-        writes -= batches.front().batch.changes.size();
+    while (!batches.empty() && (writes > MOST || bytes > MOST_BYTES || batches.front().time + KEPT < now)) {
+        uncount(batches.front().batch);
         age(std::move(batches.front().batch));
         batches.pop_front();
+    }
+}
+
+void SentWrites::count(const Outbox::Batch& batch) {
+    writes += batch.changes.size();
+    for (const auto& change : batch.changes) {
+        bytes += Outbox::bytesOf(change);
+    }
+}
+
+void SentWrites::uncount(const Outbox::Batch& batch) {
+    writes -= batch.changes.size();
+    for (const auto& change : batch.changes) {
+        bytes -= Outbox::bytesOf(change);
     }
 }
 
@@ -67,7 +81,7 @@ std::vector<Outbox::Batch> SentWrites::takeAfter(std::uint64_t done) {
     const auto first = std::find_if(batches.begin(), batches.end(),
                                     [done](const Sent& sent) { return sent.batch.number > done; });
     for (auto sent = first; sent != batches.end(); ++sent) {
-        writes -= sent->batch.changes.size();
+        uncount(sent->batch);
         taken.push_back(std::move(sent->batch));
     }
     batches.erase(first, batches.end());

@@ -20,6 +20,8 @@ class SentWrites {
 public:
     /// Writes of the last minute that are remembered, and channels with a newest value.
     static constexpr std::size_t MOST = Outbox::MOST;
+    /// Of those of the last minute.
+    static constexpr std::size_t MOST_BYTES = Outbox::MOST_BYTES;
     /// Longer than a replica is behind, and than a master that was cut off from it goes on by itself.
     static constexpr std::chrono::seconds KEPT{60};
 
@@ -43,12 +45,16 @@ private:
         std::chrono::nanoseconds time;
     };
 
+    /// The batch is about to come to those of the last minute, or to leave them.
+    void count(const Outbox::Batch& batch);
+    void uncount(const Outbox::Batch& batch);
     void age(Outbox::Batch batch);
     void forget(std::uint64_t channel);
 
     const IsInOrder isInOrder;
     std::deque<Sent> batches;                   ///< of the last minute, by their numbers
     std::size_t writes{0};                      ///< in these
+    std::size_t bytes{0};                       ///< of these
     std::map<std::uint64_t, Outbox::Batch> old; ///< by their numbers, each with newest values only
     std::unordered_map<std::uint64_t, std::uint64_t>
         newest; ///< channel, and the number of its batch in `old`
