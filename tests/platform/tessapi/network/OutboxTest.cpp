@@ -64,6 +64,27 @@ TEST(OutboxTest, OfTooManyOrderedWritesTheOldestGoAndAreCounted) {
     EXPECT_EQ(values[1], 3);
 }
 
+TEST(OutboxTest, OfLongOrderedWritesAsManyAreKeptAsThereAreBytesFor) {
+    const auto text = [](char letter) {
+        return Change{0, Change::Kind::value, 1, CValue{std::string(Outbox::MOST_BYTES / 4, letter)}, 0};
+    };
+    Outbox outbox;
+    for (const char letter : {'a', 'b', 'c', 'd', 'e'}) {
+        outbox.add(text(letter), true);
+    }
+    EXPECT_EQ(outbox.takeLost(), 2U);
+    EXPECT_EQ(outbox.size(), 3U);
+    EXPECT_EQ(outbox.next(1).changes.at(0).value.as_string().front(), 'c');
+    outbox.drop(1);
+    for (const char letter : {'f', 'g', 'h'}) {
+        outbox.add(text(letter), true);
+    }
+    EXPECT_EQ(outbox.takeLost(), 0U) << "what has left takes no room any more";
+    outbox.add({0, Change::Kind::value, 1, CValue{std::string(2 * Outbox::MOST_BYTES, 'x')}, 0}, true);
+    EXPECT_EQ(outbox.takeLost(), 3U);
+    EXPECT_EQ(outbox.size(), 1U) << "one is kept, however long it is";
+}
+
 TEST(OutboxTest, ABatchStaysAsItWasSentUntilItIsDropped) {
     Outbox outbox;
     outbox.add(write(1, 1), false);

@@ -229,5 +229,27 @@ TEST_F(RedisRulesTest, BytesThatNobodyOfTheStoreWroteAreToldAsSuch) {
     EXPECT_THROW(engine->snapshot(), boost::system::system_error);
 }
 
+TEST_F(RedisRulesTest, AttributeOfNoDeviceIsToldAsSuch) {
+    for (const auto* field : {"77:1", "1:16"}) {
+        server.command({"HSET", "tess:{rules}:attributes", field, "text"});
+        EXPECT_THROW(engine->snapshot(), boost::system::system_error) << field;
+        server.command({"HDEL", "tess:{rules}:attributes", field});
+    }
+    EXPECT_EQ(engine->snapshot().devices.size(), 1U);
+}
+
+TEST_F(RedisRulesTest, MarkOfNoDeviceIsToldAsSuch) {
+    const auto few = Engine::open(StoreUrl{url + "?changes=256"}, false);
+    for (int i = 0; i < 500; ++i) {
+        few->setValue(CHANNEL, CValue{"again"});
+    }
+    for (const auto* mark : {"", "1", "1:", "1:x", "1:99999999999999999999"}) {
+        server.command({"ZADD", "tess:{rules}:marks", "7", mark});
+        EXPECT_THROW(few->newsAfter(0), boost::system::system_error) << mark;
+        server.command({"ZREM", "tess:{rules}:marks", mark});
+    }
+    EXPECT_TRUE(few->newsAfter(0).gap);
+}
+
 } // namespace
 } // namespace tessapi::network

@@ -44,6 +44,17 @@ protected:
     SentWrites sent{[](std::uint64_t channel) { return channel == ACTION; }};
 };
 
+TEST_F(SentWritesTest, OfLongWritesAsManyAreRememberedAsThereAreBytesFor) {
+    for (std::uint64_t number = 1; number <= 5; ++number) {
+        const CValue text{std::string(SentWrites::MOST_BYTES / 4, 'x')};
+        sent.add({number, false, {{0, Change::Kind::value, ACTION, text, 0}}}, 1s);
+    }
+    EXPECT_EQ(sent.size(), 3U);
+    EXPECT_EQ(sent.takeAfter(0).front().number, 3U);
+    add(6, {{ACTION, 6}}, 1s);
+    EXPECT_EQ(sent.size(), 1U) << "what was taken takes no room any more";
+}
+
 TEST_F(SentWritesTest, GivesWhatTheServerDoesNotKnowInOrderAndOnce) {
     for (std::int32_t number = 1; number <= 4; ++number) {
         add(static_cast<std::uint64_t>(number), {{ACTION, number}, {VOLTAGE, 10 * number}}, 1s);
