@@ -65,7 +65,8 @@ private:
 
     /// A keeper whose log has just grown long enough does not wait twice, hence the bound.
     void awaitWaits(std::size_t count) const {
-        for (int tries = 0; clock.waits().size() < count && tries < 20'000; ++tries) {
+        const auto latest = std::chrono::steady_clock::now() + std::chrono::milliseconds{20};
+        while (clock.waits().size() < count && std::chrono::steady_clock::now() < latest) {
             std::this_thread::yield();
         }
     }

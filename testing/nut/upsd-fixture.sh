@@ -110,12 +110,28 @@ start_server_on_free_port() {
     return 1
 }
 
+has_data() { status=$(upsc "$1@127.0.0.1:$(cat "$dir/port")" ups.status 2>/dev/null) && [ "$status" != WAIT ]; }
+
 wait_until_ready() {
     tries=0
-    until status=$(upsc "$1@127.0.0.1:$(cat "$dir/port")" ups.status 2>/dev/null) && [ "$status" != WAIT ]; do
+    until has_data "$1"; do
         tries=$((tries + 1))
         [ "$tries" -le 100 ] || fail "$1 is not ready: $(cat "$run/$1.log")"
         sleep 0.1
+    done
+}
+
+# dummy-ups 2.8.0 often ends by itself when a new server comes before it has noticed that the former one went. A
+# service manager would start it again. A driver that was stopped or killed on purpose has no pid file any more.
+start_drivers_that_ended() {
+    sed 's/=.*//' "$dir/sources" | while read -r name; do
+        [ -s "$(pid_file "$name")" ] || continue
+        tries=0
+        until has_data "$name" || [ "$tries" -gt 100 ]; do
+            alive "$(cat "$(pid_file "$name")")" || { rm -f "$(pid_file "$name")"; start_driver "$name"; }
+            tries=$((tries + 1))
+            sleep 0.1
+        done
     done
 }
 
@@ -156,7 +172,10 @@ driver)
     ;;
 server)
     case $1 in
-    start) start_server || fail "no server: $(cat "$run/upsd.log")" ;;
+    start)
+        start_server || fail "no server: $(cat "$run/upsd.log")"
+        start_drivers_that_ended
+        ;;
     stop) end_process TERM "$run/upsd.pid" ;;
     *) fail "server: start or stop, not $1" ;;
     esac

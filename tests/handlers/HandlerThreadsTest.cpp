@@ -6,6 +6,7 @@
 #include "testing/FakeConnector.h"
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <thread>
 
@@ -16,11 +17,13 @@ using testing::FakeConnector;
 
 constexpr int ROUNDS = 200;
 
-/// Long enough for another thread to come by, and often enough over all rounds.
+/// Long enough for another thread to come by, and often enough over all rounds. On a busy machine one turn of
+/// the others is long enough, and many would take minutes.
 void giveOthersTheirTurn() {
-    for (int i = 0; i < 20; ++i) {
+    const auto latest = std::chrono::steady_clock::now() + std::chrono::microseconds{200};
+    do {
         std::this_thread::yield();
-    }
+    } while (std::chrono::steady_clock::now() < latest);
 }
 
 /// What only one thread may enter at a time.
