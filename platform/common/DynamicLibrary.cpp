@@ -134,7 +134,7 @@ std::vector<fs::path> pluginFiles(const fs::path& path) {
 std::unique_ptr<DynamicLibrary> load(const std::string& file, const std::string& configurationPath) {
     Handle handle{dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL)};
     if (!handle) {
-        reportFailedLoad(file, dlerror());
+        reportFailedLoad(file, dlerror()); // NOLINT(concurrency-mt-unsafe): each thread has its own
         return nullptr;
     }
     auto* const entry = reinterpret_cast<Entry*>(dlsym(handle.get(), DynamicLibrary::ENTRY_SYMBOL));

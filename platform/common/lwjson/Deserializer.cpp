@@ -81,7 +81,7 @@ private:
         node.name = std::exchange(memberName, {});
         node.type = type;
         node.position = source.positionOf(begin);
-        (open_.empty() ? root : open_.back().node->children).emplace_back(node);
+        (opened.empty() ? root : opened.back().node->children).emplace_back(node);
         return node;
     }
 
@@ -103,19 +103,19 @@ private:
 
     bool open(ValueType type) {
         const std::size_t begin = tokenBegin();
-        if (open_.size() == Deserializer::MAX_DEPTH) {
+        if (opened.size() == Deserializer::MAX_DEPTH) {
             throw JsonError{source.positionOf(begin),
                             "nested deeper than " + std::to_string(Deserializer::MAX_DEPTH) + " levels"};
         }
         Node::Data& node = add(type, begin);
-        open_.push_back({&node, begin});
+        opened.push_back({&node, begin});
         scanned = source.offset();
         return true;
     }
 
     bool close() {
-        const Open closed = open_.back();
-        open_.pop_back();
+        const Open closed = opened.back();
+        opened.pop_back();
         scanned = source.offset();
         closed.node->text = source.all().substr(closed.begin, scanned - closed.begin);
         return true;
@@ -124,7 +124,7 @@ private:
     JsonSource& source;
     std::deque<Node::Data>& nodes;
     std::vector<Node>& root;
-    std::vector<Open> open_;
+    std::vector<Open> opened;
     std::string memberName;
     std::size_t scanned{0};
 };
