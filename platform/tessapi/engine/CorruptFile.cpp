@@ -55,11 +55,15 @@ bool isCorrupt(const std::string& path, const std::string& store) {
     }
 }
 
+bool saysThatItIsAStore(const std::string& path, const std::string& store) {
+    const auto id = StoreFile::applicationId(path, store);
+    return id == Schema::APPLICATION_ID || id == Schema::KEPT_ID;
+}
+
 /// Whether the file was made by this library, as far as one can tell: what another program has made stays
 /// where it is.
 bool isOfAStore(const std::string& path, const std::string& store, const FileLock& use) {
-    const auto id = StoreFile::applicationId(path, store);
-    if (id == Schema::APPLICATION_ID || id == Schema::KEPT_ID) {
+    if (saysThatItIsAStore(path, store)) {
         return true;
     }
     const std::string beginOfDatabases{"SQLite format 3"};
@@ -92,7 +96,10 @@ std::string CorruptFile::move(const std::string& path, const std::string& store)
 }
 
 bool CorruptFile::setAside(const std::string& path, const std::string& store) {
-    FileLock use{path + "-use", store};
+    if (!StoreFile::isKnown(path) && !saysThatItIsAStore(path, store)) {
+        return false; // and nothing is left beside it
+    }
+    FileLock use{StoreFile::useLockOf(path), store};
     if (!use.tryAlone()) {
         return false;
     }

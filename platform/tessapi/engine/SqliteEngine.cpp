@@ -58,7 +58,8 @@ SqliteEngine::~SqliteEngine() = default;
 
 std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create, const Options& options) {
     const auto path = StoreFile::locate(url.place(), url.text(), create);
-    auto use = std::make_unique<FileLock>(path + "-use", url.text());
+    StoreFile::refuseStranger(path, url.text(), create);
+    auto use = std::make_unique<FileLock>(StoreFile::useLockOf(path), url.text());
     const auto [kept, alone] = KeptStore::settle(path, url, create, *use, options.longestWait);
     const auto file = kept ? WorkingFile::place(kept->working, path, url.text()) : path;
     auto words = std::make_unique<SharedPage>(file + "-lock", url.text());

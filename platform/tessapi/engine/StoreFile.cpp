@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <sqlite3.h>
 #include <system_error>
 
 namespace tessapi {
@@ -16,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t HEADER_SIZE = 100;
+constexpr const char* BEGIN_OF_DATABASES = "SQLite format 3";
 constexpr std::size_t APPLICATION_ID_OFFSET = 68;
 
 std::uint32_t applicationIdOf(const std::string& header) {
@@ -66,6 +68,40 @@ std::string StoreFile::locate(const std::string& path, const std::string& store,
         throwSystemFailure(store, error.value(), "cannot make " + absolute.parent_path().string());
     }
     return absolute;
+}
+
+std::string StoreFile::useLockOf(const std::string& path) {
+    return path + "-use";
+}
+
+bool StoreFile::isKnown(const std::string& path) {
+    std::error_code error;
+    return fs::exists(useLockOf(path), error);
+}
+
+void StoreFile::refuseStranger(const std::string& path, const std::string& store, bool create) {
+    std::error_code error;
+    if (isKnown(path) || !fs::exists(path, error)) {
+        return;
+    }
+    const auto head = Database::headOfFile(path, store, HEADER_SIZE);
+    const auto id = applicationIdOf(head);
+    if (id == Schema::APPLICATION_ID || id == Schema::KEPT_ID) {
+        return;
+    }
+    if (!head.empty() && head.rfind(BEGIN_OF_DATABASES, 0) != 0) {
+        throwSqliteFailure(store, SQLITE_NOTADB, "");
+    }
+    // Without its log, since reading that would leave files behind, too.
+    if (!head.empty()) {
+        Database database{path, store, Database::Sharing::ignored};
+        if (!Schema::isEmpty(database)) {
+            throwStoreFault(store, StoreFault::foreign, "");
+        }
+    }
+    if (!create) {
+        throwStoreFault(store, StoreFault::missing, "");
+    }
 }
 
 std::int64_t StoreFile::applicationId(const std::string& path, const std::string& store) {

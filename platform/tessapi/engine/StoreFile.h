@@ -17,6 +17,14 @@ std::string locate(const std::string& path, const std::string& store, bool creat
 /// The application that the file at `path` says it is of; 0 when it is not there or has no content.
 std::int64_t applicationId(const std::string& path, const std::string& store);
 
+/// Whether programs have worked on a store at `path`: each of them puts a lock beside it.
+bool isKnown(const std::string& path);
+std::string useLockOf(const std::string& path);
+
+/// Refuses what is at `path`, if it is no store, before anything is put beside it. What only the database
+/// itself can tell is left to `prepare`.
+void refuseStranger(const std::string& path, const std::string& store, bool create);
+
 /// Lets programs read while one writes. Throws when the file system does not bear it.
 void useLog(Database& database);
 

@@ -5,9 +5,11 @@
 #include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <sqlite3.h>
 #include <string>
@@ -34,6 +36,10 @@ protected:
         ASSERT_EQ(sqlite3_open(path().c_str(), &database), SQLITE_OK);
         EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sql;
         sqlite3_close(database);
+    }
+
+    std::ptrdiff_t filesInFolder() const {
+        return std::distance(std::filesystem::directory_iterator{folder.path()}, {});
     }
 
     /// `work` fails for this reason, and says so with the name of the store.
@@ -104,6 +110,40 @@ TEST_F(EngineFileTest, AnotherFileInTheSeatOfAStoreIsNotOverwrittenFromTheLog) {
 TEST_F(EngineFileTest, AFileWithoutContentIsAStoreThatWasNotFinished) {
     std::ofstream{path()};
     expectFault(StoreFault::missing, [&] { open(false); });
+    EXPECT_FALSE(open()->uuidOf(1).isNil());
+}
+
+TEST_F(EngineFileTest, NothingIsLeftBesideAFileThatIsNoStore) {
+    const auto expectRefusal = [&](const std::string& kind) {
+        for (const char* rest : {"", "?when-corrupt=set-aside"}) {
+            for (const bool create : {false, true}) {
+                EXPECT_THROW(tessapi::Engine::open(tessapi::StoreUrl{url() + rest}, create),
+                             boost::system::system_error)
+                    << kind << rest;
+            }
+        }
+        EXPECT_EQ(filesInFolder(), 1) << kind;
+        std::filesystem::remove(path());
+    };
+    std::ofstream{path()} << "127.0.0.1 localhost\n";
+    expectRefusal("a short text");
+    std::ofstream{path()} << std::string(4096, 'x');
+    expectRefusal("a long text");
+    execute("CREATE TABLE precious(x)");
+    expectRefusal("a database");
+    execute("PRAGMA journal_mode=WAL; CREATE TABLE precious(x)");
+    expectRefusal("a database with a log");
+    execute("PRAGMA application_id=7");
+    expectRefusal("a database without tables");
+}
+
+TEST_F(EngineFileTest, NothingIsLeftBesideAFileWithoutContentThatIsNotToBecomeAStore) {
+    std::ofstream{path()};
+    expectFault(StoreFault::missing, [&] { open(false); });
+    EXPECT_EQ(filesInFolder(), 1);
+    execute("PRAGMA user_version=0; VACUUM");
+    expectFault(StoreFault::missing, [&] { open(false); });
+    EXPECT_EQ(filesInFolder(), 1);
     EXPECT_FALSE(open()->uuidOf(1).isNil());
 }
 
