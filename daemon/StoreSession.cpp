@@ -58,7 +58,9 @@ void StoreSession::exec() {
     supervisor.run();
     const MutexLock lock{mutex};
     if (!lost.empty()) {
-        throw std::runtime_error{lost};
+        const std::uint64_t values = claim.takeValues();
+        throw std::runtime_error{
+            lost + (values == 0 ? "" : "; " + std::to_string(values) + " values kept are lost")};
     }
 }
 

@@ -13,6 +13,7 @@
 #include "daemon/WriteJournal.h"
 #include "daemon/history/HistoryDesk.h"
 #include "platform/common/Mutex.h"
+#include "platform/tessapi/LossClaim.h"
 
 #include <ostream>
 #include <string>
@@ -46,6 +47,7 @@ private:
     std::unique_ptr<IHostedManager> makeManager(const std::string& configuration);
     void give(const std::string& loss) VELK_EXCLUDES(mutex);
 
+    tessapi::LossClaim claim; ///< first: whatever uses the store leaves it to this object to tell of its loss
     HistoryDesk& history;
     WriteJournal writes;
     LogJournal log;

@@ -1,6 +1,10 @@
 #include "platform/tessapi/client/Dispatcher.h"
 
 #include "platform/common/Clock.h"
+#include "platform/tessapi/StoreAdvice.h"
+#include "platform/tessapi/engine/LossBoard.h"
+
+#include <boost/system/system_error.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -25,7 +29,10 @@ bool isOf(const Wish& wish, const Change& change) {
 } // namespace
 
 Dispatcher::Dispatcher(std::string name, std::shared_ptr<Engine> opened) :
-    program{std::move(name)}, engine{std::move(opened)}, thread{[this] { run(); }} {}
+    program{std::move(name)}, engine{std::move(opened)} {
+    LossBoard::ofProcess().find(engine->url());
+    thread = std::thread{[this] { run(); }};
+}
 
 Dispatcher::~Dispatcher() {
     {
@@ -116,15 +123,26 @@ bool Dispatcher::isStopping() {
 bool Dispatcher::tryToFollow() {
     try {
         const bool followed = followLog();
+        if (std::exchange(lost, false)) {
+            LossBoard::ofProcess().find(engine->url());
+        }
         failing = false;
         return followed;
     } catch (const std::exception& failure) {
-        // A store that is away for a while is told of once and tried again.
-        if (!failing) {
-            report(failure.what());
-        }
-        failing = true;
+        tell(failure);
         return false;
+    }
+}
+
+void Dispatcher::tell(const std::exception& failure) {
+    const auto* ofStore = dynamic_cast<const boost::system::system_error*>(&failure);
+    if (ofStore != nullptr && isStoreLost(ofStore->code())) {
+        if (!std::exchange(lost, true)) {
+            LossBoard::ofProcess().lose(engine->url(), static_cast<StoreFault>(ofStore->code().value()), 0);
+        }
+    } else if (!std::exchange(failing, true)) {
+        // A store that is away for a while is tried again.
+        report(failure.what());
     }
 }
 

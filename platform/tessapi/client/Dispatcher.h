@@ -6,6 +6,7 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <map>
 #include <memory>
@@ -62,11 +63,15 @@ private:
     std::vector<SubscriptionPtr> interestedIn(const Change& change) VELK_EXCLUDES(mutex);
     void call(Subscription& subscription, const Change& change) VELK_EXCLUDES(mutex);
     bool isStopping() VELK_EXCLUDES(mutex);
+    /// Once until the store is there again.
+    void tell(const std::exception& failure);
     void report(const std::string& text) const;
 
     const std::string program;
     const std::shared_ptr<Engine> engine;
-    bool failing{false}; // of the client thread
+    // Of the client thread: what people have been told.
+    bool failing{false};
+    bool lost{false};
     velk::common::Mutex mutex;
     std::condition_variable_any condition;
     bool stopping VELK_GUARDED_BY(mutex){false};

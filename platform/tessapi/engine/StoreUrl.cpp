@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/StoreUrl.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <filesystem>
@@ -31,17 +32,7 @@ bool mayWriteIn(const std::string& folder) {
     return fs::is_directory(folder, error) && ::access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
-/// Where files lie in memory as long as the machine runs; empty for nowhere.
-std::string workingFolderOfEnvironment() {
-    if (const auto runtime = firstOf(environment("RUNTIME_DIRECTORY")); !runtime.empty()) {
-        return runtime;
-    }
-    if (const std::string machine{"/run/velk"}; mayWriteIn(machine)) {
-        return machine;
-    }
-    const auto user = environment("XDG_RUNTIME_DIR");
-    return !user.empty() && mayWriteIn(user) ? user + "/velk" : "";
-}
+constexpr const char* RUNTIME_OF_MACHINE = "/run/velk";
 
 std::string fileOfEnvironment() {
     if (const auto state = firstOf(environment("STATE_DIRECTORY")); !state.empty()) {
@@ -119,14 +110,41 @@ void StoreUrl::readOption(const std::string& option) {
 }
 
 void StoreUrl::refuse(const std::string& reason) const {
-    throw std::invalid_argument{"\"" + whole + "\" names no store: " + reason};
+    const bool isPath = whole.rfind("sqlite:", 0) == 0 || memory;
+    throw std::invalid_argument{"\"" + (isPath ? whole : NetworkUrl::withoutPassword(whole)) +
+                                "\" names no store: " + reason};
+}
+
+std::string StoreUrl::runtimeFolder() {
+    if (const auto runtime = firstOf(environment("RUNTIME_DIRECTORY")); !runtime.empty()) {
+        return runtime;
+    }
+    if (mayWriteIn(RUNTIME_OF_MACHINE)) {
+        return RUNTIME_OF_MACHINE;
+    }
+    const auto user = environment("XDG_RUNTIME_DIR");
+    return !user.empty() && mayWriteIn(user) ? user + "/velk" : "";
+}
+
+std::vector<std::string> StoreUrl::runtimeFolders() {
+    std::vector<std::string> folders;
+    const auto add = [&folders](const std::string& folder) {
+        if (!folder.empty() && std::find(folders.begin(), folders.end(), folder) == folders.end()) {
+            folders.push_back(folder);
+        }
+    };
+    add(firstOf(environment("RUNTIME_DIRECTORY")));
+    add(RUNTIME_OF_MACHINE);
+    const auto user = environment("XDG_RUNTIME_DIR");
+    add(user.empty() ? "" : user + "/velk");
+    return folders;
 }
 
 std::string StoreUrl::ofEnvironment() {
     if (const auto url = environment("TESS_URL"); !url.empty()) {
         return withCorruptOption(url);
     }
-    const auto working = workingFolderOfEnvironment();
+    const auto working = runtimeFolder();
     return withCorruptOption("sqlite:" + fileOfEnvironment() +
                              (working.empty() ? "" : "?working=" + working));
 }

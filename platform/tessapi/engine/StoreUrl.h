@@ -5,6 +5,7 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tessapi {
 
@@ -30,6 +31,12 @@ public:
     /// not have it. An empty variable counts as not set. Throws std::invalid_argument when the environment
     /// names no place on disk.
     static std::string ofEnvironment();
+
+    /// Where files of this program lie in memory as long as the machine runs, as `ofEnvironment` chooses it;
+    /// empty for nowhere.
+    static std::string runtimeFolder();
+    /// All folders that it may be for programs of this user, each once; they need not be there.
+    static std::vector<std::string> runtimeFolders();
 
     bool inMemory() const { return memory; }
     /// Where a store of the network is; empty for any other.

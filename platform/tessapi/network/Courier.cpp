@@ -63,7 +63,7 @@ Courier::~Courier() {
     }
     MutexLock lock{mutex};
     if (announced) {
-        OutageBoard::ofProcess().leave(link.store(), outbox.size());
+        OutageBoard::ofProcess().leave(link.store(), this, outbox.size());
     }
 }
 
@@ -92,7 +92,7 @@ void Courier::missServer(const std::string& why) {
 
 void Courier::announce(const std::string& why) {
     if (!announced) {
-        OutageBoard::ofProcess().begin(link.store(), why);
+        OutageBoard::ofProcess().begin(link.store(), this, why);
         announced = true;
     }
 }
@@ -202,6 +202,7 @@ void Courier::run() {
             continue;
         }
         lock.unlock();
+        tellWhatWaits();
         const bool done = deliver();
         lock.lock();
         if (done) {
@@ -213,6 +214,18 @@ void Courier::run() {
     lastTry = clock.now() + LAST_TRY;
     lock.unlock();
     deliver();
+}
+
+void Courier::tellWhatWaits() {
+    OutageBoard::Kept kept;
+    {
+        MutexLock lock{mutex};
+        if (!announced) {
+            return;
+        }
+        kept = {outbox.size(), outbox.channels(), Outbox::MOST};
+    }
+    OutageBoard::ofProcess().keep(link.store(), this, kept);
 }
 
 bool Courier::deliver() {
@@ -295,7 +308,7 @@ void Courier::take(const ValueSender::Verdict& verdict, Outbox::Batch batch, std
 
 void Courier::announceReturn() {
     if (announced) {
-        OutageBoard::ofProcess().end(link.store(), delivered);
+        OutageBoard::ofProcess().end(link.store(), this, delivered);
     }
     busy = false;
     announced = false;
@@ -305,7 +318,7 @@ void Courier::announceReturn() {
 
 void Courier::giveUp() {
     MutexLock lock{mutex};
-    OutageBoard::ofProcess().lose(link.store(), outbox.size(), announced);
+    OutageBoard::ofProcess().lose(link.store(), this, outbox.size());
     outbox.clear();
     busy = false;
     announced = false;

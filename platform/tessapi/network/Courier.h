@@ -56,6 +56,8 @@ private:
     bool addIfBusy(const Values& values, const std::vector<Change>& changes) VELK_EXCLUDES(mutex);
     void startThread() VELK_REQUIRES(mutex);
     void run() VELK_EXCLUDES(mutex);
+    /// Whoever wants to know what this program keeps; nothing while it has not said that it keeps values.
+    void tellWhatWaits() VELK_EXCLUDES(mutex);
     /// Whether there is nothing to wait for any more.
     bool deliver() VELK_EXCLUDES(sending, mutex);
     /// Whether the program ends and has no time for more.

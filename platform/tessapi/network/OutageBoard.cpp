@@ -1,6 +1,11 @@
 #include "platform/tessapi/network/OutageBoard.h"
 
-#include <iostream>
+#include "platform/common/WallTime.h"
+#include "platform/tessapi/engine/StoreUrl.h"
+#include "platform/tessapi/engine/Warning.h"
+
+#include <algorithm>
+#include <utility>
 
 namespace tessapi {
 
@@ -8,77 +13,109 @@ namespace {
 
 using velk::common::MutexLock;
 
-void say(const std::string& store, const std::string& text) {
-    // One write for the whole line, which other threads may not split.
-    std::cerr << "WARNING - store " + store + ": " + text + "\n" << std::flush;
-}
-
 } // namespace
 
 OutageBoard& OutageBoard::ofProcess() {
     // Never destroyed: a store may be left by what is.
-    static auto& board = *new OutageBoard; // NOLINT(cppcoreguidelines-owning-memory)
+    static auto& board =
+        *new OutageBoard{StoreUrl::runtimeFolder()}; // NOLINT(cppcoreguidelines-owning-memory)
     return board;
 }
 
-void OutageBoard::open(const std::string& store) {
+OutageBoard::OutageBoard(std::string noteFolder, LossBoard& lossBoard, velk::common::Clock& pauseClock) :
+    folder{std::move(noteFolder)}, losses{lossBoard}, clock{pauseClock} {}
+
+void OutageBoard::begin(const std::string& store, Part part, const std::string& why) {
     MutexLock lock{mutex};
-    outages[store].isStoreLost = false;
+    auto& outage = outages[store];
+    if (outage.parts.empty()) {
+        outage.sinceMs = velk::common::wallMs();
+        warn(store, "cannot be reached: " + why + "; values are kept until it is back");
+    }
+    outage.parts[part] = {};
 }
 
-void OutageBoard::begin(const std::string& store, const std::string& why) {
+void OutageBoard::keep(const std::string& store, Part part, const Kept& kept) {
     MutexLock lock{mutex};
-    if (outages[store].parts++ == 0) {
-        say(store, "cannot be reached: " + why + "; values are kept until it is back");
+    auto& outage = outages[store];
+    const auto known = outage.parts.find(part);
+    if (known == outage.parts.end()) {
+        return;
     }
+    known->second = kept;
+    if (!outage.note || clock.now() - outage.notedAt >= NOTE_PAUSE) {
+        note(store, outage);
+    }
+}
+
+void OutageBoard::note(const std::string& store, Outage& outage) {
+    if (!outage.note) {
+        outage.note = std::make_unique<OutageNote>(folder);
+    }
+    outage.notedAt = clock.now();
+    StoreOutage told;
+    told.store = store;
+    told.sinceMs = outage.sinceMs;
+    told.saidMs = velk::common::wallMs();
+    told.givenUp = outage.givenUp;
+    for (const auto& [part, kept] : outage.parts) {
+        told.values += kept.values;
+        told.channels += kept.channels;
+        told.most = std::max<std::uint64_t>(told.most, kept.most);
+    }
+    outage.note->write(told);
 }
 
 void OutageBoard::giveUp(const std::string& store, std::size_t writes) {
     MutexLock lock{mutex};
     auto& outage = outages[store];
     if (outage.givenUp == 0) {
-        say(store, "too many writes are kept; from now on the oldest are given up");
+        warn(store, "too many writes are kept; from now on the oldest are given up");
     }
     outage.givenUp += writes;
 }
 
-void OutageBoard::end(const std::string& store, std::size_t written) {
+void OutageBoard::end(const std::string& store, Part part, std::size_t written) {
     MutexLock lock{mutex};
     auto& outage = outages[store];
     outage.written += written;
-    finish(store, outage);
+    finish(store, part, outage);
 }
 
-void OutageBoard::leave(const std::string& store, std::size_t lost) {
+void OutageBoard::leave(const std::string& store, Part part, std::size_t lost) {
     MutexLock lock{mutex};
     auto& outage = outages[store];
     outage.lost += lost;
-    finish(store, outage);
+    finish(store, part, outage);
 }
 
-void OutageBoard::lose(const std::string& store, std::size_t kept, bool isMissing) {
-    MutexLock lock{mutex};
-    auto& outage = outages[store];
-    if (!outage.isStoreLost || kept != 0) {
-        say(store, "the server has lost the store or has another one of its name" +
-                       (kept == 0 ? "" : "; " + std::to_string(kept) + " values kept are lost") +
-                       "; it has to be opened anew");
+void OutageBoard::lose(const std::string& store, Part part, std::size_t kept) {
+    {
+        MutexLock lock{mutex};
+        auto& outage = outages[store];
+        outage.parts.erase(part);
+        outage.written = 0;
+        outage.givenUp = 0;
+        outage.lost = 0;
+        if (outage.parts.empty()) {
+            outage.note.reset();
+        }
     }
-    const auto parts = isMissing ? outage.parts - 1 : outage.parts;
-    outage = {};
-    outage.parts = parts;
-    outage.isStoreLost = true;
+    losses.lose(store, StoreFault::lost, kept);
 }
 
-void OutageBoard::finish(const std::string& store, Outage& outage) {
-    if (--outage.parts != 0) {
+void OutageBoard::finish(const std::string& store, Part part, Outage& outage) {
+    outage.parts.erase(part);
+    if (!outage.parts.empty()) {
         return;
     }
     if (outage.lost != 0) {
-        say(store, "this program ends, and " + std::to_string(outage.lost) + " values that it kept are lost");
+        warn(store,
+             "this program ends, and " + std::to_string(outage.lost) + " values that it kept are lost");
     } else {
-        say(store, "is back; " + std::to_string(outage.written) + " values kept meanwhile were written" +
-                       (outage.givenUp == 0 ? "" : ", " + std::to_string(outage.givenUp) + " were given up"));
+        warn(store,
+             "is back; " + std::to_string(outage.written) + " values kept meanwhile were written" +
+                 (outage.givenUp == 0 ? "" : ", " + std::to_string(outage.givenUp) + " were given up"));
     }
     outage = {};
 }

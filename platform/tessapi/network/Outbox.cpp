@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <unordered_set>
 #include <utility>
 
 namespace tessapi {
@@ -56,6 +57,19 @@ void Outbox::addSent(Batch batch) {
 std::size_t Outbox::size() const {
     return std::accumulate(sent.begin(), sent.end(), entries.size(),
                            [](std::size_t sum, const Batch& batch) { return sum + batch.changes.size(); });
+}
+
+std::size_t Outbox::channels() const {
+    std::unordered_set<std::uint64_t> known;
+    for (const auto& batch : sent) {
+        for (const auto& change : batch.changes) {
+            known.insert(change.object);
+        }
+    }
+    for (const auto& entry : entries) {
+        known.insert(entry.change.object);
+    }
+    return known.size();
 }
 
 Outbox::Batch& Outbox::next(std::uint64_t number) {

@@ -41,6 +41,8 @@ public:
     bool isEmpty() const { return sent.empty() && entries.empty(); }
     /// Writes in it.
     std::size_t size() const;
+    /// Of so many channels.
+    std::size_t channels() const;
 
     /// The next batch; it stays here until `drop` or `dropChannel`. `number` is for one that was not sent
     /// yet. Not for an empty box.

@@ -7,7 +7,6 @@
 #include "platform/tessapi/network/BadData.h"
 #include "platform/tessapi/network/CatalogueMark.h"
 #include "platform/tessapi/network/LinkError.h"
-#include "platform/tessapi/network/OutageBoard.h"
 #include "platform/tessapi/network/ServerRefusal.h"
 #include "platform/tessapi/network/SiteCodec.h"
 #include "platform/tessapi/network/SiteImage.h"
@@ -54,7 +53,6 @@ RedisEngine::RedisEngine(const NetworkUrl& url, const Options& options) :
 std::shared_ptr<Engine> RedisEngine::open(const NetworkUrl& url, bool create, const Options& options) {
     std::shared_ptr<RedisEngine> engine{new RedisEngine{url, options}};
     engine->connect(create);
-    OutageBoard::ofProcess().open(url.text());
     return engine;
 }
 

@@ -40,6 +40,18 @@ TEST(OutboxTest, OfAMeasuredValueTheNewestIsKept) {
     EXPECT_EQ(emptied(outbox), (Values{3, 30}));
 }
 
+TEST(OutboxTest, ChannelsAreCountedOnceWhetherTheirWritesWereSentOrNot) {
+    Outbox outbox;
+    EXPECT_EQ(outbox.channels(), 0U);
+    outbox.addSent({1, false, {write(1, 1), write(2, 1)}});
+    for (std::int32_t i = 1; i <= 3; ++i) {
+        outbox.add(write(2, i), true);
+        outbox.add(write(3, i), false);
+    }
+    EXPECT_EQ(outbox.size(), 6U);
+    EXPECT_EQ(outbox.channels(), 3U);
+}
+
 TEST(OutboxTest, EveryWriteOfAnOrderedChannelIsKeptInOrder) {
     Outbox outbox;
     outbox.add(write(1, 1), true);
