@@ -1,13 +1,12 @@
+#include "testing/FullDisk.h"
 #include "tests/platform/tessapi/SqliteStoreTest.h"
 #include "tests/platform/tessapi/WriterProcess.h"
 
 #include <boost/system/system_error.hpp>
 
-#include <csignal>
 #include <optional>
 #include <sqlite3.h>
 #include <stdexcept>
-#include <sys/resource.h>
 
 namespace tessapi::contract {
 namespace {
@@ -136,34 +135,13 @@ TEST(StoreUrlTest, AUrlThatIsNoneIsAnInvalidArgument) {
     }
 }
 
-/// Limits the size of the files that this process writes while it lives: the disk is full.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) {
-        before = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &limit);
-        const rlimit small{bytes, limit.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &limit);
-        std::signal(SIGXFSZ, before);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit limit{};
-    void (*before)(int){nullptr};
-};
-
 TEST_F(SqliteStoreFailureTest, AFullDiskIsAFailureThatNamesTheStoreAndLosesNothing) {
     const auto client = open();
     const std::uint64_t device = client->device("device");
     std::optional<std::string> message;
     int written = 0;
     {
-        const FullDisk full{std::filesystem::file_size(file()) + 64 * 1024};
+        const velk::testing::FullDisk full{std::filesystem::file_size(file()) + 64 * 1024};
         for (; !message && written < 10000; ++written) {
             try {
                 client->channels().setDeviceAttribute(device, DeviceAttribute::model,

@@ -128,6 +128,23 @@ TEST_F(BadDiskTest, AnIoErrorAtAnyCallOfTheDiskRefusesOneCallAndLosesNothing) {
     tryAll("one I/O error", Failure::error, false);
 }
 
+TEST_F(BadDiskTest, AProgramThatEndsWhileTheDiskFailsSaysWhereTheRestIs) {
+    auto& disk = FaultDisk::instance(); // from here on it is below each file that is opened
+    Engine::Options options;
+    options.restBeforeSync = std::chrono::hours{1};
+    auto store = Engine::open(StoreUrl{urlOf(made.path())}, true, options);
+    store->setAttribute(1, 5, "text");
+    ::testing::internal::CaptureStderr();
+    disk.failAt(1, Failure::error, true);
+    store.reset();
+    const auto said = ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(said.rfind("WARNING - store " + urlOf(made.path()) + ": ", 0), 0U) << said;
+    const auto rest = "; not tried again, as this program ends: what was changed last is in " +
+                      (made / "tess.db-wal").string() + ", but a power cut may cost it; see to the disk\n";
+    EXPECT_EQ(said.find(rest), said.size() - rest.size()) << said;
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+}
+
 TEST_F(BadDiskTest, ADiskThatFailsForAWhileIsUsedAgainWhenItWorks) {
     tryAll("I/O errors for a while", Failure::error, true);
 }

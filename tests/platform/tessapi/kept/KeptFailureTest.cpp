@@ -1,9 +1,7 @@
+#include "testing/FullDisk.h"
 #include "testing/StoreLoad.h"
 #include "tests/platform/tessapi/WriterProcess.h"
 #include "tests/platform/tessapi/kept/KeptTest.h"
-
-#include <csignal>
-#include <sys/resource.h>
 
 namespace tessapi::kept {
 namespace {
@@ -71,25 +69,28 @@ TEST_F(KeptFailureTest, AStoreWhoseDiskIsAwayGoesOnAndIsCopiedWhenItIsBack) {
     EXPECT_EQ(openAfterPowerCut()->valueOf(setting), CValue{std::int32_t{2}});
 }
 
-/// Limits the size of the files that this process writes while it lives: the disk is full.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) : before{std::signal(SIGXFSZ, SIG_IGN)} {
-        getrlimit(RLIMIT_FSIZE, &limit);
-        const rlimit small{bytes, limit.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &limit);
-        std::signal(SIGXFSZ, before);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
+TEST_F(KeptFailureTest, AProgramThatEndsWhileTheDiskIsAwaySaysWhereTheRestIsAndTheNextOneCopiesIt) {
+    auto store = open();
+    const auto setting = store->emplaceChannel(1, names::SETTING);
+    passMoment();
+    std::filesystem::rename(disk(), folder / "away");
+    ::testing::internal::CaptureStderr();
+    store->setValue(setting, CValue{std::int32_t{1}});
+    store.reset();
+    const auto said = ::testing::internal::GetCapturedStderr();
+    const auto told = said.find("; not tried again, as this program ends: what is not in " + path() +
+                                " yet is in " + workingFile() +
+                                ", and a restart of the machine costs it; see to the disk, and run \"tess "
+                                "status\": each program that opens the store copies it\n");
+    EXPECT_NE(told, std::string::npos) << said;
+    EXPECT_EQ(countOf(said.substr(0, told + 1), "WARNING - store " + url()), 1U) << said;
+    EXPECT_EQ(countOf(said, "not tried again"), 1U) << said;
 
-private:
-    rlimit limit{};
-    void (*before)(int);
-};
+    std::filesystem::rename(folder / "away", disk());
+    open().reset();
+    boot();
+    EXPECT_EQ(open()->valueOf(setting), CValue{std::int32_t{1}});
+}
 
 TEST_F(KeptFailureTest, AStoreWhoseDiskIsFullGoesOnAndIsCopiedWhenThereIsSpaceAgain) {
     options.framesToCopy = 1; // so that what is in memory stays smaller than what is on the disk
@@ -103,7 +104,7 @@ TEST_F(KeptFailureTest, AStoreWhoseDiskIsFullGoesOnAndIsCopiedWhenThereIsSpaceAg
     const auto full = std::filesystem::file_size(path() + "-wal");
     ASSERT_GT(full, 2 * std::filesystem::file_size(workingFile()));
     expectOneWarning([&] {
-        const FullDisk disk{full};
+        const velk::testing::FullDisk disk{full};
         store->setValue(setting, CValue{++value});
         passMoment();
         store->setValue(setting, CValue{++value});
