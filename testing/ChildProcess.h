@@ -1,5 +1,7 @@
 #pragma once
 
+#include "testing/EndWithStarter.h"
+
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -19,14 +21,14 @@
 namespace velk::testing {
 
 /// A program that a test starts, with pipes on its three standard streams. It is killed when this object goes
-/// and it still runs.
+/// and it still runs, and by the machine when the thread that started it ends.
 ///
 /// Example:
 ///     ChildProcess program{{"/bin/tess", "status"}, {"TESS_URL=sqlite:/tmp/x/tess.db"}};
 ///     EXPECT_EQ(program.finish(), 0);
 ///     EXPECT_EQ(program.output(), "…");
 ///
-/// Threads: one.
+/// Threads: one, which has to live as long as the program shall.
 class ChildProcess {
 public:
     /// `environment` is added to the test's own, or replaces what is there.
@@ -39,8 +41,10 @@ public:
         std::vector<std::string> words = command;
         std::vector<char*> argv = pointers(words);
         std::vector<char*> envp = pointers(variables);
+        const pid_t starter = getpid();
         child = fork();
         if (child == 0) {
+            endWithStarter(starter);
             dup2(in[0], STDIN_FILENO);
             dup2(out[1], STDOUT_FILENO);
             dup2(err[1], STDERR_FILENO);

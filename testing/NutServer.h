@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -18,7 +17,7 @@
 namespace velk::testing {
 
 /// A private device server on loopback with its drivers, see testing/nut/upsd-fixture.sh; ended with this
-/// object.
+/// object, or with this process if that is killed.
 ///
 /// Example:
 ///     NutServer server{{"u1=" + NutServer::demoFile("ups-1ph.dev")}};
@@ -31,6 +30,7 @@ public:
     /// `environment` goes before the script, such as "MAXAGE=5".
     explicit NutServer(const std::vector<std::string>& devices, const std::string& environment = "") {
         try {
+            guard = guarded();
             portNumber = std::stoi(start(devices, environment));
         } catch (...) {
             stop();
@@ -89,6 +89,24 @@ public:
     }
 
 private:
+    using Pipe = std::unique_ptr<FILE, int (*)(FILE*)>;
+
+    static Pipe open(const std::string& line, const char* mode) {
+        Pipe pipe{popen(line.c_str(), mode), [](FILE* file) { return pclose(file); }};
+        if (!pipe) {
+            throw std::runtime_error{"cannot run " + line};
+        }
+        return pipe;
+    }
+
+    /// Ends everything when nobody has the other end of the pipe any more. The server and its drivers leave
+    /// the process that starts them, so the machine cannot do that.
+    Pipe guarded() const {
+        // What a shell starts in the background has another standard input.
+        return open("exec 3<&0; setsid sh -c 'cat <&3; exec " + command("stop", "") + "' >/dev/null 2>&1 &",
+                    "we");
+    }
+
     std::string start(const std::vector<std::string>& devices, const std::string& environment) {
         std::string arguments = "auto";
         for (const std::string& device : devices) {
@@ -109,11 +127,7 @@ private:
     std::string run(const std::string& verb, const std::string& arguments,
                     const std::string& environment = "") {
         const std::string line = "env " + environment + " " + command(verb, arguments) + " 2>&1";
-        const std::unique_ptr<FILE, int (*)(FILE*)> pipe{popen(line.c_str(), "r"),
-                                                         [](FILE* file) { return pclose(file); }};
-        if (!pipe) {
-            throw std::runtime_error{"cannot run " + line};
-        }
+        const Pipe pipe = open(line, "r");
         std::string output;
         std::array<char, 4096> chunk{};
         while (const std::size_t length = std::fread(chunk.data(), 1, chunk.size(), pipe.get())) {
@@ -129,6 +143,7 @@ private:
     TemporaryDirectory folder;
     // Short, since a socket's whole name has to fit into 108 bytes.
     std::filesystem::path directory{folder.path()};
+    Pipe guard{nullptr, nullptr}; // goes first
     int portNumber{0};
 };
 

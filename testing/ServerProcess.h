@@ -1,11 +1,12 @@
 #pragma once
 
+#include "testing/EndWithStarter.h"
+
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <string>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -67,10 +68,7 @@ public:
 
 private:
     [[noreturn]] static void become(char* const* words, const char* log, pid_t parent) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent) {
-            _exit(126);
-        }
+        endWithStarter(parent);
         const int output = open(log, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
         const int input = open("/dev/null", O_RDONLY | O_CLOEXEC);
         dup2(input, STDIN_FILENO);

@@ -1,14 +1,13 @@
 #include "tests/platform/tessapi/WriterProcess.h"
 
+#include "testing/EndWithStarter.h"
+
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
-
-extern char** environ;
 
 namespace tessapi::contract {
 
@@ -26,15 +25,17 @@ WriterProcess::WriterProcess(const std::vector<std::string>& arguments) {
         throw std::system_error{errno, std::generic_category(), "pipe"};
     }
     output.reset(fdopen(ends[0], "r"));
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    const int failure = posix_spawn(&pid, pointers[0], &actions, nullptr, pointers.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
+    const pid_t starter = getpid();
+    pid = fork();
+    if (pid == 0) {
+        velk::testing::endWithStarter(starter);
+        dup2(ends[1], STDOUT_FILENO);
+        execv(pointers[0], pointers.data());
+        _exit(127);
+    }
     close(ends[1]);
-    if (failure != 0) {
-        pid = -1;
-        throw std::system_error{failure, std::generic_category(), VELK_STORE_WRITER};
+    if (pid < 0) {
+        throw std::system_error{errno, std::generic_category(), VELK_STORE_WRITER};
     }
 }
 

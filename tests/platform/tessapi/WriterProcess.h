@@ -9,7 +9,8 @@
 
 namespace tessapi::contract {
 
-/// A program of its own that writes into the store: StoreWriter.cpp. Killed and reaped by the destructor.
+/// A program of its own that writes into the store: StoreWriter.cpp. Killed and reaped by the destructor,
+/// and killed by the machine when the thread that started it ends.
 class WriterProcess {
 public:
     /// Starts the writer with these arguments; throws std::system_error when it cannot.
