@@ -87,7 +87,8 @@ TEST(DoctorStoreTest, TheEngineIsToldWithItsSizes) {
     tessapi::StoreHealth health;
     health.engine = "sqlite";
     health.file = tessapi::StoreHealth::File{"/run/velk/tess.db", 2048, 1536, 1024, 2, 0};
-    health.copy.emplace().path = "/var/lib/velk/tess.db";
+    health.copy = tessapi::StoreHealth::Copy{};
+    health.copy->path = "/var/lib/velk/tess.db";
     EXPECT_EQ(diagnoseEngine(health).detail,
               "sqlite, /run/velk/tess.db of 2.0 KiB, write-ahead log of 1.5 KiB, "
               "copied to /var/lib/velk/tess.db");
@@ -294,7 +295,8 @@ tessapi::StoreHealth copied(std::uint64_t written) {
     tessapi::StoreHealth health;
     health.engine = "sqlite";
     health.file = tessapi::StoreHealth::File{"/run/velk/tess.db", 1024, 0, 1024, 1, 0};
-    health.copy.emplace().path = "/var/lib/velk/tess.db";
+    health.copy = tessapi::StoreHealth::Copy{};
+    health.copy->path = "/var/lib/velk/tess.db";
     health.copy->bytesWritten = written;
     health.copy->lastMs = NOW_MS - 1000;
     return health;

@@ -9,7 +9,6 @@ namespace {
 using qz::CValue;
 
 const std::string SOURCE{"PowerDistribution.Status.Source"};
-constexpr std::uint64_t ROOT = ITessAccessor::ROOT_DEVICE;
 
 /// Several processes on one store.
 class SqliteStoreProcessTest : public SqliteStoreTest {
