@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::uint32_t CONNECTED = 2;
 constexpr std::uint32_t LOST = 3;
+constexpr std::int64_t UNKNOWN_END = std::numeric_limits<std::int64_t>::max();
 
 std::string stateText(const tessapi::ChannelRecord& channel) {
     if (!channel.value.isValid()) {
@@ -35,8 +36,7 @@ std::optional<std::int64_t> endOfDaemon(const tessapi::StoreSnapshot& store) {
         if (mark.empty()) {
             return channel.changedMs;
         }
-        return Communication::mayRun(mark, store) ? std::nullopt
-                                                  : std::optional{std::numeric_limits<std::int64_t>::max()};
+        return Communication::mayRun(mark, store) ? std::nullopt : std::optional{UNKNOWN_END};
     }
     return std::nullopt;
 }
@@ -49,8 +49,8 @@ bool Communication::mayRun(const std::string& mark, const tessapi::StoreSnapshot
                                                              : ProcessMark::Origin::thisMachine);
 }
 
-Communication::Communication(const StoreView& picture) :
-    view{picture}, endedMs{endOfDaemon(picture.snapshot())} {}
+Communication::Communication(const StoreView& picture, Daemon daemon) :
+    view{picture}, endedMs{endOfDaemon(picture.snapshot())}, silent{daemon == Daemon::silent && !endedMs} {}
 
 std::optional<Connection> Communication::stated(std::uint64_t deviceId) const {
     const Point* state = view.pointOf(deviceId, "CommunicationStatus.State");
@@ -84,18 +84,19 @@ Connection Communication::ofBranch(std::uint64_t deviceId) const {
     }
     // Nothing stated on the whole way: nobody has heard of the device.
     Connection connection = nearestGood.value_or(Connection{});
-    if (connection.good && endedMs) {
+    if (connection.good && !isWatched()) {
         connection.good = false;
         // What was written before, the daemon has taken to the device.
-        connection.toldMs = *endedMs;
-        connection.state = "not watched: the daemon is not running; connected";
+        connection.toldMs = endedMs.value_or(UNKNOWN_END);
+        connection.state = std::string{"not watched: the daemon "} +
+                           (silent ? "does not answer" : "is not running") + "; connected";
     }
     return connection;
 }
 
 Connection Communication::of(const Point& point) const {
     const StoreView::Branch* branch = view.branch(point.deviceId);
-    const bool ofDaemon = point.name.starts_with("CommunicationStatus.") && !endedMs;
+    const bool ofDaemon = point.name.starts_with("CommunicationStatus.") && isWatched();
     if (branch == nullptr || !branch->equipment || ofDaemon) {
         return Connection{true, "connected", 0, 0};
     }

@@ -34,8 +34,14 @@ public:
     /// machine can use, the mark of another machine came with a copy.
     static bool mayRun(const std::string& mark, const tessapi::StoreSnapshot& store);
 
+    /// What is known of the daemon besides what the store says.
+    enum class Daemon {
+        asTheStoreSays,
+        silent, ///< it was asked, and does not answer: nobody would notice a loss
+    };
+
     /// `view` must outlive this object.
-    explicit Communication(const StoreView& view);
+    explicit Communication(const StoreView& view, Daemon daemon = Daemon::asTheStoreSays);
 
     /// With the device itself.
     Connection device() const { return ofBranch(StoreView::POWER_DISTRIBUTION); }
@@ -52,16 +58,21 @@ public:
     /// the same, and wait for one.
     bool isDaemonAtRest() const { return endedMs && !isDaemonGone(); }
 
+    /// True when the daemon was asked and does not answer.
+    bool isDaemonSilent() const { return silent; }
+
     /// True when the daemon has ended without a word.
     bool isDaemonGone() const { return endedMs == std::numeric_limits<std::int64_t>::max(); }
 
 private:
+    bool isWatched() const { return !endedMs && !silent; }
     Connection ofBranch(std::uint64_t deviceId) const;
     std::optional<Connection> stated(std::uint64_t deviceId) const;
 
     const StoreView& view;
     /// When the daemon ended; the end of all times when nobody knows; empty while it may be at work.
     const std::optional<std::int64_t> endedMs;
+    const bool silent; ///< and not ended
 };
 
 } // namespace velk::cli

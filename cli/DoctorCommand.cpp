@@ -10,11 +10,11 @@
 #include "cli/doctor/DaemonDiagnosis.h"
 #include "cli/doctor/FileDiagnosis.h"
 #include "cli/doctor/MachineDiagnosis.h"
+#include "cli/doctor/OutageDiagnosis.h"
 #include "cli/doctor/StoreDiagnosis.h"
 #include "platform/tessapi/StoreAdvice.h"
+#include "platform/tessapi/StoreOutages.h"
 #include "platform/tessapi/catalogue/Catalogue.h"
-
-#include <boost/system/system_error.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -92,15 +92,8 @@ private:
         Session session{
             store, surroundings.in, surroundings.out, surroundings.err,  velk::common::Clock::system(),
             true,  false,           Style{false},     surroundings.nowMs};
-        try {
-            const Inquiry::Result result =
-                daemon.kind == DaemonState::Kind::Running
-                    ? Inquiry::ask(session, Communication{*view}, ".", LONGEST_SILENCE)
-                    : Inquiry::Result{std::nullopt, "", false};
-            return result.answer || !result.asked;
-        } catch (const boost::system::system_error&) {
-            return true; // this user may only read
-        }
+        return daemon.kind != DaemonState::Kind::Running ||
+               !Inquiry::isDaemonSilent(session, Communication{*view}, LONGEST_SILENCE);
     }
 
     void lookAtUsers() {
@@ -200,8 +193,9 @@ private:
         if (health) {
             add(diagnoseWear(*health, secondsSinceMade(workingFile(), nowMs)));
             add(diagnoseQueues(*health, nowMs));
-        } else if (isOnServer()) {
-            add(diagnoseQueueOfServer());
+        }
+        if (isOnServer()) {
+            add(diagnoseOutages(tessapi::storeOutages(), health.has_value(), nowMs, nameOfProgram));
         }
     }
 

@@ -5,6 +5,8 @@
 #include "platform/common/Mutex.h"
 #include "platform/tessapi/InBandAccessor.h"
 
+#include <boost/system/system_error.hpp>
+
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -72,6 +74,17 @@ std::optional<Json> waitForAnswer(AnswerBox& box, velk::common::Clock& clock,
 Inquiry::Result Inquiry::ask(Session& session, const Communication& communication, const std::string& path,
                              velk::common::Clock::Duration timeout) {
     return ask(session, communication, {REQUEST, ANSWER}, Json{{"path", path}}, timeout);
+}
+
+bool Inquiry::isDaemonSilent(Session& session, const Communication& communication,
+                             velk::common::Clock::Duration timeout) {
+    try {
+        // Of no point: the device is not asked, so that it does not matter how slow that is.
+        const Result result = ask(session, communication, ".", timeout);
+        return result.asked && !result.answer;
+    } catch (const boost::system::system_error&) {
+        return false; // this user may only read
+    }
 }
 
 Inquiry::Result Inquiry::ask(Session& session, const Communication& communication, const Subject& subject,

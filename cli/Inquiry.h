@@ -30,6 +30,9 @@ struct Inquiry {
         bool asked{true};                             ///< false: nobody is there to be asked
     };
 
+    /// A daemon at work answers within a few milliseconds; that is how long people who look wait for it.
+    static constexpr velk::common::Clock::Duration SIGN_OF_LIFE = std::chrono::milliseconds{500};
+
     /// How long a daemon is waited for that has said that it is at rest.
     static constexpr velk::common::Clock::Duration AT_REST = std::chrono::milliseconds{500};
 
@@ -38,6 +41,11 @@ struct Inquiry {
     /// "forMs".
     static Result ask(Session& session, const Communication& communication, const Subject& subject,
                       const nlohmann::ordered_json& question, velk::common::Clock::Duration timeout);
+
+    /// Whether the daemon was asked for a sign of life and has given none in so much time. False also when
+    /// nobody is there to be asked, or this user may not ask.
+    static bool isDaemonSilent(Session& session, const Communication& communication,
+                               velk::common::Clock::Duration timeout);
 
     /// What is behind the data point of this path.
     static Result ask(Session& session, const Communication& communication, const std::string& path,

@@ -2,12 +2,14 @@
 
 #include "cli/AlarmList.h"
 #include "cli/Communication.h"
+#include "cli/Inquiry.h"
 #include "cli/Json.h"
 #include "cli/PointReport.h"
 #include "cli/PowerPath.h"
 #include "cli/Table.h"
 #include "cli/TimeText.h"
 #include "cli/ValueText.h"
+#include "cli/doctor/DaemonDiagnosis.h"
 
 #include <algorithm>
 #include <array>
@@ -39,11 +41,13 @@ constexpr auto deviceRows = std::to_array<Row>({
     {"location", "Attribute.Location"},
 });
 
+constexpr const char* SERVICE_STATE = "PowerEquipment.Status.OperatingStatus";
+
 constexpr auto stateRows = std::to_array<Row>({
     {"mode", "Status.Mode"},
     {"health", "Status.HealthState"},
     {"operatingStatus", "Status.OperatingStatus"},
-    {"service", "PowerEquipment.Status.OperatingStatus"},
+    {"service", SERVICE_STATE},
 });
 
 Json deviceJson(const StoreView& view, const Communication& communication) {
@@ -59,6 +63,11 @@ Json deviceJson(const StoreView& view, const Communication& communication) {
     return device;
 }
 
+/// What a daemon that does not answer has said of itself.
+bool isOfSilentDaemon(const Point& point, const Communication& communication) {
+    return communication.isDaemonSilent() && point.path == SERVICE_STATE;
+}
+
 Json stateJson(const Point* point, const Communication& communication) {
     if (point == nullptr || point->channel == nullptr) {
         return nullptr;
@@ -66,7 +75,7 @@ Json stateJson(const Point* point, const Communication& communication) {
     const std::optional<std::string> label = labelOf(point->channel->value, *point->channel);
     return {{"value", jsonOf(point->channel->value)},
             {"text", label ? Json(*label) : Json(nullptr)},
-            {"fresh", communication.isFresh(*point)}};
+            {"fresh", communication.isFresh(*point) && !isOfSilentDaemon(*point, communication)}};
 }
 
 Json communicationJson(const Connection& connection) {
@@ -130,7 +139,19 @@ void printDevice(const Session& session, const StoreView& view, const Communicat
     row("Name", {{"", "Attribute.FriendlyName"}, {"", "Attribute.Location"}});
     row("Serial", {{"", "Attribute.SerialNumber"}, {"firmware ", "Attribute.FirmwareVersion"}});
     row("State", {{"", "Status.Mode"}, {"health ", "Status.HealthState"}, {"", "Status.OperatingStatus"}});
-    row("Service", {{"", "PowerEquipment.Status.OperatingStatus"}});
+    if (communication.isDaemonSilent()) {
+        const std::string process = std::to_string(stateOfDaemon(view).process);
+        printRow(session, "Service", session.style.bad("does not answer") + " (process " + process + ")");
+    } else {
+        row("Service", {{"", SERVICE_STATE}});
+    }
+}
+
+Communication communicationOf(Session& session, const StoreView& view) {
+    const bool isSilent = stateOfDaemon(view).kind == DaemonState::Kind::Running &&
+                          Inquiry::isDaemonSilent(session, Communication{view}, Inquiry::SIGN_OF_LIFE);
+    return Communication{view,
+                         isSilent ? Communication::Daemon::silent : Communication::Daemon::asTheStoreSays};
 }
 
 std::string communicationText(const Session& session, const Connection& connection) {
@@ -208,7 +229,7 @@ void printText(const Session& session, const StoreView& view, const Communicatio
 
 ExitCode runStatus(Session& session) {
     const StoreView view{session.store.browser().snapshot()};
-    const Communication communication{view};
+    const Communication communication = communicationOf(session, view);
     if (session.json) {
         printJson(session, view, communication);
     } else {

@@ -188,19 +188,10 @@ Diagnoses diagnoseQueues(const tessapi::StoreHealth& health, std::int64_t nowMs)
             "the write-ahead log of " + sizeText(static_cast<double>(health.file->logBytes)) +
                 " is not taken into the file: some program holds an old state of the store",
             "see who uses the store, and end the one that hangs"));
-    } else if (health.engine == "redis") {
-        found.push_back(diagnoseQueueOfServer());
-    } else if (found.empty()) {
+    } else if (found.empty() && health.engine != "redis") {
         found.push_back(Diagnosis::ok("queue", "nothing waits"));
     }
     return found;
-}
-
-Diagnosis diagnoseQueueOfServer() {
-    return Diagnosis::note(
-        "queue", "what the daemon keeps while it does not reach the server cannot be seen from here",
-        "its journal says since when it keeps values, and how many of them were written "
-        "afterwards: journalctl -u powerdistributiond");
 }
 
 } // namespace velk::cli

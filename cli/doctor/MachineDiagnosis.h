@@ -46,11 +46,8 @@ Diagnosis diagnoseDisk(const DiskFacts& disk);
 /// for `countedSeconds`.
 Diagnosis diagnoseWear(const tessapi::StoreHealth& health, double countedSeconds);
 
-/// Whether what has to go somewhere gets there: the copy to the disk, the write-ahead log into the file.
+/// Whether what has to go somewhere gets there: the copy to the disk, the write-ahead log into the file. Of a
+/// store on a server `diagnoseOutages` tells.
 Diagnoses diagnoseQueues(const tessapi::StoreHealth& health, std::int64_t nowMs);
-
-/// The daemon keeps writes in its own memory while the server is away, and can be asked by way of the server
-/// alone: says where else it tells.
-Diagnosis diagnoseQueueOfServer();
 
 } // namespace velk::cli

@@ -77,6 +77,10 @@ StorePlace placeOfStore(const std::string& named) {
     return {url, reasonOf(named), fileOf(url)};
 }
 
+std::string nameOfProgram(int process) {
+    return nameOf(fs::path{"/proc"} / std::to_string(process));
+}
+
 std::vector<StoreUser> usersOfStore(const std::string& file) {
     std::vector<StoreUser> users;
     std::error_code error;

@@ -26,6 +26,9 @@ struct StoreUser {
     std::string program;
 };
 
+/// The name of a program by its process; empty when there is none.
+std::string nameOfProgram(int process);
+
 /// Those that this user may see, by their numbers; `file` is the one that programs work on.
 std::vector<StoreUser> usersOfStore(const std::string& file);
 

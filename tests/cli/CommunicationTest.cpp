@@ -48,6 +48,40 @@ TEST(CommunicationTest, TheTimeOfTheLossIsWhatTheDeviceSays) {
     EXPECT_EQ(Communication{with}.device().sinceMs, 1'699'990'000'000);
 }
 
+TEST(CommunicationTest, WhileTheDaemonIsSilentEveryValueIsOnlyTheLastKnown) {
+    SnapshotBuilder builder = withBank();
+    builder.communication(1001, 2U);
+    const StoreView view{builder.build()};
+    const Communication communication{view, Communication::Daemon::silent};
+    EXPECT_TRUE(communication.isDaemonSilent());
+    EXPECT_FALSE(communication.isDaemonGone());
+    EXPECT_FALSE(communication.isDaemonAtRest());
+    EXPECT_FALSE(communication.device().good);
+    EXPECT_EQ(communication.device().state, "not watched: the daemon does not answer; connected");
+    EXPECT_EQ(communication.device().sinceMs, SnapshotBuilder::CONNECTED_MS);
+    EXPECT_FALSE(communication.isFresh(view.require("Status.Mode")));
+    EXPECT_FALSE(communication.isFresh(view.require("BackupSystem.PowerBank.Measure.Voltage")));
+    EXPECT_FALSE(communication.isFresh(view.require("CommunicationStatus.State")))
+        << "nobody would notice a loss";
+}
+
+TEST(CommunicationTest, LossThatASilentDaemonHasStillNoticedIsTold) {
+    SnapshotBuilder builder = withBank();
+    builder.change(20, "CommunicationStatus.State", qz::CValue{3U});
+    const StoreView view{builder.build()};
+    EXPECT_EQ((Communication{view, Communication::Daemon::silent}.device().state), "lost");
+}
+
+TEST(CommunicationTest, DaemonThatHasEndedIsNotSilent) {
+    SnapshotBuilder builder = withBank();
+    builder.daemonProcess(1002, "");
+    const StoreView view{builder.build()};
+    const Communication communication{view, Communication::Daemon::silent};
+    EXPECT_FALSE(communication.isDaemonSilent());
+    EXPECT_TRUE(communication.isDaemonAtRest());
+    EXPECT_EQ(communication.device().state, "not watched: the daemon is not running; connected");
+}
+
 TEST(CommunicationTest, APartWithItsOwnStateCanBeLostAlone) {
     SnapshotBuilder builder = withBank();
     builder.communication(1001, 3U);

@@ -1,10 +1,18 @@
+#include "cli/Communication.h"
+#include "cli/Inquiry.h"
 #include "cli/StatusCommand.h"
+#include "daemon/ExplainDesk.h"
+#include "platform/common/ProcessMark.h"
+#include "testing/FakeClock.h"
 #include "tests/cli/SampleDevices.h"
 #include "tests/cli/TestSession.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <nlohmann/json.hpp>
+#include <sstream>
+#include <unistd.h>
 
 namespace velk::cli {
 namespace {
@@ -34,6 +42,27 @@ protected:
             found += inside ? line + "\n" : "";
         }
         return found;
+    }
+
+    /// A daemon says that it is at work, and hears questions about points.
+    void beAtWork() {
+        const std::uint64_t own = device.store->emplaceDevice(JournalEntry::deviceUuid(), 1, 0);
+        tessapi::InBandAccessor& inband = device.store->inbandAccessor();
+        inband.setChannelCValue(inband.emplaceChannel(own, Communication::DAEMON_PROCESS, false),
+                                qz::CValue{velk::common::ProcessMark::ofThisProcess()});
+        for (const char* channel : {Inquiry::REQUEST, Inquiry::ANSWER}) {
+            inband.emplaceChannel(own, channel, false);
+        }
+    }
+
+    /// As `screen`, of a daemon that is silent for as long as it is waited for.
+    std::string screenOfSilence(bool json = false) {
+        velk::testing::FakeClock clock;
+        test::TestSession test{*device.store, clock};
+        test.session.json = json;
+        EXPECT_EQ(runStatus(test.session), ExitCode::Done);
+        EXPECT_EQ(clock.now(), std::chrono::milliseconds{500});
+        return test.takeOut();
     }
 
     MemoryDevice device;
@@ -125,6 +154,59 @@ Output         Output 1  230 V, 495 W, 34.7 % load (last known)
 Outlets        2 on, 1 off (2) (last known)
 Alarms         none (last known)
 )");
+}
+
+TEST_F(StatusScreenTest, OfADaemonThatDoesNotAnswerIsMarkedLineByLine) {
+    fillAts(device);
+    beAtWork();
+    EXPECT_EQ(screenOfSilence(), R"(Device         Transfer 16 (last known)
+State          on preferred source (last known)
+Service        does not answer (process )" +
+                                     std::to_string(getpid()) + R"()
+Communication  not watched: the daemon does not answer; connected since 2023-11-14 21:13:20 (60 min ago)
+Source         Feed 1  230 V, 50 Hz, in tolerance, in use, 18.3 kW (last known)
+               Feed 2  230 V, 50 Hz, in tolerance, not in use (last known)
+Selection      source 1 selected, the preferred one (last known)
+Converters     Transfer switch  in service, 900 W (last known)
+Output         Output 1  230 V, 900 W, 25.5 % load (last known)
+Alarms         none (last known)
+)");
+}
+
+TEST_F(StatusScreenTest, OfADaemonThatDoesNotAnswerNothingIsFreshForPrograms) {
+    fillAts(device);
+    beAtWork();
+    const Json document = Json::parse(screenOfSilence(true));
+    EXPECT_EQ(document["communication"]["connected"], false);
+    EXPECT_EQ(document["communication"]["state"], "not watched: the daemon does not answer; connected");
+    EXPECT_EQ(document["service"]["value"], 16);
+    EXPECT_EQ(document.dump().find("\"fresh\":true"), std::string::npos) << document.dump(1);
+}
+
+TEST_F(StatusScreenTest, OfADaemonThatAnswersIsAsTheStoreSays) {
+    fillAts(device);
+    beAtWork();
+    std::ostringstream errors;
+    velk::daemon::ExplainDesk desk{
+        [this] { return tessapi::TessAccessor::open("daemon", device.store->browser().url()); }, errors};
+    desk.open();
+    EXPECT_EQ(section("Service"), "Service        in service\n");
+    EXPECT_EQ(section("Communication"), "Communication  connected since 2023-11-14 21:13:20 (60 min ago)\n");
+    EXPECT_EQ(errors.str(), "");
+}
+
+TEST_F(StatusScreenTest, DaemonThatSaysItIsAtRestIsNotAsked) {
+    fillAts(device);
+    beAtWork();
+    device.store->inbandAccessor().setChannelCValue(
+        device.store->inbandAccessor().getCatchedChannelId(
+            device.store->deviceIdOf(JournalEntry::deviceUuid()), Communication::DAEMON_PROCESS),
+        qz::CValue{std::string{}});
+    velk::testing::FakeClock clock;
+    test::TestSession test{*device.store, clock};
+    EXPECT_EQ(runStatus(test.session), ExitCode::Done);
+    EXPECT_NE(test.takeOut().find("not watched: the daemon is not running"), std::string::npos);
+    EXPECT_EQ(clock.now(), velk::common::Clock::Duration::zero());
 }
 
 TEST_F(StatusScreenTest, OnBatteryTheBatteryTellsWhatItDoesAndWhatIsLeft) {

@@ -34,7 +34,9 @@ private:
 /// A command in this process: on `store`, which outlives it, at `SnapshotBuilder::NOW_MS`, in UTC.
 class TestSession {
 public:
-    explicit TestSession(tessapi::ITessAccessor& shown) : store{shown} {
+    explicit TestSession(tessapi::ITessAccessor& shown,
+                         velk::common::Clock& waitingClock = velk::common::Clock::system()) :
+        store{shown}, clock{waitingClock} {
         setenv("TZ", "UTC", 1);
         tzset();
     }
@@ -47,12 +49,13 @@ public:
     }
 
     tessapi::ITessAccessor& store;
+    velk::common::Clock& clock;
     std::istringstream in;
     std::ostringstream out;
     std::ostringstream err;
-    Session session{store, in, out, err, velk::common::Clock::system(), false, false, Style{false}, [] {
-                        return SnapshotBuilder::NOW_MS;
-                    }};
+    Session session{
+        store, in, out, err, clock, false, false, Style{false}, [] {
+                        return SnapshotBuilder::NOW_MS; }};
 };
 
 } // namespace velk::cli::test
