@@ -1,10 +1,14 @@
 #include "platform/common/AddressLookup.h"
 
+#include "platform/common/Mutex.h"
+
 #include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <netdb.h>
 #include <sys/socket.h>
+#include <utility>
+#include <vector>
 
 namespace velk::common {
 
@@ -40,6 +44,46 @@ struct AddressLookup::Request {
     gaicb lookup{};
 };
 
+/// What the resolver's threads still write into and nobody waits for. Threads: any.
+class AddressLookup::Abandoned {
+public:
+    using RequestPtr = std::unique_ptr<Request>;
+
+    static Abandoned& ofProcess() {
+        // Never destroyed: the resolver does not end with the program's objects.
+        static auto& all = *new Abandoned; // NOLINT(cppcoreguidelines-owning-memory)
+        return all;
+    }
+
+    void add(RequestPtr request) VELK_EXCLUDES(mutex) {
+        const MutexLock lock{mutex};
+        requests.push_back(std::move(request));
+    }
+
+    /// The one that asks the same and is not answered yet; null when there is none. The others that have been
+    /// answered by now go.
+    RequestPtr takeLike(const Request& wanted) VELK_EXCLUDES(mutex) {
+        const MutexLock lock{mutex};
+        requests.erase(
+            std::remove_if(requests.begin(), requests.end(),
+                           [](const auto& request) { return gai_error(&request->lookup) != EAI_INPROGRESS; }),
+            requests.end());
+        const auto like = std::find_if(requests.begin(), requests.end(), [&wanted](const auto& request) {
+            return request->host == wanted.host && request->port == wanted.port;
+        });
+        if (like == requests.end()) {
+            return nullptr;
+        }
+        auto taken = std::move(*like);
+        requests.erase(like);
+        return taken;
+    }
+
+private:
+    Mutex mutex;
+    std::vector<RequestPtr> requests VELK_GUARDED_BY(mutex);
+};
+
 namespace {
 
 timespec lookupTime(Clock::Duration timeout) {
@@ -55,21 +99,29 @@ AddressLookup::AddressLookup(const std::string& host, std::uint16_t port, Clock:
     if (request->isAddress()) {
         return;
     }
-    gaicb* lookups[] = {&request->lookup};
-    int result = getaddrinfo_a(GAI_NOWAIT, lookups, 1, nullptr);
-    if (result == 0) {
-        const timespec limit = lookupTime(timeout);
-        gai_suspend(lookups, 1, &limit);
-        result = gai_error(&request->lookup);
-    }
+    const int result = ask(timeout);
     if (result != 0) {
         reason = "the address of " + host + " was not found: " +
                  (result == EAI_INPROGRESS ? std::string{"no answer in time"} : gai_strerror(result));
     }
     if (result == EAI_INPROGRESS && gai_cancel(&request->lookup) == EAI_NOTCANCELED) {
-        // The resolver's thread goes on writing into the request, so it is left to it.
-        [[maybe_unused]] const Request* abandoned = request.release();
+        Abandoned::ofProcess().add(std::move(request));
     }
+}
+
+int AddressLookup::ask(Clock::Duration timeout) {
+    if (auto running = Abandoned::ofProcess().takeLike(*request)) {
+        request = std::move(running);
+    } else {
+        gaicb* lookups[] = {&request->lookup};
+        if (const int failure = getaddrinfo_a(GAI_NOWAIT, lookups, 1, nullptr); failure != 0) {
+            return failure;
+        }
+    }
+    const gaicb* const lookups[] = {&request->lookup};
+    const timespec limit = lookupTime(timeout);
+    gai_suspend(lookups, 1, &limit);
+    return gai_error(&request->lookup);
 }
 
 AddressLookup::~AddressLookup() = default;

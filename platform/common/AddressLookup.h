@@ -14,7 +14,9 @@ namespace velk::common {
 /// The addresses of a host, looked up within a time: the resolver itself may take half a minute.
 class VELK_EXPORT AddressLookup {
 public:
-    /// Waits for at most `timeout`; less than nothing counts as nothing. An address needs no resolver.
+    /// Waits for at most `timeout`; less than nothing counts as nothing. An address needs no resolver. While
+    /// the resolver is still looking for the same host, because nobody waited for it any longer, that is
+    /// waited for: it is not asked again and again.
     AddressLookup(const std::string& host, std::uint16_t port, Clock::Duration timeout);
     ~AddressLookup();
     AddressLookup(const AddressLookup&) = delete;
@@ -28,6 +30,11 @@ public:
 
 private:
     struct Request;
+    class Abandoned;
+
+    /// Asks the resolver and waits; gives its answer.
+    int ask(Clock::Duration timeout);
+
     std::unique_ptr<Request> request; ///< null when it was left to the resolver's thread
     std::string reason;
 };
