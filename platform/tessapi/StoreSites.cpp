@@ -43,7 +43,7 @@ bool isSocketItself(const NetworkUrl& url) {
 
 Frame frameOf(const std::string& text) {
     if (!NetworkUrl::isScheme(std::string_view{text}.substr(0, text.find(':')))) {
-        throw std::invalid_argument{"\"" + text +
+        throw std::invalid_argument{"\"" + NetworkUrl::withoutPassword(text) +
                                     "\" is a single store; many are on a server such as redis://HOST[:PORT]"};
     }
     const auto question = std::min(text.find('?'), text.size());

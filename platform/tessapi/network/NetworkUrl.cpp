@@ -28,12 +28,11 @@ bool isSiteCharacter(char c) {
            c == '_' || c == '-';
 }
 
-/// A password has no place in a URL, and none in a message about it. Better too much is hidden than too
-/// little.
-std::string withoutPassword(const std::string& text) {
+/// Without what is between a user and '@'.
+std::string withoutPasswordOfUser(const std::string& text) {
     const auto start = text.find("//");
     const auto at = text.rfind('@');
-    const auto colon = text.find(':', std::min(start, text.size()));
+    const auto colon = text.find(':', start == std::string::npos ? 0 : start);
     if (at == std::string::npos || colon > at) {
         return text;
     }
@@ -57,6 +56,21 @@ std::string Endpoint::text() const {
 bool NetworkUrl::isScheme(string_view scheme) {
     return scheme == "redis" || scheme == "rediss" || scheme == "redis+unix" || scheme == "redis+sentinel" ||
            scheme == "rediss+sentinel" || scheme == "redis+cluster" || scheme == "rediss+cluster";
+}
+
+std::string NetworkUrl::withoutPassword(const std::string& text) {
+    const auto shown = withoutPasswordOfUser(text);
+    string_view options{shown};
+    std::string safe{takeUntil(options, '?')};
+    const bool hasOptions = safe.size() < shown.size();
+    for (char mark = '?'; hasOptions && (mark == '?' || !options.empty()); mark = '&') {
+        const auto option = takeUntil(options, '&');
+        const auto name = option.substr(0, option.find('='));
+        const bool isSecret = name.find("pass") != string_view::npos && name != "password-file";
+        safe += mark;
+        safe += isSecret ? std::string{name} + "=***" : std::string{option};
+    }
+    return safe;
 }
 
 void NetworkUrl::refuse(const std::string& reason) const {

@@ -47,6 +47,10 @@ public:
     /// Whether `scheme` (what stands before the first ':') names a networked store.
     static bool isScheme(std::string_view scheme);
 
+    /// A password has no place in a URL, and none in a message about it. Better too much is hidden than too
+    /// little.
+    static std::string withoutPassword(const std::string& text);
+
     /// Throws std::invalid_argument that shows the text, without a password, and what was expected.
     explicit NetworkUrl(const std::string& text);
 

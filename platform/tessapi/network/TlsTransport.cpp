@@ -20,6 +20,12 @@ std::string reason() {
     return text == nullptr ? "the encrypted connection failed" : text;
 }
 
+/// Asks nobody for the passphrase of a key: there may be nobody who sees the question.
+int tellNoPassphrase(char* /*buffer*/, int /*size*/, int /*writes*/, void* wasAsked) {
+    *static_cast<bool*>(wasAsked) = true;
+    return -1;
+}
+
 /// `file` is for the message; the library tells no path.
 void check(int result, const std::string& file) {
     if (result != 1) {
@@ -62,7 +68,7 @@ void TlsTransport::prepare(const Endpoint& server, const NetworkUrl& url) {
     }
     if (!url.certFile.empty()) {
         check(SSL_CTX_use_certificate_chain_file(context.get(), url.certFile.c_str()), url.certFile);
-        check(SSL_CTX_use_PrivateKey_file(context.get(), url.keyFile.c_str(), SSL_FILETYPE_PEM), url.keyFile);
+        useKey(url.keyFile);
     }
     session.reset(SSL_new(context.get()));
     incoming = BIO_new(BIO_s_mem());
@@ -74,6 +80,19 @@ void TlsTransport::prepare(const Endpoint& server, const NetworkUrl& url) {
         check(SSL_set1_host(session.get(), server.host.c_str()), server.host);
         check(static_cast<int>(SSL_set_tlsext_host_name(session.get(), server.host.c_str())), server.host);
     }
+}
+
+void TlsTransport::useKey(const std::string& file) {
+    bool isLocked = false;
+    SSL_CTX_set_default_passwd_cb(context.get(), tellNoPassphrase);
+    SSL_CTX_set_default_passwd_cb_userdata(context.get(), &isLocked);
+    const int result = SSL_CTX_use_PrivateKey_file(context.get(), file.c_str(), SSL_FILETYPE_PEM);
+    SSL_CTX_set_default_passwd_cb_userdata(context.get(), nullptr);
+    if (isLocked) {
+        ERR_clear_error();
+        throw LinkError{file + ": the key has a passphrase, which nobody can be asked for"};
+    }
+    check(result, file);
 }
 
 void TlsTransport::shakeHands(const Endpoint& server, const Deadline& deadline) {

@@ -30,6 +30,7 @@ private:
     };
 
     void prepare(const Endpoint& server, const NetworkUrl& url);
+    void useKey(const std::string& file);
     void shakeHands(const Endpoint& server, const Deadline& deadline);
     /// Sends what the session has for the server.
     void flush(const Deadline& deadline);

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -39,9 +40,10 @@ protected:
     }
 
     /// What is said when the store cannot be opened; always with its name.
-    static std::string failureOf(const std::string& url) {
+    static std::string failureOf(const std::string& url,
+                                 std::chrono::milliseconds patience = NetworkClient::PATIENT) {
         try {
-            const NetworkClient client{url, true, NetworkClient::PATIENT};
+            const NetworkClient client{url, true, patience};
         } catch (const boost::system::system_error& failure) {
             EXPECT_THAT(failure.what(), HasSubstr(url));
             return failure.what();
@@ -116,6 +118,26 @@ TEST_F(AccessTest, CertificateOfAnotherAuthorityIsRefused) {
     EXPECT_THAT(failureOf("rediss://" + server.address() + "/berlin"), HasSubstr("certificate"));
 }
 
+TEST_F(AccessTest, CertificateOfAnotherHostIsRefused) {
+    const RedisServer server{{.tls = true, .lines = {"bind 127.0.0.1 127.0.0.2"}}};
+    EXPECT_THAT(failureOf("rediss://127.0.0.2:" + std::to_string(server.port()) +
+                          "/berlin?ca-file=" + server.certificate().file().string()),
+                HasSubstr("IP address mismatch"));
+}
+
+TEST_F(AccessTest, KeyWithAPassphraseIsNamedAndNobodyIsAskedForIt) {
+    const Certificate own{folder.path(), "own"};
+    const std::string locked = (folder / "locked.key").string();
+    const std::string command = "openssl ec -aes128 -passout pass:words -in '" + own.key().string() +
+                                "' -out '" + locked + "' 2>/dev/null";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    const RedisServer server{{.tls = true}};
+    EXPECT_THAT(failureOf("rediss://" + server.address() +
+                          "/berlin?ca-file=" + server.certificate().file().string() +
+                          "&cert-file=" + own.file().string() + "&key-file=" + locked),
+                HasSubstr(locked + ": the key has a passphrase, which nobody can be asked for"));
+}
+
 TEST_F(AccessTest, CertificateFileThatIsNoneIsNamed) {
     const RedisServer server{{.tls = true}};
     const std::string file = secret("no certificate");
@@ -139,7 +161,7 @@ TEST_F(AccessTest, PlainConnectionToAnEncryptedServerFails) {
 
 TEST_F(AccessTest, EncryptedConnectionToAPlainServerFails) {
     const RedisServer server;
-    failureOf("rediss://" + server.address() + "/berlin");
+    failureOf("rediss://" + server.address() + "/berlin", NetworkClient::PATIENCE);
 }
 
 TEST_F(AccessTest, PortThatNobodyListensOnAndSocketThatIsNotThereAreTold) {
@@ -153,7 +175,8 @@ TEST_F(AccessTest, PortThatNobodyListensOnAndSocketThatIsNotThereAreTold) {
 TEST_F(AccessTest, ServerThatDoesNotAnswerIsToldInsteadOfWaitedFor) {
     RedisServer server;
     server.pause();
-    EXPECT_THAT(failureOf("redis://" + server.address() + "/berlin"), HasSubstr(server.address()));
+    EXPECT_THAT(failureOf("redis://" + server.address() + "/berlin", NetworkClient::PATIENCE),
+                HasSubstr(server.address()));
 }
 
 TEST_F(AccessTest, StoreThatIsNotThereIsNotMadeByThoseWhoOnlyLook) {
