@@ -25,6 +25,21 @@ std::vector<std::uint64_t> InBandAccessor::emplaceChannels(std::uint64_t device,
     return channels;
 }
 
+void InBandAccessor::apply(const StoreWrites& writes) {
+    for (const auto& [device, attribute, text] : writes.attributes) {
+        setDeviceAttribute(device, attribute, text);
+    }
+    for (const auto& [channel, config] : writes.alarmConfigs) {
+        setChannelAlarmConfig(channel, config);
+    }
+    for (const auto& [channel, states] : writes.states) {
+        setChannelMultistateMap(channel, states);
+    }
+    if (!writes.values.empty()) {
+        setChannelCValues(writes.values);
+    }
+}
+
 StoreHealth StoreBrowser::health() {
     StoreHealth health;
     health.url = url();

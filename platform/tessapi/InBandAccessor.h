@@ -9,6 +9,7 @@
 #include "platform/qz/datatype.h"
 #include "platform/qz/subscription_type.h"
 #include "platform/tessapi/DeviceAttribute.h"
+#include "platform/tessapi/StoreWrites.h"
 
 #include <cstdint>
 #include <functional>
@@ -99,6 +100,10 @@ public:
     /// `emplaceChannel` for several channels of a device at once, in their order.
     virtual std::vector<std::uint64_t> emplaceChannels(std::uint64_t device,
                                                        const std::vector<std::string>& names);
+
+    /// Throws as the operations that make one of `writes` alone do. Then none of its values is written; of
+    /// the other kinds some may be.
+    virtual void apply(const StoreWrites& writes);
 };
 
 } // namespace tessapi

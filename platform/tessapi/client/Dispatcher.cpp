@@ -32,9 +32,11 @@ Dispatcher::Dispatcher(std::string name, std::shared_ptr<Engine> opened) :
     program{std::move(name)}, engine{std::move(opened)} {
     LossBoard::ofProcess().find(engine->url());
     thread = std::thread{[this] { run(); }};
+    engine->add(*this);
 }
 
 Dispatcher::~Dispatcher() {
+    engine->remove(*this);
     {
         MutexLock lock{mutex};
         stopping = true;
@@ -96,6 +98,22 @@ Dispatcher::SubscriptionPtr Dispatcher::remove(Subscriptions::iterator entry) {
         wishes.erase({removed->kind, object, id});
     }
     return removed;
+}
+
+bool Dispatcher::passOver(std::span<const Change> changes) {
+    MutexLock lock{mutex};
+    if (subscriptions.empty()) {
+        return true;
+    }
+    const bool isPresent = position == changes.front().seq - 1;
+    if (!isPresent || std::any_of(changes.begin(), changes.end(),
+                                  [this](const Change& change) VELK_NO_THREAD_SAFETY_ANALYSIS {
+                                      return isWanted(change); // the lock is held here
+                                  })) {
+        return false;
+    }
+    position = changes.back().seq;
+    return true;
 }
 
 void Dispatcher::run() {
@@ -167,6 +185,11 @@ bool Dispatcher::followLog() {
     MutexLock lock{mutex};
     position = std::max(position, news.upTo);
     return news.more && !news.changes.empty();
+}
+
+bool Dispatcher::isWanted(const Change& change) const {
+    const auto wish = wishes.lower_bound({change.kind, change.object, 0});
+    return !greedy.empty() || (wish != wishes.end() && isOf(*wish, change));
 }
 
 std::vector<Dispatcher::SubscriptionPtr> Dispatcher::interestedIn(const Change& change) {

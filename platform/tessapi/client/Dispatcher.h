@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <span>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -23,14 +24,14 @@ namespace tessapi {
 /// while there is no subscription.
 ///
 /// Threads: any. The last release must not happen in a callback.
-class Dispatcher {
+class Dispatcher final : public IOwnListener {
 public:
     using Maker = std::function<std::unique_ptr<Subscription>(const Engine::Start&)>;
 
     /// `name` is the program's name, for messages.
     Dispatcher(std::string name, std::shared_ptr<Engine> opened);
     /// Waits for a call that is running.
-    ~Dispatcher();
+    ~Dispatcher() override;
     Dispatcher(const Dispatcher&) = delete;
     Dispatcher& operator=(const Dispatcher&) = delete;
 
@@ -41,6 +42,8 @@ public:
 
     /// Returns at once; nothing happens for an unknown identifier.
     void unsubscribe(std::uint64_t subscription) VELK_EXCLUDES(mutex);
+
+    bool passOver(std::span<const Change> changes) override VELK_EXCLUDES(mutex);
 
 private:
     using SubscriptionPtr = std::shared_ptr<Subscription>;
@@ -59,6 +62,8 @@ private:
     void enter(std::uint64_t id, SubscriptionPtr subscription) VELK_REQUIRES(mutex);
     /// Gives the subscription that is no longer there.
     SubscriptionPtr remove(Subscriptions::iterator entry) VELK_REQUIRES(mutex);
+    /// Whether there is a subscription to changes of that kind and object.
+    bool isWanted(const Change& change) const VELK_REQUIRES(mutex);
     /// In the order of subscription.
     std::vector<SubscriptionPtr> interestedIn(const Change& change) VELK_EXCLUDES(mutex);
     void call(Subscription& subscription, const Change& change) VELK_EXCLUDES(mutex);

@@ -121,4 +121,8 @@ void InBandClient::setChannelCValues(const std::vector<std::pair<std::uint64_t, 
     engine.setValues(values);
 }
 
+void InBandClient::apply(const StoreWrites& writes) {
+    engine.apply(writes);
+}
+
 } // namespace tessapi

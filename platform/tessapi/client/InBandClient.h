@@ -36,6 +36,7 @@ public:
     void unsubscribe(std::uint64_t subscription) override;
     std::vector<std::uint64_t> emplaceChannels(std::uint64_t device,
                                                const std::vector<std::string>& names) override;
+    void apply(const StoreWrites& writes) override;
     void setChannelCValues(const std::vector<std::pair<std::uint64_t, qz::CValue>>& values) override;
 
 private:

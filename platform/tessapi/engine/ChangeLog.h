@@ -6,7 +6,7 @@
 #include "platform/tessapi/engine/Statement.h"
 
 #include <cstdint>
-#include <span>
+#include <utility>
 #include <vector>
 
 namespace tessapi {
@@ -24,7 +24,7 @@ public:
                         std::int64_t timeMs);
 
     /// What was appended since `forgetFresh`, without a gap up to the newest; a limited number of the newest.
-    std::span<const Change> fresh() const { return appended; }
+    std::vector<Change> takeFresh() { return std::exchange(appended, {}); }
     void forgetFresh() { appended.clear(); }
 
     /// The number of the newest entry, 0 when there was none ever.

@@ -1,10 +1,17 @@
 #include "platform/tessapi/engine/ChannelTable.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
 namespace tessapi {
 
 namespace {
 
 constexpr std::uint64_t UNKNOWN = ~std::uint64_t{0};
+
+/// Who asks for as many channels of a device asks for most of them.
+constexpr std::size_t WORTH_A_WALK = 8;
 
 } // namespace
 
@@ -23,6 +30,7 @@ ChannelTable::ChannelTable(Database& owner) :
     value{owner, "SELECT value FROM channel WHERE id = ?"},
     typeAndValue{owner, "SELECT type, value FROM channel WHERE id = ?"},
     typeAndValueByName{owner, "SELECT id, type, value FROM channel WHERE device = ? AND name = ?"},
+    typesAndValues{owner, "SELECT name, id, type, value FROM channel WHERE device = ? ORDER BY name"},
     insertOne{owner, "INSERT INTO channel(device, name, type) VALUES(?, ?, ?)"},
     insertGiven{owner, "INSERT INTO channel(id, device, name, type) VALUES(?, ?, ?, ?)"},
     removeOne{owner, "DELETE FROM channel WHERE id = ?"},
@@ -99,8 +107,41 @@ TypedValue ChannelTable::typeAndValueOf(std::uint64_t channel) {
     return run.next() ? TypedValue{static_cast<qz::datatype>(run.integer(0)), run.value(1)} : TypedValue{};
 }
 
-std::pair<std::uint64_t, TypedValue> ChannelTable::findTypeAndValue(std::uint64_t device,
-                                                                    const std::string& name) {
+std::vector<ChannelTable::Found> ChannelTable::findAll(std::uint64_t device,
+                                                       const std::vector<std::string>& names) {
+    if (names.size() >= WORTH_A_WALK) {
+        return walk(device, names);
+    }
+    std::vector<Found> found;
+    found.reserve(names.size());
+    for (const auto& name : names) {
+        found.push_back(findTypeAndValue(device, name));
+    }
+    return found;
+}
+
+std::vector<ChannelTable::Found> ChannelTable::walk(std::uint64_t device,
+                                                    const std::vector<std::string>& names) {
+    std::vector<std::pair<std::string_view, std::size_t>> asked; // with their places, in the table's order
+    asked.reserve(names.size());
+    for (const auto& name : names) {
+        asked.emplace_back(name, asked.size());
+    }
+    std::sort(asked.begin(), asked.end());
+    std::vector<Found> found(names.size(), Found{UNKNOWN, {}});
+    auto next = asked.begin();
+    auto run = typesAndValues.with(device);
+    while (next != asked.end() && run.next()) {
+        const auto name = run.view(0);
+        next = std::find_if(next, asked.end(), [&](const auto& one) { return one.first >= name; });
+        for (; next != asked.end() && next->first == name; ++next) {
+            found[next->second] = {run.id(1), {static_cast<qz::datatype>(run.integer(2)), run.value(3)}};
+        }
+    }
+    return found;
+}
+
+ChannelTable::Found ChannelTable::findTypeAndValue(std::uint64_t device, const std::string& name) {
     auto run = typeAndValueByName.with(device, name);
     if (!run.next()) {
         return {UNKNOWN, {}};

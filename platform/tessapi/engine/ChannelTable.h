@@ -46,8 +46,10 @@ public:
     /// Invalid for an unknown channel and one without value.
     qz::CValue valueOf(std::uint64_t channel);
     TypedValue typeAndValueOf(std::uint64_t channel);
-    /// All ones and the unknown type when there is none.
-    std::pair<std::uint64_t, TypedValue> findTypeAndValue(std::uint64_t device, const std::string& name);
+    /// An identifier, all ones for a channel that there is not, with type and value.
+    using Found = std::pair<std::uint64_t, TypedValue>;
+    /// The channels of `device` with these names, in their order.
+    std::vector<Found> findAll(std::uint64_t device, const std::vector<std::string>& names);
 
     std::uint64_t insert(std::uint64_t device, const std::string& name, qz::datatype type);
     /// With an identifier that is free.
@@ -72,6 +74,8 @@ public:
 
 private:
     static Row read(const Statement::Run& run);
+    Found findTypeAndValue(std::uint64_t device, const std::string& name);
+    std::vector<Found> walk(std::uint64_t device, const std::vector<std::string>& names);
 
     Database& database;
     Statement idByName;
@@ -83,6 +87,7 @@ private:
     Statement value;
     Statement typeAndValue;
     Statement typeAndValueByName;
+    Statement typesAndValues;
     Statement insertOne;
     Statement insertGiven;
     Statement removeOne;

@@ -7,6 +7,8 @@
 #include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/engine/WriterLocks.h"
 
+#include <boost/system/system_error.hpp>
+
 #include <algorithm>
 #include <sqlite3.h>
 #include <utility>
@@ -167,7 +169,11 @@ void Database::commit() {
 void Database::rollBack() {
     // Some failures have rolled it back already; then there is nothing left to do.
     if (sqlite3_get_autocommit(handle()) == 0) {
-        sqlite3_exec(handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+        try {
+            run(rollingBack, "ROLLBACK"); // every read ends so
+        } catch (const boost::system::system_error&) {
+            // It is rolled back at the latest when the connection is closed.
+        }
     }
     forgetLog();
     tellLocks(WriterLocks::RELEASE);

@@ -100,6 +100,7 @@ private:
     Prepared beginning;
     Prepared beginningToWrite;
     Prepared committing;
+    Prepared rollingBack;
 };
 
 } // namespace tessapi

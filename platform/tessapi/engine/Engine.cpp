@@ -51,6 +51,21 @@ std::vector<std::uint64_t> Engine::emplaceChannels(std::uint64_t device,
     return channels;
 }
 
+void Engine::apply(const StoreWrites& writes) {
+    for (const auto& [device, attribute, text] : writes.attributes) {
+        setAttribute(device, static_cast<std::uint32_t>(attribute), text);
+    }
+    for (const auto& [channel, config] : writes.alarmConfigs) {
+        setAlarmConfig(channel, config);
+    }
+    for (const auto& [channel, states] : writes.states) {
+        setStates(channel, states);
+    }
+    if (!writes.values.empty()) {
+        setValues(writes.values);
+    }
+}
+
 StoreHealth Engine::health() {
     StoreHealth health;
     health.url = url();
@@ -60,6 +75,25 @@ StoreHealth Engine::health() {
 
 bool Engine::isForked() const {
     return forksBefore != forks.load(std::memory_order_relaxed);
+}
+
+void Engine::add(IOwnListener& listener) {
+    velk::common::MutexLock lock{listening};
+    listeners.push_back(&listener);
+}
+
+void Engine::remove(IOwnListener& listener) {
+    velk::common::MutexLock lock{listening};
+    std::erase(listeners, &listener);
+}
+
+bool Engine::passOver(std::span<const Change> changes) {
+    velk::common::MutexLock lock{listening};
+    bool isNothing = !listeners.empty();
+    for (auto* listener : listeners) {
+        isNothing &= listener->passOver(changes); // each of them, so that all are at the newest change
+    }
+    return isNothing;
 }
 
 void Engine::checkNotForked() const {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/common/Clock.h"
+#include "platform/common/Mutex.h"
+#include "platform/common/ThreadAnnotations.h"
 #include "platform/common/Uuid.h"
 #include "platform/qz/CDevice.h"
 #include "platform/qz/CMultistateMap.h"
@@ -11,9 +13,11 @@
 #include "platform/tessapi/StoreBrowser.h"
 #include "platform/tessapi/StoreHealth.h"
 #include "platform/tessapi/StoreImage.h"
+#include "platform/tessapi/StoreWrites.h"
 #include "platform/tessapi/WriteRecord.h"
 #include "platform/tessapi/engine/Change.h"
 #include "platform/tessapi/engine/IBell.h"
+#include "platform/tessapi/engine/IOwnListener.h"
 #include "platform/tessapi/engine/StoreUrl.h"
 
 #include <chrono>
@@ -22,6 +26,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <sys/types.h>
 #include <utility>
@@ -112,6 +117,8 @@ public:
     virtual void setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) = 0;
     virtual void setStates(std::uint64_t channel, const qz::CMultistateMap& states) = 0;
 
+    virtual void apply(const StoreWrites& writes);
+
     virtual std::optional<ActiveAlarm> mostCriticalOf(std::uint64_t device) = 0;
     virtual StoreSnapshot snapshot() = 0;
 
@@ -131,12 +138,23 @@ public:
     /// Rings for the listeners of this store; lives as long as the engine.
     virtual IBell& wakeup() = 0;
 
+    /// From now on `listener` is asked whether the bell has to ring in this program, until it is removed,
+    /// which waits for a call that is running. Without any listener it always rings.
+    void add(IOwnListener& listener) VELK_EXCLUDES(listening);
+    void remove(IOwnListener& listener) VELK_EXCLUDES(listening);
+
 protected:
+    /// Whether these changes, one or more, are nothing to all listeners of this program. Called without the
+    /// locks that `startOf` takes.
+    bool passOver(std::span<const Change> changes) VELK_EXCLUDES(listening);
+
     /// Throws `StoreFault::forked` in a process that has not opened the store.
     void checkNotForked() const;
 
 private:
     const std::uint32_t forksBefore; ///< of this process and those that it comes from
+    velk::common::Mutex listening;
+    std::vector<IOwnListener*> listeners VELK_GUARDED_BY(listening);
 };
 
 } // namespace tessapi

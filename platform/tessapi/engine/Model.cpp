@@ -141,20 +141,30 @@ qz::datatype Model::typeFor(const std::string& name) const {
     return entry == nullptr ? qz::datatype::string : entry->type;
 }
 
-std::uint64_t Model::emplaceChannel(std::uint64_t device, const std::string& name) {
-    if (const auto known = channels.find(device, name); known != UNKNOWN) {
-        return known;
-    }
+std::vector<ChannelTable::Found> Model::emplaceChannels(std::uint64_t device,
+                                                        const std::vector<std::string>& names) {
+    auto found = channels.findAll(device, names);
     if (!devices.contains(device)) {
-        return UNKNOWN;
+        return found;
     }
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (found[i].first == UNKNOWN) {
+            const auto same = std::find(names.begin(), names.end(), names[i]) - names.begin();
+            const auto first = static_cast<std::size_t>(same);
+            found[i] = first < i ? found[first] : makeChannel(device, names[i]);
+        }
+    }
+    return found;
+}
+
+ChannelTable::Found Model::makeChannel(std::uint64_t device, const std::string& name) {
     const auto type = typeFor(name);
     const auto channel = channels.insert(device, name, type);
     cache.add(channel, {device, type, {}, 0, {}});
     if (const auto* entry = catalogue.find(name); entry != nullptr && !entry->labels.entries().empty()) {
         channels.setStates(channel, entry->labels);
     }
-    return channel;
+    return {channel, {type, {}}};
 }
 
 void Model::removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) {
@@ -309,7 +319,9 @@ void Model::setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmCo
     }
     const auto before = alarms.triggersOf(channel);
     const auto time = velk::common::wallMs();
-    cache.forget(channel);
+    if (auto* entry = cache.find(channel); entry != nullptr) {
+        entry->triggers = triggers;
+    }
     alarms.replace(channel, triggers);
     channels.setHasTriggers(channel, !triggers.empty());
     if (noteAlarms(*row, before, triggers, time)) {
@@ -320,6 +332,25 @@ void Model::setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmCo
 void Model::setStates(std::uint64_t channel, const qz::CMultistateMap& states) {
     if (channels.typeOf(channel) != qz::datatype::unknown) {
         channels.setStates(channel, states);
+    }
+}
+
+void Model::apply(const StoreWrites& writes) {
+    for (const auto& [device, attribute, text] : writes.attributes) {
+        setAttribute(device, static_cast<std::uint32_t>(attribute), text);
+    }
+    for (const auto& [channel, config] : writes.alarmConfigs) {
+        if (!alarms.holds(channel, config)) {
+            setAlarmConfig(channel, config);
+        }
+    }
+    for (const auto& [channel, states] : writes.states) {
+        if (!(channels.statesOf(channel) == states)) {
+            setStates(channel, states);
+        }
+    }
+    for (const auto& [channel, value] : writes.values) {
+        setValue(channel, value);
     }
 }
 

@@ -30,11 +30,14 @@ public:
     void removeSubDevices(std::uint64_t device, const std::vector<std::uint64_t>& keep, unsigned int limit);
     void setAttribute(std::uint64_t device, std::uint32_t number, const std::string& text);
 
-    std::uint64_t emplaceChannel(std::uint64_t device, const std::string& name);
+    std::vector<ChannelTable::Found> emplaceChannels(std::uint64_t device,
+                                                     const std::vector<std::string>& names);
     void removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep);
     void setValue(std::uint64_t channel, const qz::CValue& value);
     void setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config);
     void setStates(std::uint64_t channel, const qz::CMultistateMap& states);
+
+    void apply(const StoreWrites& writes);
 
     /// Gives the channels whose type the catalogue has changed their new type; they lose their values.
     void retypeChannels();
@@ -59,6 +62,7 @@ private:
     using AlarmRows = std::vector<AlarmTable::Row>;
 
     qz::datatype typeFor(const std::string& name) const;
+    ChannelTable::Found makeChannel(std::uint64_t device, const std::string& name);
     /// Null for an unknown channel.
     ChannelCache::Entry* entryOf(std::uint64_t channel);
     [[noreturn]] void refuseType(std::uint64_t channel, const qz::CValue& value);

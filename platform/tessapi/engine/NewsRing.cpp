@@ -1,6 +1,7 @@
 #include "platform/tessapi/engine/NewsRing.h"
 
 #include "platform/tessapi/engine/CoarseClock.h"
+#include "platform/tessapi/engine/Generation.h"
 #include "platform/tessapi/engine/SharedPage.h"
 #include "platform/tessapi/engine/ValueCodec.h"
 
@@ -126,8 +127,29 @@ void NewsRing::publish(std::span<const Change> changes, std::uint64_t generation
         put(slotOf(*words, change.seq), change);
     }
     words->first.store(changes.front().seq, RELEASE);
-    words->generation.store(generation, RELEASE);
     words->newest.store(changes.back().seq, RELEASE);
+    words->generation.store(generation, RELEASE); // last: who finds it finds the newest change of it
+}
+
+void NewsRing::pass(std::uint64_t before, std::uint64_t after) {
+    auto* const words = shared.news();
+    // Otherwise there is something that a killed writer has not told.
+    if (words != nullptr && isOwn(*words) && words->generation.load(ACQUIRE) == before) {
+        words->first.store(words->newest.load(ACQUIRE) + 1, RELEASE);
+        words->generation.store(after, RELEASE);
+    }
+}
+
+std::optional<std::int64_t> NewsRing::newestIn(std::uint64_t generation) const {
+    const auto* const words = shared.news();
+    if (words == nullptr || !Generation::isSettled(generation) || !isOwn(*words) ||
+        words->generation.load(ACQUIRE) != generation) {
+        return std::nullopt;
+    }
+    const auto newest = words->newest.load(ACQUIRE);
+    // That of a later commit is there only after the generation has risen.
+    const bool isPresent = shared.words().generation.load() == generation && isOwn(*words);
+    return isPresent ? std::optional{newest} : std::nullopt;
 }
 
 std::optional<NewsRing::Found> NewsRing::after(std::int64_t seq, std::size_t limit) const {

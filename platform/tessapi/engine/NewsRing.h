@@ -25,7 +25,7 @@ class SharedPage;
 /// (`isLookDue`). What was put here for one file of a database is never taken for another's. In a page that
 /// another release has made nothing is put and nothing found (`SharedPage::news`): then the change log alone
 /// tells what is new, which the listeners of that release find as they find the change of a killed writer.
-/// Threads: any, of any process; `publish` and `begin` under the lock between the processes.
+/// Threads: any, of any process; `publish`, `pass` and `begin` under the lock between the processes.
 class NewsRing {
 public:
     static constexpr std::size_t SLOTS = 1024;
@@ -75,6 +75,13 @@ public:
 
     /// After the commit of `changes`, the newest ones of the change log, which has led to `generation`.
     void publish(std::span<const Change> changes, std::uint64_t generation);
+
+    /// After a commit that is no news, which has led from one generation to the other.
+    void pass(std::uint64_t before, std::uint64_t after);
+
+    /// The number of the newest change of the store in this generation. Empty when only the change log can
+    /// tell.
+    std::optional<std::int64_t> newestIn(std::uint64_t generation) const;
 
     /// The changes after the one numbered `seq`, at most `limit`; none when there are no newer ones here.
     /// Empty when only the change log can tell.

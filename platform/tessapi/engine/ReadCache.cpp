@@ -16,8 +16,12 @@ constexpr std::size_t MOST_ENTRIES = 16'384;
 
 } // namespace
 
+bool ReadCache::isPresent(std::uint64_t generation) const {
+    return generation == present && coarseNowMs() - sinceMs < LONGEST_USE_MS;
+}
+
 const TypedValue* ReadCache::find(std::uint64_t generation, std::uint64_t channel) {
-    if (generation != present || coarseNowMs() - sinceMs >= LONGEST_USE_MS) {
+    if (!isPresent(generation)) {
         return nullptr;
     }
     const auto found = entries.find(channel);
@@ -36,22 +40,57 @@ std::optional<qz::CValue> ReadCache::valueOf(std::uint64_t generation, std::uint
     return known == nullptr ? std::nullopt : std::optional{known->value};
 }
 
-void ReadCache::keep(std::uint64_t before, std::uint64_t after, std::uint64_t channel, TypedValue known) {
-    if (before != after || !Generation::isSettled(before)) {
-        return;
-    }
+std::optional<std::map<std::uint64_t, qz::CValue>>
+ReadCache::valuesOf(std::uint64_t generation, std::span<const std::uint64_t> channels) {
     MutexLock lock{mutex};
+    std::map<std::uint64_t, qz::CValue> values;
+    for (const auto channel : channels) {
+        const auto* known = find(generation, channel);
+        if (known == nullptr) {
+            return std::nullopt;
+        }
+        values.emplace(channel, known->value);
+    }
+    return values;
+}
+
+std::optional<std::uint64_t> ReadCache::deviceOf(std::uint64_t generation, const velk::common::Uuid& uuid) {
+    MutexLock lock{mutex};
+    const auto known = isPresent(generation) ? devices.find(uuid) : devices.end();
+    return known == devices.end() ? std::nullopt : std::optional{known->second};
+}
+
+bool ReadCache::admit(std::uint64_t before, std::uint64_t after) {
+    if (before != after || !Generation::isSettled(before)) {
+        return false;
+    }
     const bool isOlder = Generation::isSettled(present) && before < present;
     if (isOlder) {
-        return;
+        return false;
     }
     const auto now = coarseNowMs();
-    if (before != present || now - sinceMs >= LONGEST_USE_MS || entries.size() >= MOST_ENTRIES) {
-        entries.clear();
+    if (before != present || now - sinceMs >= LONGEST_USE_MS ||
+        entries.size() + devices.size() >= MOST_ENTRIES) {
+        clear();
         present = before;
         sinceMs = now;
     }
-    entries.insert_or_assign(channel, std::move(known));
+    return true;
+}
+
+void ReadCache::keep(std::uint64_t before, std::uint64_t after, std::uint64_t channel, TypedValue known) {
+    MutexLock lock{mutex};
+    if (admit(before, after)) {
+        entries.insert_or_assign(channel, std::move(known));
+    }
+}
+
+void ReadCache::keepDevice(std::uint64_t before, std::uint64_t after, const velk::common::Uuid& uuid,
+                           std::uint64_t device) {
+    MutexLock lock{mutex};
+    if (admit(before, after)) {
+        devices.insert_or_assign(uuid, device);
+    }
 }
 
 void ReadCache::keep(std::uint64_t generation, std::span<const Change> writes) {
@@ -65,7 +104,12 @@ void ReadCache::keep(std::uint64_t generation, std::span<const Change> writes) {
 
 void ReadCache::forget() {
     MutexLock lock{mutex};
+    clear();
+}
+
+void ReadCache::clear() {
     entries.clear();
+    devices.clear();
 }
 
 void ReadCache::follow(std::uint64_t before, std::uint64_t after,

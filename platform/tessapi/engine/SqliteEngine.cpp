@@ -133,7 +133,7 @@ void SqliteEngine::checkStillThere(Database& database) {
 }
 
 template <class Work, class Follow>
-void SqliteEngine::commit(Work& work, Follow& follow) {
+std::vector<Change> SqliteEngine::commit(Work& work, Follow& follow) {
     InterprocessHold hold{*writers};
     checkStillThere(writer->database);
     Transaction transaction{writer->database, Transaction::Kind::write};
@@ -148,20 +148,39 @@ void SqliteEngine::commit(Work& work, Follow& follow) {
         before = change.before;
         after = change.after();
     }
-    ring.publish(writer->model.changes.fresh(), after);
+    auto changes = writer->model.changes.takeFresh();
+    if (changes.empty()) {
+        ring.pass(before, after);
+    } else {
+        ring.publish(changes, after);
+    }
     writer->model.cache.commit(writer->database.version());
     follow(before, after);
+    return changes;
+}
+
+void SqliteEngine::tell(std::span<const Change> changes) {
+    if (changes.empty()) {
+        bell.count();
+    } else if (passOver(changes)) {
+        bell.signalOthers();
+    } else {
+        bell.signal();
+    }
 }
 
 template <class Work, class Follow>
 void SqliteEngine::write(Work work, Follow follow) {
     checkNotForked();
-    MutexLock lock{writer->mutex};
-    commit(work, follow);
-    bell.signal();
-    if (keeper) {
-        keeper->noteCommit(writer->database.logFrames());
+    std::vector<Change> changes;
+    {
+        MutexLock lock{writer->mutex};
+        changes = commit(work, follow);
+        if (keeper) {
+            keeper->noteCommit(writer->database.logFrames());
+        }
     }
+    tell(changes);
 }
 
 template <class Work>
@@ -209,7 +228,18 @@ void SqliteEngine::retypeChannels() {
 }
 
 std::uint64_t SqliteEngine::deviceIdOf(const velk::common::Uuid& uuid) {
-    return ask([&](Model& model) { return model.devices.find(uuid); });
+    checkNotForked();
+    const auto device = known.deviceOf(generation(), uuid);
+    return device ? *device : learnDevice(uuid);
+}
+
+std::uint64_t SqliteEngine::learnDevice(const velk::common::Uuid& uuid) {
+    const auto before = generation();
+    const auto device = ask([&](Model& model) { return model.devices.find(uuid); });
+    if (device != ITessAccessor::UNKNOWN_ID) {
+        known.keepDevice(before, generation(), uuid, device);
+    }
+    return device;
 }
 
 velk::common::Uuid SqliteEngine::uuidOf(std::uint64_t device) {
@@ -218,8 +248,25 @@ velk::common::Uuid SqliteEngine::uuidOf(std::uint64_t device) {
 
 std::uint64_t SqliteEngine::emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent,
                                           std::uint64_t wanted) {
+    // A program that starts makes all of its devices again.
+    if (const auto there = learnDevice(uuid); there != ITessAccessor::UNKNOWN_ID) {
+        return there;
+    }
     std::uint64_t device = 0;
-    write([&](Model& model) { device = model.emplaceDevice(uuid, parent, wanted); });
+    bool replacesOther = false;
+    write(
+        [&](Model& model) {
+            replacesOther = model.devices.contains(wanted);
+            device = model.emplaceDevice(uuid, parent, wanted);
+        },
+        [&](std::uint64_t before, std::uint64_t after) {
+            if (!replacesOther) {
+                known.follow(before, after, {});
+            }
+            if (device != ITessAccessor::UNKNOWN_ID) {
+                known.keepDevice(after, after, uuid, device);
+            }
+        });
     return device;
 }
 
@@ -253,53 +300,39 @@ std::vector<std::uint64_t> SqliteEngine::emplaceChannels(std::uint64_t device,
     auto channels = learnAll(device, names);
     const auto isMissing = [](const auto& channel) { return channel.first == ITessAccessor::UNKNOWN_ID; };
     if (std::any_of(channels.begin(), channels.end(), isMissing)) {
-        emplaceMissing(device, names, channels);
+        channels = makeAll(device, names);
     }
     std::vector<std::uint64_t> ids;
+    ids.reserve(channels.size());
     for (const auto& [id, _] : channels) {
         ids.push_back(id);
     }
     return ids;
 }
 
-SqliteEngine::Learnt SqliteEngine::learnAll(std::uint64_t device, const std::vector<std::string>& names) {
+SqliteEngine::Channels SqliteEngine::learnAll(std::uint64_t device, const std::vector<std::string>& names) {
     const auto before = generation();
-    auto learnt = read([&](Model& model) {
-        Learnt found;
-        for (const auto& name : names) {
-            found.push_back(model.channels.findTypeAndValue(device, name));
-        }
-        return found;
-    });
-    const auto after = generation();
-    for (const auto& [id, typed] : learnt) {
+    auto channels = read([&](Model& model) { return model.channels.findAll(device, names); });
+    keep(before, generation(), channels);
+    return channels;
+}
+
+SqliteEngine::Channels SqliteEngine::makeAll(std::uint64_t device, const std::vector<std::string>& names) {
+    Channels channels;
+    write([&](Model& model) { channels = model.emplaceChannels(device, names); },
+          [&](std::uint64_t before, std::uint64_t after) {
+              known.follow(before, after, {});
+              keep(after, after, channels);
+          });
+    return channels;
+}
+
+void SqliteEngine::keep(std::uint64_t before, std::uint64_t after, const Channels& channels) {
+    for (const auto& [id, typed] : channels) {
         if (typed.type != qz::datatype::unknown) {
             known.keep(before, after, id, typed);
         }
     }
-    return learnt;
-}
-
-void SqliteEngine::emplaceMissing(std::uint64_t device, const std::vector<std::string>& names,
-                                  Learnt& channels) {
-    Learnt made;
-    write(
-        [&](Model& model) {
-            for (std::size_t i = 0; i < names.size(); ++i) {
-                auto& [id, typed] = channels[i];
-                if (id == ITessAccessor::UNKNOWN_ID) {
-                    id = model.emplaceChannel(device, names[i]);
-                    typed = model.channels.typeAndValueOf(id);
-                    made.push_back(channels[i]);
-                }
-            }
-        },
-        [&](std::uint64_t before, std::uint64_t after) {
-            known.follow(before, after, {});
-            for (const auto& [id, typed] : made) {
-                known.keep(after, after, id, typed);
-            }
-        });
 }
 
 void SqliteEngine::removeChannels(std::uint64_t device, const std::vector<std::uint64_t>& keep) {
@@ -359,6 +392,13 @@ void SqliteEngine::setStates(std::uint64_t channel, const qz::CMultistateMap& st
     }
 }
 
+void SqliteEngine::apply(const StoreWrites& writes) {
+    if (!writes.empty()) {
+        write([&](Model& model) { model.apply(writes); },
+              [&](std::uint64_t before, std::uint64_t after) { known.follow(before, after, writes.values); });
+    }
+}
+
 std::optional<ActiveAlarm> SqliteEngine::mostCriticalOf(std::uint64_t device) {
     return ask([&](Model& model) { return model.alarms.mostCriticalOf(device); });
 }
@@ -408,6 +448,9 @@ StoreSnapshot SqliteEngine::snapshot() {
 }
 
 Engine::Start SqliteEngine::startOf(const std::vector<std::uint64_t>& channels) {
+    if (auto start = knownStart(channels)) {
+        return std::move(*start);
+    }
     return read([&](Model& model) {
         Start start;
         start.seq = model.changes.head();
@@ -416,6 +459,18 @@ Engine::Start SqliteEngine::startOf(const std::vector<std::uint64_t>& channels) 
         }
         return start;
     });
+}
+
+std::optional<Engine::Start> SqliteEngine::knownStart(const std::vector<std::uint64_t>& channels) {
+    checkNotForked();
+    {
+        MutexLock lock{reader->mutex};
+        checkStillThere(reader->database);
+    }
+    const auto now = generation();
+    auto values = known.valuesOf(now, channels);
+    const auto newest = values ? ring.newestIn(now) : std::nullopt;
+    return newest ? std::optional{Start{*newest, std::move(*values)}} : std::nullopt;
 }
 
 Engine::News SqliteEngine::newsAfter(std::int64_t seq) {

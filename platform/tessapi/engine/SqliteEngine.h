@@ -55,6 +55,9 @@ public:
     void setAlarmConfig(std::uint64_t channel, const qz::tess::CSingleAlarmConfig& config) override;
     void setStates(std::uint64_t channel, const qz::CMultistateMap& states) override;
 
+    /// All in one transaction.
+    void apply(const StoreWrites& writes) override;
+
     std::optional<ActiveAlarm> mostCriticalOf(std::uint64_t device) override;
     StoreSnapshot snapshot() override;
 
@@ -79,10 +82,13 @@ private:
     void setValues(std::span<const ChannelValue> values);
     /// Reads the channel from the database and keeps what it has read.
     TypedValue learn(std::uint64_t channel);
-    using Learnt = std::vector<std::pair<std::uint64_t, TypedValue>>;
-    Learnt learnAll(std::uint64_t device, const std::vector<std::string>& names);
-    /// Makes those of `channels` that have no identifier yet.
-    void emplaceMissing(std::uint64_t device, const std::vector<std::string>& names, Learnt& channels);
+    std::uint64_t learnDevice(const velk::common::Uuid& uuid);
+    /// Without the database; empty when it has to be asked.
+    std::optional<Start> knownStart(const std::vector<std::uint64_t>& channels);
+    using Channels = std::vector<ChannelTable::Found>;
+    Channels learnAll(std::uint64_t device, const std::vector<std::string>& names);
+    Channels makeAll(std::uint64_t device, const std::vector<std::string>& names);
+    void keep(std::uint64_t before, std::uint64_t after, const Channels& channels);
 
     void connect(const std::string& path, bool create, bool working, const Options& options);
     void checkSound();
@@ -96,11 +102,14 @@ private:
     /// After this nothing is known any more.
     template <class Work>
     void write(Work work);
-    /// It changes no type and no value.
+    /// It removes nothing, and changes no type and no value.
     template <class Work>
     void writeAside(Work work);
+    /// Gives what listeners have to hear of.
     template <class Work, class Follow>
-    void commit(Work& work, Follow& follow) VELK_REQUIRES(writer->mutex);
+    std::vector<Change> commit(Work& work, Follow& follow) VELK_REQUIRES(writer->mutex);
+    /// Wakes the listeners that have to look after a commit of `changes`.
+    void tell(std::span<const Change> changes);
     /// Runs one query of the model.
     template <class Work>
     auto ask(Work work);

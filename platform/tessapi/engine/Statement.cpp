@@ -31,10 +31,10 @@ std::int64_t Statement::Run::integer(int column) const {
     return sqlite3_column_int64(statement.compiled.get(), column);
 }
 
-std::string Statement::Run::text(int column) const {
+std::string_view Statement::Run::view(int column) const {
     const auto* begin = reinterpret_cast<const char*>(sqlite3_column_text(statement.compiled.get(), column));
     const auto size = sqlite3_column_bytes(statement.compiled.get(), column);
-    return begin == nullptr ? std::string{} : std::string(begin, static_cast<std::size_t>(size));
+    return begin == nullptr ? std::string_view{} : std::string_view(begin, static_cast<std::size_t>(size));
 }
 
 qz::CValue::Bytes Statement::Run::bytes(int column) const {

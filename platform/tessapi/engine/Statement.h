@@ -33,7 +33,9 @@ public:
         bool isNull(int column) const;
         std::int64_t integer(int column) const;
         std::uint64_t id(int column) const { return static_cast<std::uint64_t>(integer(column)); }
-        std::string text(int column) const;
+        std::string text(int column) const { return std::string{view(column)}; }
+        /// Until the next row.
+        std::string_view view(int column) const;
         qz::CValue::Bytes bytes(int column) const;
         /// A column that `bind` wrote from a value; null is the invalid value.
         qz::CValue value(int column) const;

@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/ChangeLog.h"
 #include "platform/tessapi/engine/Engine.h"
+#include "platform/tessapi/engine/Generation.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
 #include "platform/tessapi/engine/SharedPage.h"
 #include "platform/tessapi/engine/Transaction.h"
@@ -21,6 +22,7 @@ using tessapi::Change;
 using tessapi::ChangeLog;
 using tessapi::Database;
 using tessapi::Engine;
+using tessapi::Generation;
 using tessapi::InterprocessHold;
 using tessapi::InterprocessLock;
 using tessapi::NewsRing;
@@ -52,6 +54,7 @@ protected:
         ChangeLog log{database, 1000};
         Transaction transaction{database, Transaction::Kind::write};
         log.append(Change::Kind::value, channel, CValue{value}, 5);
+        const Generation::Change change{page.words().generation};
         transaction.commit();
     }
 
@@ -94,6 +97,14 @@ TEST_F(EngineNewsTest, TheChangeOfAWriterThatWasKilledBeforeItToldIsFoundInTheLo
     writeUntold(3);
     EXPECT_EQ(valuesAfter(start), (Values{2}));
     EXPECT_EQ(valuesAfter(start + 1), (Values{3})); // nobody else has looked yet
+}
+
+TEST_F(EngineNewsTest, AStartKnowsTheChangeOfAWriterThatWasKilledBeforeItTold) {
+    EXPECT_EQ(listener->startOf({}).seq, start);
+    writeUntold(7);
+    EXPECT_EQ(listener->startOf({}).seq, start + 1);
+    writer->emplaceChannel(1, "Another"); // a commit that is no news
+    EXPECT_EQ(listener->startOf({}).seq, start + 1);
 }
 
 TEST_F(EngineNewsTest, TheNextWriterLeavesAHoleThatIsFilledFromTheLog) {

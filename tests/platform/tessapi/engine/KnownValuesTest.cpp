@@ -184,6 +184,35 @@ TEST(ReadCacheTest, AnOwnCommitIsFollowedOnlyFromTheGenerationThatIsKnown) {
     EXPECT_FALSE(cache.valueOf(10, 7));
 }
 
+TEST(ReadCacheTest, ADeviceIsKnownForAsLongAsAChannel) {
+    const velk::common::Uuid uuid{"00000000-0000-4000-8000-000000000001"};
+    tessapi::ReadCache cache;
+    cache.keepDevice(2, 4, uuid, 20);
+    EXPECT_FALSE(cache.deviceOf(4, uuid));
+    cache.keepDevice(4, 4, uuid, 20);
+    EXPECT_EQ(cache.deviceOf(4, uuid), 20U);
+    cache.follow(4, 6, {});
+    EXPECT_FALSE(cache.deviceOf(4, uuid));
+    EXPECT_EQ(cache.deviceOf(6, uuid), 20U);
+    cache.keep(8, 8, 7, {qz::datatype::uint32, CValue{1U}});
+    EXPECT_FALSE(cache.deviceOf(8, uuid));
+    cache.keepDevice(8, 8, uuid, 20);
+    cache.forget();
+    EXPECT_FALSE(cache.deviceOf(8, uuid));
+}
+
+TEST(ReadCacheTest, SeveralValuesAreKnownOnlyAllTogether) {
+    tessapi::ReadCache cache;
+    cache.keep(4, 4, 7, {qz::datatype::uint32, CValue{2U}});
+    cache.keep(4, 4, 8, {qz::datatype::uint32, CValue{}});
+    const std::vector<std::uint64_t> both{7, 8};
+    const std::vector<std::uint64_t> more{7, 8, 9};
+    EXPECT_EQ(cache.valuesOf(4, both), (std::map<std::uint64_t, CValue>{{7, CValue{2U}}, {8, CValue{}}}));
+    EXPECT_FALSE(cache.valuesOf(4, more));
+    EXPECT_FALSE(cache.valuesOf(6, both));
+    EXPECT_TRUE(cache.valuesOf(4, {})->empty());
+}
+
 TEST(GenerationTest, TheNumberIsOddWhileItIsHeldAndGreaterAfterwardsEvenIfAWriterWasKilled) {
     std::atomic<std::uint64_t> word{4};
     {

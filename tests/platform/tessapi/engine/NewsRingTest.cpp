@@ -216,6 +216,35 @@ TEST_F(NewsRingTest, AValueThatDoesNotFitIsLeftToTheLog) {
     EXPECT_TRUE(ring.after(2, MANY).has_value());
 }
 
+TEST_F(NewsRingTest, TheNewestChangeIsToldOfThePresentGenerationOnly) {
+    page.words().generation = 4;
+    EXPECT_EQ(ring.newestIn(4), std::nullopt);
+    ring.publish(changes(1, 3), 4);
+    EXPECT_EQ(ring.newestIn(4), 3);
+    EXPECT_EQ(ring.newestIn(2), std::nullopt);
+    page.words().generation = 5; // another writer commits
+    EXPECT_EQ(ring.newestIn(4), std::nullopt);
+    EXPECT_EQ(ring.newestIn(5), std::nullopt);
+    page.words().generation = 6; // and has not told yet
+    EXPECT_EQ(ring.newestIn(6), std::nullopt);
+    ring.publish(changes(4, 4), 6);
+    EXPECT_EQ(ring.newestIn(6), 4);
+    ring.belongTo({1, 101});
+    EXPECT_EQ(ring.newestIn(6), std::nullopt) << "of another file";
+}
+
+TEST_F(NewsRingTest, ACommitWithoutNewsHasTheSameNewestChangeUnlessOneBeforeItWasNotTold) {
+    page.words().generation = 4;
+    ring.publish(changes(1, 3), 4);
+    page.words().generation = 6;
+    ring.pass(4, 6);
+    EXPECT_EQ(ring.newestIn(6), 3);
+    EXPECT_TRUE(ring.after(1, MANY)->newestCommit().empty());
+    page.words().generation = 10; // the commit that has led to 8 was not told
+    ring.pass(8, 10);
+    EXPECT_EQ(ring.newestIn(10), std::nullopt);
+}
+
 TEST_F(NewsRingTest, ALookIntoTheLogIsDueUntilOneHasFoundNothingNew) {
     EXPECT_TRUE(ring.isLookDue(5));
     ring.noteLook(5);

@@ -293,7 +293,7 @@ void setUntold(const Words& words) {
         const auto before = ring.newest.load();
         tessapi::NewsRing publisher{page, 1000};
         publisher.belongTo(database.identity());
-        publisher.publish(log.fresh(), 0);
+        publisher.publish(log.takeFresh(), 0);
         ring.newest = before;
         auto& slot = ring.slots[static_cast<std::size_t>(log.head()) % tessapi::NewsRing::SLOTS];
         slot.stamp |= stage == 1 ? 1U : 0U;
