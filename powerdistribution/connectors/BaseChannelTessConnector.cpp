@@ -82,11 +82,12 @@ void BaseChannelTessConnector::terminate() {
 
 void BaseChannelTessConnector::subscribe(const HandlerData& data, IConnectorListener* listener,
                                          const SubscriptionOptions& options) {
-    // The tree is still being built: the device's other channels are made when they are about to be read.
-    ChannelInfo& info = getChannelOrEmplace(data, ExpectedChannels::Reach::connector);
+    // The tree is still being built: values that are read now would be forgotten until they are needed.
+    ChannelInfo& info = getChannelOrEmplace(data, ExpectedChannels::Need::identifier);
     if (info.id == UNRESOLVED) {
         return;
     }
+    traffic->writes.settleValue(info.id); // what was stored before is no news to the listener
     MutexLock lock{subscriptionLock};
     if (info.listener != nullptr) {
         throw PowerDistributionError{"Duplicate subscription to " + data.path.nodesToString() +
@@ -126,7 +127,7 @@ void BaseChannelTessConnector::load(const ChannelInfo& info, HandlerData& data) 
     if (id == UNRESOLVED) {
         return;
     }
-    traffic->writes.settle(id);
+    traffic->writes.settleValue(id);
     tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
     if (!inBand.isChannelValueInitialized(id)) {
         data.value.reset();
@@ -208,7 +209,7 @@ BaseChannelTessConnector::ChannelInfo& BaseChannelTessConnector::getChannel(cons
 }
 
 BaseChannelTessConnector::ChannelInfo&
-BaseChannelTessConnector::getChannelOrEmplace(const HandlerData& data, ExpectedChannels::Reach reach) const {
+BaseChannelTessConnector::getChannelOrEmplace(const HandlerData& data, ExpectedChannels::Need need) const {
     ChannelInfo& info = getChannel(data);
     if (info.id != UNRESOLVED) {
         return info;
@@ -216,14 +217,14 @@ BaseChannelTessConnector::getChannelOrEmplace(const HandlerData& data, ExpectedC
     const velk::common::SharedLock noCleaning{traffic->gate};
     MutexLock lock{channelLock};
     if (info.id == UNRESOLVED) {
-        resolve(info, data, reach);
+        resolve(info, data, need);
     }
     return info;
 }
 
 void BaseChannelTessConnector::resolve(ChannelInfo& info, const HandlerData& data,
-                                       ExpectedChannels::Reach reach) const {
-    const std::uint64_t id = emplace(data, reach);
+                                       ExpectedChannels::Need need) const {
+    const std::uint64_t id = emplace(data, need);
     const qz::datatype type = accessor.inbandAccessor().getChannelDataType(id);
     // Before the entry is seen by others: the store has the triggers before the first value.
     setChannelAlarmConfiguration(id, data);
@@ -232,11 +233,10 @@ void BaseChannelTessConnector::resolve(ChannelInfo& info, const HandlerData& dat
     info.id = id;
 }
 
-std::uint64_t BaseChannelTessConnector::emplace(const HandlerData& data,
-                                                ExpectedChannels::Reach reach) const {
+std::uint64_t BaseChannelTessConnector::emplace(const HandlerData& data, ExpectedChannels::Need need) const {
     tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
     const std::string name = nameOf(data);
-    const std::uint64_t id = traffic->expected.emplace(inBand, self(), name, reach);
+    const std::uint64_t id = traffic->expected.emplace(inBand, self(), name, need);
     return id == UNRESOLVED ? inBand.emplaceChannel(deviceId, name, data.dataConfig.channelOption) : id;
 }
 
@@ -261,6 +261,13 @@ void BaseChannelTessConnector::setChannelAlarmConfiguration(std::uint64_t id, co
         return;
     }
     const AlarmConfig& config = *data.dataConfig.alarmConfig;
+    if (traffic->writes.isOpenHere()) {
+        traffic->writes.add(id, toQz(config));
+        if (namesStates(config)) {
+            traffic->writes.add(id, makeMultiStateMap(config));
+        }
+        return;
+    }
     traffic->writes.settle(id);
     tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
     inBand.setChannelAlarmConfig(id, toQz(config));

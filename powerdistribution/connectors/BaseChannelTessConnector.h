@@ -80,9 +80,9 @@ public:
     ChannelInfo& getChannel(const handlers::HandlerData& data) const;
 
     /// The entry, resolved if the store has the device; a failure leaves it unresolved. Never touches the
-    /// listener. `reach` says which of the channels that are expected are made with it.
+    /// listener. `need` says what the channel is asked for.
     ChannelInfo& getChannelOrEmplace(const handlers::HandlerData& data,
-                                     ExpectedChannels::Reach reach = ExpectedChannels::Reach::device) const
+                                     ExpectedChannels::Need need = ExpectedChannels::Need::value) const
         VELK_EXCLUDES(channelLock);
 
     /// Required: true when at least one entry has NO listener; false for an empty table.
@@ -124,9 +124,9 @@ protected:
 
 private:
     const ChannelInfo* findChannel(std::uint64_t id) const VELK_REQUIRES(channelLock);
-    void resolve(ChannelInfo& info, const handlers::HandlerData& data, ExpectedChannels::Reach reach) const
+    void resolve(ChannelInfo& info, const handlers::HandlerData& data, ExpectedChannels::Need need) const
         VELK_REQUIRES(channelLock);
-    std::uint64_t emplace(const handlers::HandlerData& data, ExpectedChannels::Reach reach) const;
+    std::uint64_t emplace(const handlers::HandlerData& data, ExpectedChannels::Need need) const;
     /// Whether its values may wait for others: nobody answers them, and if they get lost that is found out.
     bool mayWait(const ChannelInfo& info) const;
     ExpectedChannels::Owner self() const { return {deviceId, this}; }

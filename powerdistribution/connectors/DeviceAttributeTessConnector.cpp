@@ -65,8 +65,9 @@ DeviceAttributeTessConnector::DeviceAttributeTessConnector(tessapi::ITessAccesso
                                                            const velk::common::Uuid& deviceUuid,
                                                            StoreTrafficPtr sharedTraffic) :
     accessor{storeAccessor},
-    deviceId{sharedTraffic->devices.idOf(accessor, deviceUuid)},
-    channels{accessor, deviceUuid, attributeFamilySize, std::move(sharedTraffic)} {
+    traffic{std::move(sharedTraffic)},
+    deviceId{traffic->devices.idOf(accessor, deviceUuid)},
+    channels{accessor, deviceUuid, attributeFamilySize, traffic} {
     for (const ServedAttribute& row : servedByDevice) {
         attributes.at(static_cast<std::size_t>(row.attribute)).attribute = row.attribute;
     }
@@ -155,7 +156,13 @@ void DeviceAttributeTessConnector::store(const HandlerData& data) {
     }
     const std::string& text = data.value.get<std::string>();
     MutexLock held{lock};
-    dataOf(infoOf(*attribute)).value = text;
+    AttributeInfo& info = infoOf(*attribute);
+    dataOf(info).value = text;
+    if (traffic->writes.isOpenHere() && info.listener == nullptr) {
+        traffic->writes.add(deviceId, *attribute, text);
+        return;
+    }
+    traffic->writes.settle(deviceId, *attribute);
     accessor.inbandAccessor().setDeviceAttribute(deviceId, *attribute, text);
 }
 
@@ -179,6 +186,7 @@ HandlerData& DeviceAttributeTessConnector::dataOf(AttributeInfo& info) {
 }
 
 void DeviceAttributeTessConnector::refresh(AttributeInfo& info) const {
+    traffic->writes.settle(deviceId, info.attribute);
     dataOf(info).value = accessor.inbandAccessor().getDeviceAttribute(deviceId, info.attribute);
 }
 

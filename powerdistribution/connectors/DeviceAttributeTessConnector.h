@@ -71,6 +71,7 @@ private:
     void onDeviceSettingsChange(std::uint64_t id) VELK_EXCLUDES(lock);
 
     tessapi::ITessAccessor& accessor;
+    const StoreTrafficPtr traffic;
     const std::uint64_t deviceId;
     ChannelTessConnector<EAttribute> channels;
     // By the numbers of the store's attributes; refreshed by `load` too.

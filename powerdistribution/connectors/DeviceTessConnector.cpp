@@ -52,8 +52,13 @@ void DeviceTessConnector::store(const HandlerData& data) {
     if (!initialized) {
         emplace(data);
     }
-    accessor.inbandAccessor().setDeviceAttribute(deviceId, tessapi::DeviceAttribute::path,
-                                                 data.path.nodesToString());
+    constexpr auto attribute = tessapi::DeviceAttribute::path;
+    if (traffic->writes.isOpenHere()) {
+        traffic->writes.add(deviceId, attribute, data.path.nodesToString());
+        return;
+    }
+    traffic->writes.settle(deviceId, attribute);
+    accessor.inbandAccessor().setDeviceAttribute(deviceId, attribute, data.path.nodesToString());
 }
 
 void DeviceTessConnector::emplace(const HandlerData& data) {

@@ -18,31 +18,31 @@ void ExpectedChannels::expect(const Owner& owner, const std::string& name) {
 }
 
 std::uint64_t ExpectedChannels::emplace(tessapi::InBandAccessor& store, const Owner& owner,
-                                        const std::string& name, Reach reach) {
+                                        const std::string& name, Need need) {
     MutexLock held{lock};
     const auto device = devices.find(owner.device);
     Place* const asked = device == devices.end() ? nullptr : find(device->second, owner, name);
-    if (asked == nullptr || asked->id != NONE) {
-        return asked == nullptr ? NONE : asked->id;
+    if (asked == nullptr) {
+        return NONE;
+    }
+    if (asked->id != NONE && (asked->wasAskedForValue || need == Need::identifier)) {
+        return asked->id;
     }
     std::vector<Place*> due;
     for (Place& place : device->second) {
-        // With the device those too that one connector has made before: the store's client then knows the
-        // values of all of them, which are about to be read.
-        const bool isDue = reach == Reach::device ? !place.wasMadeWithDevice
-                                                  : place.connector == owner.connector && place.id == NONE;
-        if (isDue) {
+        // For the value of one those too whose identifiers are known: all of them are about to be read.
+        if (need == Need::value ? !place.wasAskedForValue : place.id == NONE) {
             due.push_back(&place);
         }
     }
     if (due.size() > 1) {
-        make(store, owner.device, due, reach);
+        make(store, owner.device, due, need);
     }
     return asked->id;
 }
 
 void ExpectedChannels::make(tessapi::InBandAccessor& store, std::uint64_t device,
-                            const std::vector<Place*>& due, Reach reach) {
+                            const std::vector<Place*>& due, Need need) {
     std::vector<std::string> names;
     names.reserve(due.size());
     for (const Place* place : due) {
@@ -51,7 +51,7 @@ void ExpectedChannels::make(tessapi::InBandAccessor& store, std::uint64_t device
     const std::vector<std::uint64_t> ids = store.emplaceChannels(device, names);
     for (std::size_t i = 0; i < due.size(); ++i) {
         due[i]->id = ids.at(i);
-        due[i]->wasMadeWithDevice = reach == Reach::device;
+        due[i]->wasAskedForValue = need == Need::value;
     }
 }
 

@@ -23,8 +23,11 @@ class ExpectedChannels {
 public:
     static constexpr std::uint64_t NONE = tessapi::ITessAccessor::UNKNOWN_ID;
 
-    /// Whose channels are made at once: those of the one connector, or of all connectors of the device.
-    enum class Reach { connector, device };
+    /// What a channel is asked for.
+    enum class Need {
+        identifier, ///< which it keeps
+        value,      ///< which the store's client knows for a short while after the channel was asked for
+    };
 
     /// One of the connectors of one device.
     struct Owner {
@@ -34,11 +37,11 @@ public:
 
     void expect(const Owner& owner, const std::string& name) VELK_EXCLUDES(lock);
 
-    /// The identifier of a channel that `owner` expects. If it was not made yet, and others within `reach`
-    /// were not either, all of them are. All ones when it is the only one, or is not expected, or the store
-    /// has no such device: then the caller asks the store himself.
+    /// The identifier of a channel that `owner` expects. If it was not asked for yet by this or a greater
+    /// need, and others of its device were not either, all of them are. All ones when it is the only one, or
+    /// is not expected, or the store has no such device: then the caller asks the store himself.
     std::uint64_t emplace(tessapi::InBandAccessor& store, const Owner& owner, const std::string& name,
-                          Reach reach) VELK_EXCLUDES(lock);
+                          Need need) VELK_EXCLUDES(lock);
 
     /// Identifiers of the channels of `owner` that were made here.
     std::vector<std::uint64_t> madeFor(const Owner& owner) const VELK_EXCLUDES(lock);
@@ -51,12 +54,12 @@ private:
         const void* connector{nullptr};
         std::string name;
         std::uint64_t id{NONE};
-        bool wasMadeWithDevice{false};
+        bool wasAskedForValue{false};
     };
     using Places = std::vector<Place>;
 
     static void make(tessapi::InBandAccessor& store, std::uint64_t device, const std::vector<Place*>& due,
-                     Reach reach);
+                     Need need);
     static Place* find(Places& places, const Owner& owner, const std::string& name);
 
     mutable velk::common::Mutex lock;

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
+#include <utility>
 
 namespace velk::powerdistribution::connectors {
 
@@ -16,18 +18,26 @@ namespace {
 /// The store is locked for other programs while it takes one group.
 constexpr std::size_t LARGEST_GROUP = 128;
 
+template <class Writes>
+bool isAmong(const Writes& writes, std::uint64_t channel) {
+    return std::any_of(writes.begin(), writes.end(),
+                       [channel](const auto& write) { return write.first == channel; });
+}
+
 } // namespace
 
 void WriteGroup::run(tessapi::InBandAccessor& store, const std::function<void()>& work) {
     {
         MutexLock held{lock};
-        if (target != nullptr) {
+        if (owner.load() != std::thread::id{}) {
             held.unlock();
             work();
             return;
         }
         target = &store;
+        failure = nullptr;
         owner = std::this_thread::get_id();
+        isBusy = true;
     }
     try {
         work();
@@ -44,29 +54,77 @@ std::exception_ptr WriteGroup::close() {
     MutexLock held{lock};
     writeAll();
     owner = std::thread::id{};
-    target = nullptr;
+    isBusy = !waiting.empty();
     return std::exchange(failure, nullptr);
 }
 
 void WriteGroup::add(std::uint64_t channel, const qz::CValue& value) {
     MutexLock held{lock};
-    waiting.emplace_back(channel, value);
+    waiting.values.emplace_back(channel, value);
+    take();
+}
+
+void WriteGroup::add(std::uint64_t channel, const AlarmConfig& config) {
+    MutexLock held{lock};
+    if (hasValueOf(channel)) {
+        writeAll(); // a group has its configurations first
+    }
+    waiting.alarmConfigs.emplace_back(channel, config);
+    take();
+}
+
+void WriteGroup::add(std::uint64_t channel, const qz::CMultistateMap& states) {
+    MutexLock held{lock};
+    waiting.states.emplace_back(channel, states);
+    take();
+}
+
+void WriteGroup::add(std::uint64_t device, tessapi::DeviceAttribute attribute, const std::string& text) {
+    MutexLock held{lock};
+    waiting.attributes.push_back({device, attribute, text});
+    take();
+}
+
+void WriteGroup::take() {
     if (waiting.size() >= LARGEST_GROUP) {
         writeAll();
     }
     tellFailure();
 }
 
-void WriteGroup::settle(std::uint64_t channel) {
-    if (!isOpen()) {
+bool WriteGroup::hasValueOf(std::uint64_t channel) const {
+    return isAmong(waiting.values, channel);
+}
+
+template <class Condition>
+void WriteGroup::settleIf(Condition isMeant) {
+    if (!isBusy) {
         return;
     }
     MutexLock held{lock};
-    if (std::any_of(waiting.begin(), waiting.end(),
-                    [channel](const auto& write) { return write.first == channel; })) {
+    if (isMeant(waiting)) {
         writeAll();
     }
     tellFailure();
+}
+
+void WriteGroup::settle(std::uint64_t channel) {
+    settleIf([channel](const tessapi::StoreWrites& writes) {
+        return isAmong(writes.values, channel) || isAmong(writes.alarmConfigs, channel) ||
+               isAmong(writes.states, channel);
+    });
+}
+
+void WriteGroup::settleValue(std::uint64_t channel) {
+    settleIf([channel](const tessapi::StoreWrites& writes) { return isAmong(writes.values, channel); });
+}
+
+void WriteGroup::settle(std::uint64_t device, tessapi::DeviceAttribute attribute) {
+    settleIf([device, attribute](const tessapi::StoreWrites& writes) {
+        return std::any_of(writes.attributes.begin(), writes.attributes.end(), [=](const auto& write) {
+            return write.device == device && write.attribute == attribute;
+        });
+    });
 }
 
 void WriteGroup::tellFailure() {
@@ -80,25 +138,48 @@ void WriteGroup::writeAll() {
         return;
     }
     try {
-        target->setChannelCValues(waiting);
+        target->apply(waiting);
+        waiting = {};
     } catch (const std::exception&) {
         writeEach();
     }
-    waiting.clear();
 }
 
 void WriteGroup::writeEach() {
-    for (const auto& [channel, value] : waiting) {
-        try {
-            target->setChannelCValue(channel, value);
-        } catch (const std::exception& error) {
-            if (failure == nullptr) {
-                failure = std::current_exception();
-            }
-            if (dynamic_cast<const boost::system::system_error*>(&error) != nullptr) {
-                return; // the store is away, and each further attempt would wait for it anew
-            }
+    isAway = false;
+    auto writes = std::exchange(waiting, {});
+    for (const auto& [device, attribute, text] : writes.attributes) {
+        tryTo([&] { target->setDeviceAttribute(device, attribute, text); });
+    }
+    for (auto& [channel, config] : writes.alarmConfigs) {
+        if (!tryTo([&] { target->setChannelAlarmConfig(channel, config); })) {
+            waiting.alarmConfigs.emplace_back(channel, std::move(config));
         }
+    }
+    for (auto& [channel, states] : writes.states) {
+        if (!tryTo([&] { target->setChannelMultistateMap(channel, states); })) {
+            waiting.states.emplace_back(channel, std::move(states));
+        }
+    }
+    for (const auto& [channel, value] : writes.values) {
+        tryTo([&] { target->setChannelCValue(channel, value); });
+    }
+}
+
+template <class Write>
+bool WriteGroup::tryTo(Write write) {
+    if (isAway) {
+        return false; // each further attempt would wait for it anew
+    }
+    try {
+        write();
+        return true;
+    } catch (const std::exception& error) {
+        if (failure == nullptr) {
+            failure = std::current_exception();
+        }
+        isAway = dynamic_cast<const boost::system::system_error*>(&error) != nullptr;
+        return false;
     }
 }
 

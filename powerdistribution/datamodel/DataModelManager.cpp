@@ -83,9 +83,12 @@ bool DataModelManager::build(const protocols::IWrapperFactory& wrapperFactory,
     try {
         const velk::common::Uuid rootUuid = connectorFactory.getRootParentUuid();
         const Factories factories{wrapperFactory, connectorFactory, &container};
-        root = builder(EPath{}, rootUuid, factories); // an empty builder throws std::bad_function_call
-        container.emplace(root);
         grouping = dynamic_cast<const connectors::IGroupingFactory*>(&connectorFactory);
+        // An empty builder throws std::bad_function_call.
+        HandlerPtr built;
+        inGroups([&] { built = builder(EPath{}, rootUuid, factories); });
+        root = std::move(built);
+        container.emplace(root);
         if (const HandlerPtr comState = findComState(); comState != nullptr && comStateAdapter != nullptr) {
             comState->registerObserver(*comStateAdapter);
         }
@@ -100,7 +103,7 @@ bool DataModelManager::build(const protocols::IWrapperFactory& wrapperFactory,
 
 bool DataModelManager::initialize() {
     try {
-        initializeHandlers();
+        inGroups([this] { initializeEach(); });
         // After a recovery the scheduler runs on with its tasks and their ranks.
         if (!scheduler.isInitialized()) {
             scheduler.initialize(container);
@@ -115,12 +118,12 @@ bool DataModelManager::initialize() {
     }
 }
 
-void DataModelManager::initializeHandlers() {
+void DataModelManager::inGroups(const std::function<void()>& work) {
     // After a recovery the workers are storing values too, which those that wait must not overtake.
     if (grouping != nullptr && !scheduler.isInitialized()) {
-        grouping->inGroups([this] { initializeEach(); });
+        grouping->inGroups(work);
     } else {
-        initializeEach();
+        work();
     }
 }
 

@@ -95,7 +95,8 @@ private:
     using Publishers = std::vector<std::pair<HandlerPtr, const char*>>;
 
     HandlerPtr findComState() const;
-    void initializeHandlers();
+    /// Runs `work`; what it writes may reach the store in groups when no worker is running.
+    void inGroups(const std::function<void()>& work);
     void initializeEach();
     void noteModel(bool built, const std::string& failure = {}) VELK_EXCLUDES(describing);
     /// Handlers that publish a point of this name, and of what kind it is there.

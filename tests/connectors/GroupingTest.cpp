@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -100,18 +101,18 @@ TEST_F(GroupingTest, AnotherDeviceIsMadeByItself) {
     EXPECT_EQ(Calls{"emplaceChannels(21, " + MODE + ", " + SUPPLY + ")"}, fake->calls("emplaceChannel"));
 }
 
-TEST_F(GroupingTest, SubscribingMakesTheChannelsOfTheConnectorAlone) {
+TEST_F(GroupingTest, SubscribingMakesTheChannelsOfTheDeviceToo) {
     expectAll();
     settings->subscribe({{ESetting::Temperature}, {}, {}}, &listener, {false, false});
     settings->subscribe({{ESetting::AudibleAlarmControl}, {}, {}}, &listener, {false, false});
-    EXPECT_EQ(Calls{"emplaceChannels(20, " + TEMPERATURE + ", " + AUDIBLE + ")"},
-              fake->calls("emplaceChannel"));
-    EXPECT_EQ((Calls{"subscribeMultipleChannels([1000], 15)", "subscribeMultipleChannels([1001 1000], 15)"}),
+    const std::string names = MODE + ", " + SUPPLY + ", " + VOLTAGE + ", " + TEMPERATURE + ", " + AUDIBLE;
+    EXPECT_EQ(Calls{"emplaceChannels(20, " + names + ")"}, fake->calls("emplaceChannel"));
+    EXPECT_EQ((Calls{"subscribeMultipleChannels([1003], 15)", "subscribeMultipleChannels([1004 1003], 15)"}),
               fake->calls("subscribeMultipleChannels"))
         << "only what was subscribed, in the order of the table";
 }
 
-TEST_F(GroupingTest, WithTheDeviceTheChannelsAreAskedForTooThatAreThereAlready) {
+TEST_F(GroupingTest, WhoNeedsAValueAsksForTheChannelsTooThatAreThereAlready) {
     expectAll();
     settings->subscribe({{ESetting::Temperature}, {}, {}}, &listener, {false, false});
     fake->forgetCalls();
@@ -234,7 +235,7 @@ TEST_F(GroupingTest, AValueThatSomebodyListensToIsWrittenAtOnce) {
     inGroups([this] {
         store(statuses, {EStatus::Mode}, "a");
         store(settings, {ESetting::Temperature}, "b");
-        EXPECT_EQ(Calls{"setChannelCValue(1000, b)"}, fake->calls("setChannel"));
+        EXPECT_EQ(Calls{"setChannelCValue(1001, b)"}, fake->calls("setChannel"));
     });
 }
 
@@ -280,6 +281,69 @@ TEST_F(GroupingTest, NewTriggersComeBehindTheValueThatWaits) {
     EXPECT_EQ((Calls{"setChannelCValues(1000=a)", "setChannelAlarmConfig(1000, 0)",
                      "setChannelMultistateMap(1000, 0)", "setChannelCValues(1000=a)"}),
               fake->calls("setChannel"));
+}
+
+TEST_F(GroupingTest, TriggersAndLabelsOfAFirstValueReachTheStoreInItsGroup) {
+    expectPoints(statuses, {{EStatus::Mode}});
+    HandlerData data{{EStatus::Mode}, std::string{"a"}, {}};
+    data.dataConfig.alarmConfig = AlarmConfig{};
+    inGroups([&] {
+        statuses->store(data);
+        EXPECT_TRUE(fake->calls("setChannel").empty());
+    });
+    EXPECT_EQ((Calls{"setChannelAlarmConfig(1000, 0)", "setChannelMultistateMap(1000, 0)",
+                     "setChannelCValues(1000=a)"}),
+              fake->calls("setChannel"));
+}
+
+TEST_F(GroupingTest, TriggersComeBeforeAValueThatDoesNotWait) {
+    HandlerData data{{EStatus::Mode}, std::string{"a"}, {}};
+    data.dataConfig.alarmConfig = AlarmConfig{};
+    inGroups([&] {
+        statuses->store(data); // nobody expects it
+        EXPECT_EQ((Calls{"setChannelAlarmConfig(1000, 0)", "setChannelMultistateMap(1000, 0)",
+                         "setChannelCValue(1000, a)"}),
+                  fake->calls("setChannel"));
+    });
+}
+
+TEST_F(GroupingTest, AListenerHearsNothingOfAValueThatWasStoredBefore) {
+    expectPoints(statuses, {{EStatus::Mode}});
+    inGroups([this] {
+        store(statuses, {EStatus::Mode}, "a");
+        statuses->subscribe({{EStatus::Mode}, {}, {}}, &listener, {true, false});
+        EXPECT_EQ(Calls{"setChannelCValues(1000=a)"}, fake->calls("setChannelCValue"));
+    });
+    const Calls all = fake->calls();
+    const auto written = std::find(all.begin(), all.end(), "setChannelCValues(1000=a)");
+    EXPECT_NE(all.end(), std::find(written, all.end(), "subscribeMultipleChannels([1000], 0)"));
+}
+
+TEST_F(GroupingTest, PathsAndTextsOfDevicesReachTheStoreInAGroup) {
+    const auto node = factory().buildConnector(strip);
+    const auto attributes = factory().buildAttributeConnector(strip);
+    inGroups([&] {
+        node->store({{ECircuit::Outlets}, Uuid{"00000000-0000-4000-8000-000000000023"}, {}});
+        store(attributes, {EAttribute::Model}, "M2");
+        EXPECT_TRUE(fake->calls("setDeviceAttribute").empty());
+        HandlerData data{{EAttribute::Vendor}, {}, {}};
+        attributes->load(data);
+        EXPECT_TRUE(fake->calls("setDeviceAttribute").empty()) << "another text";
+        data.path = EPath{EAttribute::Model};
+        attributes->load(data);
+        EXPECT_EQ(Value{std::string{"M2"}}, data.value);
+    });
+    EXPECT_EQ((Calls{"setDeviceAttribute(1000, 7, Outlets)", "setDeviceAttribute(20, 5, M2)"}),
+              fake->calls("setDeviceAttribute"));
+}
+
+TEST_F(GroupingTest, ATextThatSomebodyListensToIsWrittenAtOnce) {
+    const auto attributes = factory().buildAttributeConnector(strip);
+    attributes->subscribe({{EAttribute::Model}, {}, {}}, &listener, {false, false});
+    inGroups([&] {
+        store(attributes, {EAttribute::Model}, "M2");
+        EXPECT_EQ(Calls{"setDeviceAttribute(20, 5, M2)"}, fake->calls("setDeviceAttribute"));
+    });
 }
 
 TEST_F(GroupingTest, TerminatingLosesNoValueThatWaits) {

@@ -133,6 +133,81 @@ TEST_F(WriteGroupTest, SettlingWritesAllThatWaitsIfTheChannelIsAmongIt) {
     EXPECT_EQ(1u, store.calls().size());
 }
 
+TEST_F(WriteGroupTest, ConfigurationsLabelsAndTextsComeBeforeTheValuesOfTheirGroup) {
+    group.run(inBand, [this] {
+        group.add(1000, qz::CValue{std::string{"one"}});
+        group.add(1001, WriteGroup::AlarmConfig{});
+        group.add(1001, qz::CMultistateMap{});
+        group.add(20, tessapi::DeviceAttribute::model, "M2");
+        group.settleValue(1001);
+        EXPECT_TRUE(store.calls().empty()) << "that value does not wait";
+    });
+    EXPECT_EQ((Calls{"setDeviceAttribute(20, 5, M2)", "setChannelAlarmConfig(1001, 0)",
+                     "setChannelMultistateMap(1001, 0)", "setChannelCValues(1000=one)"}),
+              store.calls());
+}
+
+TEST_F(WriteGroupTest, AConfigurationStaysBehindAValueOfItsChannel) {
+    group.run(inBand, [this] {
+        group.add(1000, qz::CValue{std::string{"one"}});
+        group.add(1000, WriteGroup::AlarmConfig{});
+    });
+    EXPECT_EQ((Calls{"setChannelCValues(1000=one)", "setChannelAlarmConfig(1000, 0)"}), store.calls());
+}
+
+TEST_F(WriteGroupTest, AConfigurationIsSettledBeforeItsChannelIsWritten) {
+    group.run(inBand, [this] {
+        group.add(1001, WriteGroup::AlarmConfig{});
+        group.settle(1000);
+        EXPECT_TRUE(store.calls().empty());
+        group.settle(1001);
+        EXPECT_EQ(Calls{"setChannelAlarmConfig(1001, 0)"}, store.calls());
+    });
+}
+
+TEST_F(WriteGroupTest, ATextIsSettledByItself) {
+    group.run(inBand, [this] {
+        group.add(20, tessapi::DeviceAttribute::model, "M2");
+        group.settle(20, tessapi::DeviceAttribute::vendor);
+        group.settle(21, tessapi::DeviceAttribute::model);
+        EXPECT_TRUE(store.calls().empty());
+        group.settle(20, tessapi::DeviceAttribute::model);
+        EXPECT_EQ(Calls{"setDeviceAttribute(20, 5, M2)"}, store.calls());
+    });
+}
+
+TEST_F(WriteGroupTest, AConfigurationThatFailedIsWrittenWithTheNextGroupAndAValueIsNot) {
+    for (const char* call : {"setChannelAlarmConfig", "setChannelMultistateMap", "setChannelCValue"}) {
+        store.faults().failOn(call);
+    }
+    const auto first = [this] {
+        group.run(inBand, [this] {
+            group.add(1000, WriteGroup::AlarmConfig{});
+            group.add(1000, qz::CMultistateMap{});
+            group.add(1000, qz::CValue{std::string{"one"}});
+        });
+    };
+    EXPECT_THROW(first(), boost::system::system_error);
+    store.faults().recover();
+    store.forgetCalls();
+    EXPECT_NO_THROW(group.run(inBand, [] {}));
+    EXPECT_EQ((Calls{"setChannelAlarmConfig(1000, 0)", "setChannelMultistateMap(1000, 0)"}), store.calls());
+    store.forgetCalls();
+    group.run(inBand, [] {});
+    EXPECT_TRUE(store.calls().empty()) << "once";
+}
+
+TEST_F(WriteGroupTest, AConfigurationThatFailedComesBeforeWhatIsWrittenToItsChannelLater) {
+    store.faults().failOn("setChannelAlarmConfig");
+    EXPECT_ANY_THROW(group.run(inBand, [this] { group.add(1000, WriteGroup::AlarmConfig{}); }));
+    store.faults().recover();
+    store.forgetCalls();
+    group.settle(1001);
+    EXPECT_TRUE(store.calls().empty());
+    group.settle(1000);
+    EXPECT_EQ(Calls{"setChannelAlarmConfig(1000, 0)"}, store.calls());
+}
+
 TEST_F(WriteGroupTest, OtherThreadsDoNotWait) {
     bool isOpenThere = true;
     group.run(inBand, [&] {

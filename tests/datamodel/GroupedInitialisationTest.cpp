@@ -36,8 +36,30 @@ protected:
     GroupingFactory grouping{log};
 };
 
+TEST_F(GroupedInitialisationTest, ATreeIsBuiltInAGroup) {
+    const auto builder = treeOf({mode});
+    const auto noting = [&](const EPath& path, const common::Uuid& uuid, const Factories& factories) {
+        log->add("build");
+        return builder(path, uuid, factories);
+    };
+    EXPECT_TRUE(manager.build(device, grouping, noting));
+    EXPECT_EQ(log->calls(), (Calls{"begin", "build", "end"}));
+}
+
+TEST_F(GroupedInitialisationTest, AWriteThatTheStoreRefusesFailsTheBuildWhichIsGroupedAgain) {
+    grouping.failure = "the store is full";
+    const std::string errors = errorsOf([&] { EXPECT_FALSE(build()); });
+    EXPECT_EQ(errors, "Failed to build data model: the store is full\n");
+    grouping.failure.clear();
+    manager.clear();
+    log->clear();
+    EXPECT_TRUE(build());
+    EXPECT_EQ(log->calls(), (Calls{"begin", "end"}));
+}
+
 TEST_F(GroupedInitialisationTest, TheFirstInitialisationStoresInGroups) {
     ASSERT_TRUE(build());
+    log->clear();
     EXPECT_TRUE(manager.initialize());
     EXPECT_EQ(log->calls(), (Calls{"begin", "initialize PowerEquipment", "refresh PowerEquipment",
                                    "initialize Status.Mode", "refresh Status.Mode", "end"}));
