@@ -1,15 +1,12 @@
 #include "cli/doctor/FileDiagnosis.h"
 
-#include "platform/common/lwjson/Deserializer.h"
+#include "cli/doctor/JsonFile.h"
 
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <grp.h>
-#include <iterator>
 #include <pwd.h>
-#include <stdexcept>
 #include <sys/stat.h>
 
 namespace velk::cli {
@@ -17,7 +14,6 @@ namespace velk::cli {
 namespace {
 
 namespace fs = std::filesystem;
-using velk::common::lwjson::Deserializer;
 using velk::common::lwjson::Node;
 using velk::common::lwjson::ValueType;
 
@@ -137,15 +133,8 @@ Diagnoses diagnoseFiles(const std::vector<FileFacts>& files) {
 }
 
 Diagnoses diagnoseSecrets(const std::string& path) {
-    std::ifstream stream{path};
-    const std::string text{std::istreambuf_iterator<char>{stream}, {}};
     Diagnoses found;
-    try {
-        const Deserializer json{text};
-        collectSecrets(json.root(), path, found);
-    } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch)
-        // What is wrong with it the check of the configuration tells.
-    }
+    lookIntoJson(path, [&](const Node& root) { collectSecrets(root, path, found); });
     return found;
 }
 

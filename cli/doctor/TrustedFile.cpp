@@ -1,12 +1,9 @@
 #include "cli/doctor/TrustedFile.h"
 
 #include "cli/doctor/FileDiagnosis.h"
-#include "platform/common/lwjson/Deserializer.h"
+#include "cli/doctor/JsonFile.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -16,7 +13,6 @@ namespace velk::cli {
 namespace {
 
 namespace fs = std::filesystem;
-using velk::common::lwjson::Deserializer;
 using velk::common::lwjson::Node;
 using velk::common::lwjson::ValueType;
 
@@ -40,19 +36,19 @@ std::string distrustOfOne(const std::string& path) {
 
 /// Each of them a file or a folder.
 std::vector<fs::path> pluginPlaces(const fs::path& configuration) {
-    std::ifstream stream{configuration};
-    const std::string text{std::istreambuf_iterator<char>{stream}, {}};
-    const Deserializer json{text};
-    const Node* list = json.root().findMember("protocolLibraries");
-    if (list == nullptr || list->getValueType() != ValueType::Array) {
-        return {configuration.parent_path()};
-    }
     std::vector<fs::path> places;
-    for (const Node& name : list->members()) {
-        if (name.getValueType() == ValueType::String) {
-            places.push_back(configuration.parent_path() / name.text());
+    lookIntoJson(configuration, [&](const Node& root) {
+        const Node* list = root.findMember("protocolLibraries");
+        if (list == nullptr || list->getValueType() != ValueType::Array) {
+            places.push_back(configuration.parent_path());
+            return;
         }
-    }
+        for (const Node& name : list->members()) {
+            if (name.getValueType() == ValueType::String) {
+                places.push_back(configuration.parent_path() / name.text());
+            }
+        }
+    });
     return places;
 }
 
@@ -75,24 +71,20 @@ std::string distrustOf(const std::string& file) {
 
 std::string distrustOfPlugins(const std::string& path) {
     std::error_code error;
-    try {
-        for (const fs::path& place : pluginPlaces(path)) {
-            if (!fs::exists(place, error)) {
-                continue; // nothing is loaded from there
-            }
-            std::string doubt = distrustOf(place.string());
-            for (fs::directory_iterator entry{place, error};
-                 doubt.empty() && !error && entry != fs::directory_iterator{}; entry.increment(error)) {
-                doubt = entry->path().filename().string().find(".so") == std::string::npos
-                            ? ""
-                            : distrustOf(entry->path().string());
-            }
-            if (!doubt.empty()) {
-                return doubt;
-            }
+    for (const fs::path& place : pluginPlaces(path)) {
+        if (!fs::exists(place, error)) {
+            continue; // nothing is loaded from there
         }
-    } catch (const std::runtime_error&) { // NOLINT(bugprone-empty-catch)
-        // No JSON: the check says so, and loads nothing.
+        std::string doubt = distrustOf(place.string());
+        for (fs::directory_iterator entry{place, error};
+             doubt.empty() && !error && entry != fs::directory_iterator{}; entry.increment(error)) {
+            doubt = entry->path().filename().string().find(".so") == std::string::npos
+                        ? ""
+                        : distrustOf(entry->path().string());
+        }
+        if (!doubt.empty()) {
+            return doubt;
+        }
     }
     return "";
 }

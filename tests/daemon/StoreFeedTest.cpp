@@ -90,6 +90,18 @@ protected:
         return writer->inbandAccessor().emplaceChannel(1, name, false);
     }
 
+    /// A channel "b" that was made and written after the start; its writes have come, and wait.
+    std::uint64_t startAndWriteNewChannel() {
+        const std::uint64_t a = channel("a");
+        start();
+        const std::uint64_t b = channel("b");
+        writer->inbandAccessor().setChannelCValue(b, qz::CValue{"1"});
+        writer->inbandAccessor().setChannelCValue(b, qz::CValue{"2"});
+        writer->inbandAccessor().setChannelCValue(a, qz::CValue{"3"});
+        reader.await("a 3"); // so those before have come, too
+        return b;
+    }
+
     std::atomic<bool> unreachable{false};
     std::unique_ptr<tessapi::TessAccessor> writer{tessapi::TessAccessor::open("test", "memory:store-feed")};
     std::ostringstream errors;
@@ -109,13 +121,7 @@ TEST_F(StoreFeedTest, WhatIsThereIsMetFirstAndThenEveryWriteIsGiven) {
 }
 
 TEST_F(StoreFeedTest, WritesOfAChannelThatIsNewWaitUntilItHasBeenMet) {
-    const std::uint64_t a = channel("a");
-    start();
-    const std::uint64_t b = channel("b");
-    writer->inbandAccessor().setChannelCValue(b, qz::CValue{"1"});
-    writer->inbandAccessor().setChannelCValue(b, qz::CValue{"2"});
-    writer->inbandAccessor().setChannelCValue(a, qz::CValue{"3"});
-    reader.await("a 3"); // so those before have come, too
+    const std::uint64_t b = startAndWriteNewChannel();
     EXPECT_TRUE(reader.all().empty());
     secondPasses();
     reader.await("tick");
@@ -127,13 +133,7 @@ TEST_F(StoreFeedTest, WritesOfAChannelThatIsNewWaitUntilItHasBeenMet) {
 }
 
 TEST_F(StoreFeedTest, AChannelThatIsNewIsMetBeforeItsWritesInTheirOrder) {
-    const std::uint64_t a = channel("a");
-    start();
-    const std::uint64_t b = channel("b");
-    writer->inbandAccessor().setChannelCValue(b, qz::CValue{"1"});
-    writer->inbandAccessor().setChannelCValue(b, qz::CValue{"2"});
-    writer->inbandAccessor().setChannelCValue(a, qz::CValue{"3"});
-    reader.await("a 3");
+    startAndWriteNewChannel();
     feed->open(); // looks after what waits
     EXPECT_EQ(reader.all(), (std::vector<std::string>{"new 1 b", "b 1", "b 2"}));
 }
