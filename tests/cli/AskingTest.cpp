@@ -149,7 +149,7 @@ TEST_F(AskingTest, ForceAsksAgainForAValueThatIsOnlyUnconfirmed) {
     EXPECT_EQ(tess({"set", DELAY_PATH, "30", "--force", "--timeout", "0.2"}), 7);
     EXPECT_EQ(tess({"set", DELAY_PATH, "30", "--force", "--timeout", "0.2"}), 7);
     EXPECT_THAT(out, HasSubstr("30 s -> 30 s, unconfirmed: "));
-    EXPECT_EQ(daemon.heard(), 2);
+    EXPECT_EQ(daemon.awaitHeard(2), 2);
 }
 
 TEST_F(AskingTest, DoStartsAnActionWithTrue) {

@@ -4,9 +4,11 @@
 #include "tests/cli/SampleStore.h"
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <thread>
 
 namespace velk::cli::test {
 
@@ -51,6 +53,14 @@ public:
 
     /// How many writes it has heard of.
     int heard() const { return *counter; }
+
+    /// The same, once there are so many of them; who writes need not wait for that.
+    int awaitHeard(int writes) const {
+        for (int i = 0; i < 3000 && heard() < writes; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds{10});
+        }
+        return heard();
+    }
 
 private:
     tessapi::InBandAccessor& inband;

@@ -9,9 +9,11 @@
 #include <atomic>
 #include <chrono>
 #include <dlfcn.h>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <thread>
+#include <unistd.h>
 
 namespace velk::scenarios {
 
@@ -24,10 +26,27 @@ namespace fs = std::filesystem;
 constexpr std::chrono::milliseconds LOOK_EVERY{1};
 /// Long for a thread that has only a few instructions left, short for a person.
 constexpr std::chrono::milliseconds SETTLING{50};
+/// On a busy machine such a thread may wait longer than that for a processor.
+constexpr std::chrono::seconds LONGEST_SETTLING{5};
 /// Lines that nobody has expected, told beside a failure.
 constexpr std::size_t LINES_TOLD = 5;
 constexpr const char* EXIT_LINE = "Exit PowerDistributionManager state machine is requested";
 constexpr const char* SCRIPTED_UUID = "9f2c1c9e-6f0d-4a8e-9a7b-3c5d7e9f1b2d";
+
+/// Whether each other thread of this process waits for something else than a processor.
+bool othersSleep() {
+    const auto own = std::to_string(::gettid());
+    for (const auto& thread : fs::directory_iterator{"/proc/self/task"}) {
+        std::ifstream file{thread.path() / "stat"};
+        std::string text;
+        std::getline(file, text);
+        const auto state = text.rfind(") ") + 2; // behind the name, which may have any letters
+        if (thread.path().filename() != own && state < text.size() && text[state] == 'R') {
+            return false;
+        }
+    }
+    return true;
+}
 
 Variables withFolders(const fs::path& folder, Variables variables) {
     variables.try_emplace("FOLDER", quoted(folder.string()));
@@ -225,7 +244,11 @@ void Runner::perform(const Destroy&) {
 }
 
 void Runner::perform(const Settle&) {
+    const auto end = std::chrono::steady_clock::now() + LONGEST_SETTLING;
     std::this_thread::sleep_for(SETTLING);
+    while (!othersSleep() && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_for(LOOK_EVERY);
+    }
 }
 
 void Runner::perform(const Leftover& leftover) {

@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/StoreError.h"
 #include "testing/RedisServer.h"
+#include "testing/StandardError.h"
 #include "tests/platform/tessapi/network/NetworkClient.h"
 
 #include <boost/system/system_error.hpp>
@@ -20,18 +21,8 @@ using velk::testing::RedisServer;
 /// that listens.
 class OutageTest : public ::testing::Test {
 protected:
-    OutageTest() { ::testing::internal::CaptureStderr(); }
-    ~OutageTest() override {
-        if (!isSaid) {
-            said();
-        }
-    }
-
-    /// What both programs have said on the standard error; to be asked once.
-    std::string said() {
-        isSaid = true;
-        return ::testing::internal::GetCapturedStderr();
-    }
+    /// For what shows only when it is tried again some times.
+    static void waitForTries() { std::this_thread::sleep_for(std::chrono::milliseconds{800}); }
 
     /// Writes both channels, `count` times.
     void writeBoth(int count) {
@@ -46,28 +37,29 @@ protected:
         ASSERT_TRUE(!all.empty() && all.back() == value) << all.size() << " values came";
     }
 
+    const velk::testing::StandardError errors; ///< what both programs say
     RedisServer server{{.appendOnly = true}};
     const std::string url{"redis://" + server.address() + "/berlin"};
     NetworkClient writer{url};
     NetworkClient listener{url};
     const std::uint64_t measure{writer.channel(MEASURE)};
     const std::uint64_t result{writer.channel(RESULT)};
-
-private:
-    bool isSaid{false};
 };
 
 TEST_F(OutageTest, ServerThatWasStartedAnewWithItsDataIsUsedOnWithoutAWord) {
     const auto results = listener.watch(result);
     writer.set(result, std::string{"1"});
     await(results, qz::CValue{std::string{"1"}});
+    const auto begin = steady_clock::now();
     server.stop();
     server.start();
     writer.set(result, std::string{"2"});
     writer.set(result, std::string{"3"});
     await(results, qz::CValue{std::string{"3"}});
     EXPECT_TRUE(areNumbersUpTo(3, results.all()));
-    EXPECT_EQ(said().find("values are kept"), std::string::npos);
+    // A machine may be too slow for this; a listener tells what has been away for a second.
+    const bool isShort = steady_clock::now() - begin < std::chrono::milliseconds{900};
+    EXPECT_LE(countOf("values are kept", errors.text()), isShort ? 0U : 1U) << errors.text();
 }
 
 TEST_F(OutageTest, AfterAnOutageTheNewestMeasureAndEveryResultArriveInOrderAndItIsSaidOnce) {
@@ -75,7 +67,7 @@ TEST_F(OutageTest, AfterAnOutageTheNewestMeasureAndEveryResultArriveInOrderAndIt
     const auto results = listener.watch(result);
     server.stop();
     writeBoth(50);
-    std::this_thread::sleep_for(2 * NetworkClient::PATIENCE);
+    waitForTries();
     server.start();
     await(results, qz::CValue{std::string{"50"}});
     EXPECT_TRUE(areNumbersUpTo(50, results.all()));
@@ -84,7 +76,7 @@ TEST_F(OutageTest, AfterAnOutageTheNewestMeasureAndEveryResultArriveInOrderAndIt
     EXPECT_LE(measures.all().size(), 2U);
     writer.set(result, std::string{"51"});
     await(results, qz::CValue{std::string{"51"}});
-    const std::string text = said();
+    const std::string text = errors.await("is back;");
     EXPECT_EQ(countOf("values are kept", text), 1U) << text;
     EXPECT_EQ(countOf("is back;", text), 1U) << text;
     EXPECT_NE(text.find(url), std::string::npos) << text;
@@ -99,7 +91,7 @@ TEST_F(OutageTest, HangingServerHoldsAWriterForOneWaitOnly) {
     server.resume();
     await(results, qz::CValue{std::string{"200"}});
     EXPECT_TRUE(areNumbersUpTo(200, results.all()));
-    EXPECT_EQ(countOf("values are kept", said()), 1U);
+    EXPECT_EQ(countOf("values are kept", errors.text()), 1U) << errors.text();
 }
 
 TEST_F(OutageTest, CallThatAHangingServerReadsTooLateIsNotDone) {
@@ -127,18 +119,17 @@ TEST_F(OutageTest, OutageIsToldOnceForAllThatAProgramDoesWithTheStore) {
     server.stop();
     writeBoth(20);
     another.set(result, std::string{"from another"});
-    std::this_thread::sleep_for(2 * NetworkClient::PATIENCE);
+    waitForTries();
     server.start();
     // Which of the two programs comes first is open.
     results.waitForItem(qz::CValue{std::string{"20"}});
     results.waitForItem(qz::CValue{std::string{"from another"}});
-    RedisServer::await("the last line",
-                       [&] { return writer.waiting().writes + another.waiting().writes == 0; });
+    errors.await("is back;");
     writer.set(result, std::string{"end"});
     results.waitForItem(qz::CValue{std::string{"end"}});
     alike.waitForItem(qz::CValue{std::string{"end"}});
-    std::this_thread::sleep_for(2 * NetworkClient::PATIENCE);
-    const std::string text = said();
+    waitForTries(); // a line too many would come now
+    const std::string text = errors.text();
     EXPECT_EQ(countOf("WARNING", text), 2U) << text;
     EXPECT_EQ(countOf("cannot be reached", text), 1U) << text;
     EXPECT_EQ(countOf("is back; 23 values kept meanwhile were written\n", text), 1U) << text;
@@ -185,8 +176,10 @@ TEST_F(OutageTest, ValuesThatTheServerHasNoMemoryForArriveOnceItHas) {
     server.grantMemory();
     await(results, qz::CValue{std::string{"20"}});
     EXPECT_TRUE(areNumbersUpTo(20, results.all()));
-    EXPECT_EQ(listener.channels().getChannelCValue(measure), qz::CValue{20.0F});
-    const std::string text = said();
+    // Which of the two channels is written last is open.
+    RedisServer::await("the newest measure",
+                       [&] { return listener.channels().getChannelCValue(measure) == qz::CValue{20.0F}; });
+    const std::string text = errors.text();
     EXPECT_NE(text.find("OOM command not allowed"), std::string::npos) << text;
     EXPECT_EQ(countOf("values are kept", text), 1U) << text;
 }
