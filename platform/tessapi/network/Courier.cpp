@@ -188,7 +188,7 @@ void Courier::sendAgainAfter(std::uint64_t done) {
 }
 
 void Courier::moveSentAfter(std::uint64_t done) {
-    for (auto& batch : sent.takeAfter(done)) {
+    for (auto& batch : sent.takeAfter(done, clock.now())) {
         batch.afterGap = false;
         keep(std::move(batch));
     }

@@ -9,6 +9,10 @@ namespace tessapi {
 void SentWrites::add(Outbox::Batch batch, std::chrono::nanoseconds now) {
     count(batch);
     batches.push_back({std::move(batch), now});
+    ageOld(now);
+}
+
+void SentWrites::ageOld(std::chrono::nanoseconds now) {
     while (!batches.empty() && (writes > MOST || bytes > MOST_BYTES || batches.front().time + KEPT < now)) {
         uncount(batches.front().batch);
         age(std::move(batches.front().batch));
@@ -68,7 +72,8 @@ void SentWrites::forget(std::uint64_t channel) {
     newest.erase(known);
 }
 
-std::vector<Outbox::Batch> SentWrites::takeAfter(std::uint64_t done) {
+std::vector<Outbox::Batch> SentWrites::takeAfter(std::uint64_t done, std::chrono::nanoseconds now) {
+    ageOld(now); // the last write may be long ago
     std::vector<Outbox::Batch> taken;
     const auto firstOld = old.upper_bound(done);
     for (auto entry = firstOld; entry != old.end(); ++entry) {

@@ -34,7 +34,7 @@ public:
     void add(Outbox::Batch batch, std::chrono::nanoseconds now);
 
     /// Takes those with greater numbers than `done`, in their order.
-    std::vector<Outbox::Batch> takeAfter(std::uint64_t done);
+    std::vector<Outbox::Batch> takeAfter(std::uint64_t done, std::chrono::nanoseconds now);
 
     /// Writes in it.
     std::size_t size() const { return writes + newest.size(); }
@@ -48,6 +48,7 @@ private:
     /// The batch is about to come to those of the last minute, or to leave them.
     void count(const Outbox::Batch& batch);
     void uncount(const Outbox::Batch& batch);
+    void ageOld(std::chrono::nanoseconds now);
     void age(Outbox::Batch batch);
     void forget(std::uint64_t channel);
 

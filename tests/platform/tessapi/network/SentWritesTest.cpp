@@ -27,12 +27,13 @@ protected:
             batch.changes.push_back({0, Change::Kind::value, channel, CValue{value}, 0});
         }
         sent.add(std::move(batch), now);
+        last = now;
     }
 
     /// Numbers and values of what is taken.
     Sent takeAfter(std::uint64_t done) {
         Sent taken;
-        for (const auto& batch : sent.takeAfter(done)) {
+        for (const auto& batch : sent.takeAfter(done, last)) {
             taken.push_back({batch.number, {}});
             for (const auto& change : batch.changes) {
                 taken.back().second.push_back(change.value.as_int32());
@@ -42,6 +43,7 @@ protected:
     }
 
     SentWrites sent{[](std::uint64_t channel) { return channel == ACTION; }};
+    std::chrono::nanoseconds last{0}; ///< write
 };
 
 TEST_F(SentWritesTest, OfLongWritesAsManyAreRememberedAsThereAreBytesFor) {
@@ -50,7 +52,7 @@ TEST_F(SentWritesTest, OfLongWritesAsManyAreRememberedAsThereAreBytesFor) {
         sent.add({number, false, {{0, Change::Kind::value, ACTION, text, 0}}}, 1s);
     }
     EXPECT_EQ(sent.size(), 3U);
-    EXPECT_EQ(sent.takeAfter(0).front().number, 3U);
+    EXPECT_EQ(sent.takeAfter(0, 1s).front().number, 3U);
     add(6, {{ACTION, 6}}, 1s);
     EXPECT_EQ(sent.size(), 1U) << "what was taken takes no room any more";
 }
@@ -73,6 +75,16 @@ TEST_F(SentWritesTest, OfWhatIsOlderThanAMinuteTheNewestMeasuresCount) {
     EXPECT_EQ(sent.size(), 3U);
     EXPECT_EQ(takeAfter(0), (Sent{{1, {1}}, {4, {5}}, {5, {6}}}));
     EXPECT_EQ(sent.size(), 0U);
+}
+
+TEST_F(SentWritesTest, ActionDoesNotComeBackAfterAMinuteAlthoughNothingWasWrittenSince) {
+    add(1, {{ACTION, 1}, {VOLTAGE, 1}}, 0s);
+    add(2, {{ACTION, 2}}, 30s);
+    last = 80s;
+    EXPECT_EQ(takeAfter(0), (Sent{{1, {1}}, {2, {2}}})) << "the voltage of the first, and the second action";
+    add(3, {{ACTION, 3}}, 90s);
+    last = 3600s;
+    EXPECT_EQ(takeAfter(0), Sent{});
 }
 
 TEST_F(SentWritesTest, ServerThatKnowsOldValuesIsNotGivenThem) {
