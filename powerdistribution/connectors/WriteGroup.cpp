@@ -146,23 +146,24 @@ void WriteGroup::writeAll() {
 }
 
 void WriteGroup::writeEach() {
-    isAway = false;
+    auto& store = *target;
     auto writes = std::exchange(waiting, {});
-    for (const auto& [device, attribute, text] : writes.attributes) {
-        tryTo([&] { target->setDeviceAttribute(device, attribute, text); });
+    isAway = false;
+    for (const auto& text : writes.attributes) {
+        tryTo([&] { store.setDeviceAttribute(text.device, text.attribute, text.text); });
     }
-    for (auto& [channel, config] : writes.alarmConfigs) {
-        if (!tryTo([&] { target->setChannelAlarmConfig(channel, config); })) {
-            waiting.alarmConfigs.emplace_back(channel, std::move(config));
+    for (auto& config : writes.alarmConfigs) {
+        if (!tryTo([&] { store.setChannelAlarmConfig(config.first, config.second); })) {
+            waiting.alarmConfigs.push_back(std::move(config));
         }
     }
-    for (auto& [channel, states] : writes.states) {
-        if (!tryTo([&] { target->setChannelMultistateMap(channel, states); })) {
-            waiting.states.emplace_back(channel, std::move(states));
+    for (auto& labels : writes.states) {
+        if (!tryTo([&] { store.setChannelMultistateMap(labels.first, labels.second); })) {
+            waiting.states.push_back(std::move(labels));
         }
     }
-    for (const auto& [channel, value] : writes.values) {
-        tryTo([&] { target->setChannelCValue(channel, value); });
+    for (const auto& value : writes.values) {
+        tryTo([&] { store.setChannelCValue(value.first, value.second); });
     }
 }
 
