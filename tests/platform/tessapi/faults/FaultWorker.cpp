@@ -42,6 +42,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <poll.h>
 #include <random>
@@ -117,7 +118,8 @@ void read(const Words& words) {
 }
 
 /// A keeper without a rest.
-void copy(const std::string& path) {
+void copy(const Words& words) {
+    const auto& path = words.at(1);
     tessapi::SharedPage page{path + "-lock", path};
     tessapi::InterprocessLock lock{page, path, std::chrono::seconds{20}};
     tessapi::Database database{path, path};
@@ -407,36 +409,16 @@ void full(const Words& words) {
 }
 
 int run(const Words& words) {
-    const auto& task = words.at(2);
-    if (task == "write") {
-        write(words);
-    } else if (task == "read") {
-        read(words);
-    } else if (task == "copy") {
-        copy(words.at(1));
-    } else if (task == "fill") {
-        fill(words);
-    } else if (task == "pace") {
-        pace(words);
-    } else if (task == "look") {
-        look(words);
-    } else if (task == "stop") {
-        stop(words);
-    } else if (task == "follow") {
-        follow(words);
-    } else if (task == "untold") {
-        setUntold(words);
-    } else if (task == "wait") {
-        wait(words);
-    } else if (task == "queue") {
-        queue(words);
-    } else if (task == "roam") {
-        roam(words);
-    } else if (task == "full") {
-        full(words);
-    } else {
+    using Task = void (*)(const Words&);
+    static const std::map<std::string, Task> tasks{
+        {"write", write}, {"read", read}, {"copy", copy},     {"fill", fill},        {"pace", pace},
+        {"look", look},   {"stop", stop}, {"follow", follow}, {"untold", setUntold}, {"wait", wait},
+        {"queue", queue}, {"roam", roam}, {"full", full}};
+    const auto task = tasks.find(words.at(2));
+    if (task == tasks.end()) {
         return 2;
     }
+    task->second(words);
     return 0;
 }
 
