@@ -1,6 +1,7 @@
 #include "daemon/HostFactsWriter.h"
 
 #include "platform/tessapi/InBandAccessor.h"
+#include "platform/tessapi/StoreAdvice.h"
 
 #include <exception>
 #include <utility>
@@ -92,7 +93,8 @@ void HostFactsWriter::update() {
         failing = false;
     } catch (const std::exception& failure) {
         store.reset();
-        if (!std::exchange(failing, true)) {
+        // Whoever watches the store tells that it is lost.
+        if (!std::exchange(failing, true) && !tessapi::isStoreLost(failure)) {
             report(std::string{"the facts of this host cannot be noted in the store: "} + failure.what() +
                    "; the device will not hear of them until they can");
         }

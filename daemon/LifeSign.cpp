@@ -22,8 +22,17 @@ LifeSign::~LifeSign() {
     retrier.join();
 }
 
+void LifeSign::abandon() {
+    const MutexLock lock{mutex};
+    abandoned = true;
+    owed.reset();
+}
+
 void LifeSign::say(bool working) {
     const MutexLock lock{mutex};
+    if (abandoned) {
+        return;
+    }
     owed = working;
     sayOwed();
     changed.notify_all();

@@ -43,6 +43,8 @@ public:
     /// Never throws a standard exception. The store has been told at return, unless it failed.
     void atWork() VELK_EXCLUDES(mutex) { say(true); }
     void atRest() VELK_EXCLUDES(mutex) { say(false); }
+    /// The store is lost: what is in its place is told nothing by this object.
+    void abandon() VELK_EXCLUDES(mutex);
 
 private:
     void say(bool working) VELK_EXCLUDES(mutex);
@@ -58,6 +60,7 @@ private:
     std::optional<bool> owed VELK_GUARDED_BY(mutex); ///< what the store does not know yet
     bool failing VELK_GUARDED_BY(mutex){false};
     bool ending VELK_GUARDED_BY(mutex){false};
+    bool abandoned VELK_GUARDED_BY(mutex){false};
     std::thread retrier; ///< last: it uses all the others
 };
 

@@ -3,6 +3,7 @@
 #include "daemon/WriteJournal.h"
 #include "platform/qz/CValue.h"
 #include "platform/tessapi/InBandAccessor.h"
+#include "platform/tessapi/StoreAdvice.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -62,7 +63,8 @@ void LogJournal::record(const DeviceLogPiece& piece) {
         failing = false;
     } catch (const std::exception& failure) {
         take(piece); // what has been taken already is known
-        if (!failing) {
+        // Whoever watches the store tells that it is lost.
+        if (!failing && !tessapi::isStoreLost(failure)) {
             errors << std::string{"powerdistributiond: the device's log cannot be noted in the store: "} +
                           failure.what() + "; tess will not show all of it until it can\n"
                    << std::flush;

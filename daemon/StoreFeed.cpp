@@ -1,5 +1,7 @@
 #include "daemon/StoreFeed.h"
 
+#include "platform/tessapi/StoreAdvice.h"
+
 #include <algorithm>
 #include <exception>
 #include <unordered_map>
@@ -64,7 +66,9 @@ void StoreFeed::lookAfter() {
         }
         failing = false;
     } catch (const std::exception& failure) {
-        tell(std::string{"what is written into the store cannot be read: "} + failure.what());
+        if (!tessapi::isStoreLost(failure)) { // which whoever watches the store tells
+            tell(std::string{"what is written into the store cannot be read: "} + failure.what());
+        }
     }
 }
 

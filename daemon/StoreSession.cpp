@@ -69,6 +69,8 @@ void StoreSession::give(const std::string& loss) {
         const MutexLock lock{mutex};
         lost = loss;
     }
+    claim.announce();
+    sign.abandon();
     supervisor.abandon();
 }
 

@@ -3,6 +3,7 @@
 #include "platform/common/WallTime.h"
 #include "platform/qz/CValue.h"
 #include "platform/tessapi/InBandAccessor.h"
+#include "platform/tessapi/StoreAdvice.h"
 #include "platform/tessapi/StoreBrowser.h"
 
 #include <algorithm>
@@ -161,7 +162,8 @@ void WriteJournal::writeOut() {
         }
         failing = false;
     } catch (const std::exception& failure) {
-        if (!failing) {
+        // Whoever watches the store tells that it is lost.
+        if (!failing && !tessapi::isStoreLost(failure)) {
             errors << std::string{"powerdistributiond: writes to the device cannot be noted in the store: "} +
                           failure.what() + "; tess will not hear of outcomes until they can\n"
                    << std::flush;

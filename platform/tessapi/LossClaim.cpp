@@ -12,9 +12,14 @@ LossClaim::~LossClaim() {
     LossBoard::ofProcess().release();
 }
 
-std::uint64_t
-LossClaim::takeValues() { // NOLINT(readability-convert-member-functions-to-static): of its owner
+// NOLINTBEGIN(readability-convert-member-functions-to-static): what only the owner may do
+void LossClaim::announce() {
+    LossBoard::ofProcess().announce();
+}
+
+std::uint64_t LossClaim::takeValues() {
     return LossBoard::ofProcess().takeValues();
 }
+// NOLINTEND(readability-convert-member-functions-to-static)
 
 } // namespace tessapi

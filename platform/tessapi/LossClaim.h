@@ -15,6 +15,9 @@ public:
     LossClaim(const LossClaim&) = delete;
     LossClaim& operator=(const LossClaim&) = delete;
 
+    /// The owner tells it now: that clients which end cannot write to the lost store is not told besides.
+    void announce();
+
     /// Values that waited for the server of a store, and were lost with it, since the last call.
     std::uint64_t takeValues();
 };

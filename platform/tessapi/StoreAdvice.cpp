@@ -2,6 +2,8 @@
 
 #include "platform/tessapi/engine/StoreError.h"
 
+#include <boost/system/system_error.hpp>
+
 #include <cerrno>
 #include <sqlite3.h>
 #include <string_view>
@@ -96,6 +98,11 @@ bool isStoreLost(const boost::system::error_code& code) {
     const auto fault = static_cast<StoreFault>(code.value());
     return code.category().name() == std::string_view{"tess"} &&
            (fault == StoreFault::disappeared || fault == StoreFault::lost);
+}
+
+bool isStoreLost(const std::exception& failure) {
+    const auto* ofStore = dynamic_cast<const boost::system::system_error*>(&failure);
+    return ofStore != nullptr && isStoreLost(ofStore->code());
 }
 
 } // namespace tessapi

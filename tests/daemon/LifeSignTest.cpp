@@ -38,6 +38,18 @@ TEST(LifeSignTest, MarkOfThisProcessStandsInTheStoreWhileTheManagerIsAtWork) {
     EXPECT_EQ(store->inbandAccessor().getDevice(device).parentId, tessapi::ITessAccessor::ROOT_DEVICE);
 }
 
+TEST(LifeSignTest, StoreInThePlaceOfALostOneIsToldNothing) {
+    const std::string place{"memory:life-sign-lost"};
+    const auto store = tessapi::TessAccessor::open("test", place);
+    std::ostringstream errors;
+    LifeSign sign{[&] { return tessapi::TessAccessor::open("daemon", place); }, errors};
+    sign.abandon();
+    sign.atWork();
+    sign.atRest();
+    EXPECT_EQ(store->deviceIdOf(WriteJournal::deviceUuid()), tessapi::ITessAccessor::UNKNOWN_ID);
+    EXPECT_EQ(errors.str(), "");
+}
+
 /// A store that can be broken for one attempt.
 class LifeSignRetryTest : public ::testing::Test {
 protected:

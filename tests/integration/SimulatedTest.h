@@ -23,14 +23,14 @@ protected:
         daemon = std::make_unique<ChildProcess>(
             std::vector<std::string>{VELK_BINARY_DIR "/bin/powerdistributiond", "--config",
                                      (directory / "velk.json").string()},
-            std::vector<std::string>{"TESS_URL=" + url});
+            environment());
         ASSERT_TRUE(daemon->awaitOutput("to MONITOR\n")) << daemon->errors();
     }
 
     /// Runs one of our programs to its end and gives its exit code; `output` is all that it said.
     int run(std::vector<std::string> words) {
         words.front() = VELK_BINARY_DIR "/bin/" + words.front();
-        ChildProcess program{words, {"TESS_URL=" + url}};
+        ChildProcess program{words, environment()};
         const int code = program.finish();
         output = program.output() + program.errors();
         return code;
@@ -38,6 +38,10 @@ protected:
 
     void mains(const std::string& state) {
         ASSERT_EQ(run({"simctl", (directory / "sim.sock").string(), "mains", state}), 0) << output;
+    }
+
+    std::vector<std::string> environment() const {
+        return {"TESS_URL=" + url, "RUNTIME_DIRECTORY=" + (directory / "run").string()};
     }
 
     TemporaryDirectory directory;

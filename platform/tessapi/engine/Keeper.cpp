@@ -1,5 +1,8 @@
 #include "platform/tessapi/engine/Keeper.h"
 
+#include "platform/tessapi/StoreAdvice.h"
+#include "platform/tessapi/engine/LossBoard.h"
+
 #include <exception>
 #include <iostream>
 #include <utility>
@@ -86,7 +89,10 @@ bool Keeper::keep(const IKeeping::Round& round) {
         failing = false;
         return true;
     } catch (const std::exception& failure) {
-        tell(failure.what(), round.last);
+        // A copy that is merely out of reach fails likewise: only who knows better may keep it from people.
+        if (!isStoreLost(failure) || !LossBoard::ofProcess().isAnnounced()) {
+            tell(failure.what(), round.last);
+        }
         failing = true;
         return false;
     }

@@ -49,9 +49,20 @@ void LossBoard::claim() {
     ++claims;
 }
 
+void LossBoard::announce() {
+    MutexLock lock{mutex};
+    announced = claims != 0;
+}
+
+bool LossBoard::isAnnounced() {
+    MutexLock lock{mutex};
+    return announced;
+}
+
 void LossBoard::release() {
     MutexLock lock{mutex};
     --claims;
+    announced = announced && claims != 0;
     for (const auto& [store, count] : std::exchange(values, {})) {
         if (count != 0) {
             warn(store, std::to_string(count) + " more values kept are lost");

@@ -26,6 +26,9 @@ public:
     void lose(const std::string& store, StoreFault fault, std::size_t kept) VELK_EXCLUDES(mutex);
 
     void claim() VELK_EXCLUDES(mutex);
+    /// Whoever has claimed it tells it now; until the last one releases it.
+    void announce() VELK_EXCLUDES(mutex);
+    bool isAnnounced() VELK_EXCLUDES(mutex);
     /// Values that nobody took are told.
     void release() VELK_EXCLUDES(mutex);
     /// Values that were lost while somebody had claimed to tell it, since the last call.
@@ -34,6 +37,7 @@ public:
 private:
     velk::common::Mutex mutex;
     int claims VELK_GUARDED_BY(mutex){0};
+    bool announced VELK_GUARDED_BY(mutex){false};
     std::map<std::string, std::uint64_t> values VELK_GUARDED_BY(mutex); ///< by store; that were not told yet
     std::set<std::string> told VELK_GUARDED_BY(mutex);
 };

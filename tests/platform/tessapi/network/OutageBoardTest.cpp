@@ -191,6 +191,17 @@ TEST_F(OutageBoardTest, LossThatSomebodyHasClaimedIsLeftToHimTogetherWithTheValu
     EXPECT_EQ(said(), HEAD + "5 more values kept are lost\n") << "nobody has taken these";
 }
 
+TEST_F(OutageBoardTest, LossIsAnnouncedByWhoHasClaimedItUntilHeReleasesIt) {
+    losses.announce();
+    EXPECT_FALSE(losses.isAnnounced()) << "nobody has claimed it";
+    losses.claim();
+    EXPECT_FALSE(losses.isAnnounced());
+    losses.announce();
+    EXPECT_TRUE(losses.isAnnounced());
+    losses.release();
+    EXPECT_FALSE(losses.isAnnounced());
+}
+
 TEST_F(OutageBoardTest, FileThatWasRemovedIsToldOnceUntilItIsThereAgain) {
     const std::string file{"sqlite:/x/tess.db"};
     losses.lose(file, StoreFault::disappeared, 0);
