@@ -6,9 +6,11 @@
 #include "platform/tessapi/network/FunctionLibrary.h"
 #include "platform/tessapi/network/LinkError.h"
 #include "platform/tessapi/network/ServerRefusal.h"
+#include "platform/tessapi/network/Unpacker.h"
 
 #include <optional>
 #include <random>
+#include <string_view>
 
 namespace tessapi {
 
@@ -175,15 +177,51 @@ std::unique_ptr<RedisConnection> RedisLink::another() {
 std::pair<std::string, std::string> RedisLink::greet(bool create, const std::string& catalogue,
                                                      const Deadline& deadline) {
     const auto fresh = makeIdentity();
-    const auto answer = exchange(
-        [&](bool /*again*/) {
-            auto command = keys.function("hello", false);
-            command.add(identity).add(seen()).add(create ? "1" : "0").add(fresh);
-            command.add(rootIdentity()).add(catalogue);
-            return command.add(writers.values).add(writers.others).add(writers.givenUp());
-        },
-        false, deadline, Talk::greeting);
-    const auto word = answer.view().at(0).text();
+    const auto hello = [&](bool /*again*/) {
+        auto command = keys.function("hello", false);
+        command.add(identity).add(seen()).add(create ? "1" : "0").add(fresh);
+        command.add(rootIdentity()).add(catalogue);
+        return command.add(writers.values).add(writers.others).add(writers.givenUp());
+    };
+    try {
+        return enter(exchange(hello, false, deadline, Talk::greeting).view());
+    } catch (const ServerRefusal& refusal) {
+        if (!refusal.mayPass()) {
+            throw;
+        }
+        return enterToRead(refusal, deadline);
+    }
+}
+
+std::pair<std::string, std::string> RedisLink::enterToRead(const ServerRefusal& refusal,
+                                                           const Deadline& deadline) {
+    const auto ask = [&](const Command& command) {
+        return exchange([&](bool /*again*/) { return command; }, false, deadline, Talk::greeting);
+    };
+    const auto site = ask(
+        {"HMGET", keys.self, "id", "format", "catalogue", "history", "seq", "base", "w" + writers.values});
+    const auto textAt = [&site](std::size_t place) {
+        const auto part = site.view().at(place);
+        return part.isNil() ? std::string{} : std::string{part.text()};
+    };
+    const auto replication = ask({"INFO", "replication"});
+    const bool goesOn =
+        !textAt(0).empty() && (identity.empty() || identity == textAt(0)) &&
+        textAt(1) == std::to_string(FORMAT) && !textAt(3).empty() &&
+        replication.view().text().find("master_replid:" + textAt(3)) != std::string_view::npos &&
+        site.view().at(4).integer() >= seen();
+    if (!goesOn) {
+        throw refusal; // whatever is to be done about it is a write
+    }
+    note(site.view().at(4).integer());
+    noteBase(site.view().at(5).isNil() ? 0 : site.view().at(5).integer());
+    const auto calls = textAt(6);
+    greeted(calls.size() < sizeof(std::uint64_t) ? 0 : Unpacker{calls}.number<std::uint64_t>());
+    return {textAt(0), textAt(2)};
+}
+
+std::pair<std::string, std::string> RedisLink::enter(ReplyView answer) {
+    const auto word = answer.at(0).text();
     if (word == "gone") {
         lose();
     }
@@ -195,13 +233,13 @@ std::pair<std::string, std::string> RedisLink::greet(bool create, const std::str
     }
     if (word == "format") {
         throwStoreFault(store(), StoreFault::wrongVersion,
-                        "format " + std::string{answer.view().at(1).text()} + ", expected " +
+                        "format " + std::string{answer.at(1).text()} + ", expected " +
                             std::to_string(FORMAT));
     }
-    note(answer.view().at(2).integer());
-    noteBase(answer.view().at(4).integer());
-    greeted(answer.view().at(5).id());
-    return {std::string{answer.view().at(1).text()}, std::string{answer.view().at(3).text()}};
+    note(answer.at(2).integer());
+    noteBase(answer.at(4).integer());
+    greeted(answer.at(5).id());
+    return {std::string{answer.at(1).text()}, std::string{answer.at(3).text()}};
 }
 
 Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline, Talk talk) {

@@ -88,6 +88,12 @@ private:
     /// Gives identity and catalogue of the site.
     std::pair<std::string, std::string> greet(bool create, const std::string& catalogue,
                                               const Deadline& deadline) VELK_REQUIRES(mutex);
+    /// What the answer to a greeting means.
+    std::pair<std::string, std::string> enter(ReplyView answer);
+    /// Of a server that takes no writes for now, and thus no greeting. Throws `refusal` unless the history
+    /// that is known goes on there.
+    std::pair<std::string, std::string> enterToRead(const ServerRefusal& refusal, const Deadline& deadline)
+        VELK_REQUIRES(mutex);
     /// Of a connection that was just made; there is none any more when it throws.
     void greetAgain(const Deadline& deadline) VELK_REQUIRES(mutex);
     Reply exchange(const Make& make, bool again, const Deadline& deadline, Talk talk = Talk::work)

@@ -184,6 +184,34 @@ TEST_F(OutageTest, ValuesThatTheServerHasNoMemoryForArriveOnceItHas) {
     EXPECT_EQ(countOf("values are kept", text), 1U) << text;
 }
 
+TEST_F(OutageTest, ServerThatTakesNoWritesForNowIsReadFromAlsoOverANewConnection) {
+    const auto results = listener.watch(result);
+    writer.set(result, std::string{"1"});
+    await(results, qz::CValue{std::string{"1"}});
+    server.command({"CONFIG", "SET", "min-replicas-to-write", "1"});
+    NetworkClient late{url, false};
+    EXPECT_EQ(late.channels().getChannelCValue(result), qz::CValue{std::string{"1"}});
+    server.command({"CLIENT", "KILL", "TYPE", "normal", "SKIPME", "yes"});
+    EXPECT_EQ(listener.channels().getChannelCValue(result), qz::CValue{std::string{"1"}});
+    writer.set(result, std::string{"2"});
+    EXPECT_EQ(late.channels().getChannelCValue(result), qz::CValue{std::string{"1"}});
+    server.command({"CONFIG", "SET", "min-replicas-to-write", "0"});
+    await(results, qz::CValue{std::string{"2"}});
+    writer.set(result, std::string{"3"});
+    await(results, qz::CValue{std::string{"3"}});
+    EXPECT_TRUE(areNumbersUpTo(3, results.all()));
+}
+
+TEST_F(OutageTest, ServerThatTakesNoWritesForNowAndMayHaveOtherDataIsNotReadFrom) {
+    writer.set(result, std::string{"1"});
+    server.command({"HSET", "tess:{berlin}:site", "history", "of another server"});
+    server.command({"CONFIG", "SET", "min-replicas-to-write", "1"});
+    EXPECT_THROW((NetworkClient{url, false}), boost::system::system_error);
+    server.command({"CONFIG", "SET", "min-replicas-to-write", "0"});
+    NetworkClient late{url, false};
+    EXPECT_EQ(late.channels().getChannelCValue(result), qz::CValue{std::string{"1"}});
+}
+
 TEST_F(OutageTest, EveryWriteArrivesOnceAndInOrderAcrossCrashesUnderWay) {
     constexpr int COUNT = 1500;
     const auto results = listener.watch(result);
