@@ -10,6 +10,7 @@
 #include <csignal>
 #include <filesystem>
 #include <map>
+#include <sstream>
 #include <string>
 
 namespace velk::testing {
@@ -45,6 +46,17 @@ protected:
                   std::string::npos)
             << daemon->errors();
         EXPECT_NE(daemon->errors().find(", since 20"), std::string::npos) << daemon->errors();
+        expectNoOtherLine();
+    }
+
+    /// Of the loss: the server may have been away before.
+    void expectNoOtherLine() {
+        std::istringstream lines{daemon->errors()};
+        for (std::string line; std::getline(lines, line);) {
+            EXPECT_TRUE(line.find("; a new one begins in") != std::string::npos ||
+                        line.find(": cannot be reached: ") != std::string::npos)
+                << line;
+        }
     }
 
     /// The same channels with the same types and triggers, a value wherever there was one, and alarms.
