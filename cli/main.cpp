@@ -77,5 +77,9 @@ int main(int argc, char** argv) {
     }
     const ExitCode code = runReporting(line);
     std::cout.flush();
-    return static_cast<int>(std::cout.good() ? code : ExitCode::Failed);
+    if (!std::cout.good()) {
+        std::cerr << "tess: the output could not be written whole\n";
+        return static_cast<int>(ExitCode::Failed);
+    }
+    return static_cast<int>(code);
 }

@@ -107,6 +107,15 @@ TEST_F(WholeStoreTest, WhatCannotBeWrittenOrReadIsSaid) {
     EXPECT_THAT(err, HasSubstr("Is a directory"));
 }
 
+TEST_F(WholeStoreTest, StandardOutputThatTakesNotAllIsSaid) {
+    for (const char* command : {"export", "channels", "--json status"}) {
+        const std::string line = std::string{VELK_BINARY_DIR "/bin/tess "} + command + " > /dev/full";
+        velk::testing::ChildProcess shell{{"/bin/sh", "-c", line}, {"TESS_URL=" + sample.url()}};
+        EXPECT_EQ(shell.finish(), 1) << command;
+        EXPECT_EQ(shell.errors(), "tess: the output could not be written whole\n") << command;
+    }
+}
+
 TEST_F(WholeStoreTest, ExportWritesThroughWhatIsNoRegularFile) {
     ASSERT_EQ(mkfifo(file("pipe").c_str(), 0600), 0);
     std::string heard;
