@@ -4,6 +4,7 @@
 #include "platform/tessapi/InBandAccessor.h"
 
 #include <map>
+#include <string>
 #include <utility>
 
 namespace velk::powerdistribution::connectors {
@@ -53,12 +54,15 @@ void DeviceTessConnector::store(const HandlerData& data) {
         emplace(data);
     }
     constexpr auto attribute = tessapi::DeviceAttribute::path;
-    if (traffic->writes.isOpenHere()) {
-        traffic->writes.add(deviceId, attribute, data.path.nodesToString());
+    const std::string path = data.path.nodesToString();
+    tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
+    traffic->writes.settle(deviceId, attribute);
+    // Nobody may meet channels of a device that has no path yet.
+    if (traffic->writes.isOpenHere() && inBand.getDeviceAttribute(deviceId, attribute) == path) {
+        traffic->writes.add(deviceId, attribute, path);
         return;
     }
-    traffic->writes.settle(deviceId, attribute);
-    accessor.inbandAccessor().setDeviceAttribute(deviceId, attribute, data.path.nodesToString());
+    inBand.setDeviceAttribute(deviceId, attribute, path);
 }
 
 void DeviceTessConnector::emplace(const HandlerData& data) {
