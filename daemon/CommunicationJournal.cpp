@@ -3,6 +3,7 @@
 #include "daemon/WriteJournal.h"
 #include "platform/qz/CValue.h"
 #include "platform/tessapi/InBandAccessor.h"
+#include "platform/tessapi/StoreAdvice.h"
 
 #include <exception>
 #include <nlohmann/json.hpp>
@@ -130,7 +131,8 @@ void CommunicationJournal::writeOut() {
         unsaid = false;
         failing = false;
     } catch (const std::exception& failure) {
-        if (!std::exchange(failing, true)) {
+        // Whoever watches the store tells that it is lost.
+        if (!std::exchange(failing, true) && !tessapi::isStoreLost(failure)) {
             errors << std::string{"powerdistributiond: a link that came or went cannot be noted in the "
                                   "store: "} +
                           failure.what() + "; tess events will not show it until it can\n"

@@ -1,5 +1,6 @@
 // What the parts of the daemon say of a store that is lost, which its watch tells: nothing.
 
+#include "daemon/CommunicationJournal.h"
 #include "daemon/LogJournal.h"
 #include "daemon/WriteJournal.h"
 #include "platform/tessapi/LossClaim.h"
@@ -51,6 +52,23 @@ TEST_F(LostStoreWordsTest, JournalOfTheDevicesLogLeavesItToTheWatch) {
     journal.record(pieceOf(1));
     std::filesystem::remove(file);
     journal.record(pieceOf(2));
+    EXPECT_EQ(errors.str(), "");
+}
+
+TEST_F(LostStoreWordsTest, JournalOfTheLinksLeavesItToTheWatch) {
+    constexpr std::uint64_t STATE = 500;
+    const auto store = open();
+    CommunicationJournal journal{errors};
+    journal.begin(*store);
+    tessapi::ChannelRecord state;
+    state.id = STATE;
+    state.name = CommunicationJournal::STATE;
+    journal.meet({}, state, false);
+    std::filesystem::remove(file);
+    journal.take({STATE, qz::CValue{3U}, 5000});
+    journal.tick();
+    EXPECT_THROW(store->inbandAccessor().setChannelCValue(1, qz::CValue{1U}), std::exception)
+        << "it is there";
     EXPECT_EQ(errors.str(), "");
 }
 
