@@ -268,7 +268,7 @@ void BaseChannelTessConnector::setChannelAlarmConfiguration(std::uint64_t id, co
         }
         return;
     }
-    traffic->writes.settle(id);
+    traffic->writes.supersede(id, namesStates(config));
     tessapi::InBandAccessor& inBand = accessor.inbandAccessor();
     inBand.setChannelAlarmConfig(id, toQz(config));
     if (namesStates(config)) {

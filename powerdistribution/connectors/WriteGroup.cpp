@@ -24,6 +24,11 @@ bool isAmong(const Writes& writes, std::uint64_t channel) {
                        [channel](const auto& write) { return write.first == channel; });
 }
 
+template <class Writes>
+void drop(Writes& writes, std::uint64_t channel) {
+    std::erase_if(writes, [channel](const auto& write) { return write.first == channel; });
+}
+
 } // namespace
 
 void WriteGroup::run(tessapi::InBandAccessor& store, const std::function<void()>& work) {
@@ -69,12 +74,14 @@ void WriteGroup::add(std::uint64_t channel, const AlarmConfig& config) {
     if (hasValueOf(channel)) {
         writeAll(); // a group has its configurations first
     }
+    drop(waiting.alarmConfigs, channel); // which has not reached the store
     waiting.alarmConfigs.emplace_back(channel, config);
     take();
 }
 
 void WriteGroup::add(std::uint64_t channel, const qz::CMultistateMap& states) {
     MutexLock held{lock};
+    drop(waiting.states, channel);
     waiting.states.emplace_back(channel, states);
     take();
 }
@@ -125,6 +132,18 @@ void WriteGroup::settle(std::uint64_t device, tessapi::DeviceAttribute attribute
             return write.device == device && write.attribute == attribute;
         });
     });
+}
+
+void WriteGroup::supersede(std::uint64_t channel, bool withStates) {
+    settle(channel);
+    if (!isBusy) {
+        return;
+    }
+    MutexLock held{lock};
+    drop(waiting.alarmConfigs, channel);
+    if (withStates) {
+        drop(waiting.states, channel);
+    }
 }
 
 void WriteGroup::tellFailure() {

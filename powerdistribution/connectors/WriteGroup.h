@@ -22,7 +22,8 @@ namespace velk::powerdistribution::connectors {
 ///
 /// When the store refuses a group its writes are made one by one, so that one that fails takes no other
 /// along. A value or text that was refused is put right by whoever stores it, with the next try; a
-/// configuration is sent once only, so it goes on waiting, for the next group.
+/// configuration is sent once only, so it goes on waiting, for the next group, until its channel gets another
+/// one.
 ///
 /// Threads: any. The lock covers the writes; lock order: as a connector's channel lock, and behind it.
 class WriteGroup {
@@ -52,6 +53,9 @@ public:
     void settleValue(std::uint64_t channel) VELK_EXCLUDES(lock);
     /// Likewise for a text of a device; before it is read or written.
     void settle(std::uint64_t device, tessapi::DeviceAttribute attribute) VELK_EXCLUDES(lock);
+    /// As `settle` of the channel, before it gets another configuration at once, and other labels if
+    /// `withStates`: one that the store goes on refusing is dropped, for it must not follow the newer one.
+    void supersede(std::uint64_t channel, bool withStates) VELK_EXCLUDES(lock);
 
 private:
     std::exception_ptr close() VELK_EXCLUDES(lock);

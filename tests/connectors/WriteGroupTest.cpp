@@ -208,6 +208,57 @@ TEST_F(WriteGroupTest, AConfigurationThatFailedComesBeforeWhatIsWrittenToItsChan
     EXPECT_EQ(Calls{"setChannelAlarmConfig(1000, 0)"}, store.calls());
 }
 
+TEST_F(WriteGroupTest, AConfigurationThatIsRefusedAgainAndAgainWaitsOnce) {
+    for (const char* call : {"setChannelAlarmConfig", "setChannelMultistateMap"}) {
+        store.faults().failOn(call);
+    }
+    const auto configure = [this] {
+        group.run(inBand, [this] {
+            group.add(1000, WriteGroup::AlarmConfig{});
+            group.add(1000, qz::CMultistateMap{});
+            group.add(1001, WriteGroup::AlarmConfig{});
+        });
+    };
+    EXPECT_ANY_THROW(configure());
+    EXPECT_ANY_THROW(configure());
+    EXPECT_ANY_THROW(configure());
+    store.faults().recover();
+    store.forgetCalls();
+    group.run(inBand, [] {});
+    EXPECT_EQ((Calls{"setChannelAlarmConfig(1000, 0)", "setChannelAlarmConfig(1001, 0)",
+                     "setChannelMultistateMap(1000, 0)"}),
+              store.calls());
+}
+
+TEST_F(WriteGroupTest, AConfigurationThatFailedDoesNotFollowANewerOne) {
+    for (const char* call : {"setChannelAlarmConfig", "setChannelMultistateMap"}) {
+        store.faults().failOn(call);
+    }
+    EXPECT_ANY_THROW(group.run(inBand, [this] {
+        group.add(1000, WriteGroup::AlarmConfig{});
+        group.add(1000, qz::CMultistateMap{});
+        group.add(1001, WriteGroup::AlarmConfig{});
+        group.add(1001, qz::CMultistateMap{});
+    }));
+    group.supersede(1000, true);
+    group.supersede(1001, false);
+    store.faults().recover();
+    store.forgetCalls();
+    group.supersede(1000, true); // nothing of it waits
+    EXPECT_TRUE(store.calls().empty());
+    group.run(inBand, [] {});
+    EXPECT_EQ(Calls{"setChannelMultistateMap(1001, 0)"}, store.calls());
+}
+
+TEST_F(WriteGroupTest, WhatWaitsForAChannelIsWrittenBeforeItsNewConfiguration) {
+    group.run(inBand, [this] {
+        group.add(1000, qz::CValue{std::string{"one"}});
+        group.supersede(1000, true);
+        EXPECT_EQ("one", textOf("a"));
+    });
+    EXPECT_EQ(1u, store.calls().size());
+}
+
 TEST_F(WriteGroupTest, OtherThreadsDoNotWait) {
     bool isOpenThere = true;
     group.run(inBand, [&] {
