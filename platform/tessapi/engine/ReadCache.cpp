@@ -44,6 +44,9 @@ std::optional<std::map<std::uint64_t, qz::CValue>>
 ReadCache::valuesOf(std::uint64_t generation, std::span<const std::uint64_t> channels) {
     MutexLock lock{mutex};
     std::map<std::uint64_t, qz::CValue> values;
+    if (!isPresent(generation)) {
+        return std::nullopt; // so without channels too
+    }
     for (const auto channel : channels) {
         const auto* known = find(generation, channel);
         if (known == nullptr) {

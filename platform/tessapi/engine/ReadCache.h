@@ -22,7 +22,7 @@ public:
     /// Empty when it is not known in this generation.
     std::optional<qz::datatype> typeOf(std::uint64_t generation, std::uint64_t channel) VELK_EXCLUDES(mutex);
     std::optional<qz::CValue> valueOf(std::uint64_t generation, std::uint64_t channel) VELK_EXCLUDES(mutex);
-    /// Of all `channels`, or empty.
+    /// Of all `channels`, or empty; of none only while anything may be known at all.
     std::optional<std::map<std::uint64_t, qz::CValue>> valuesOf(std::uint64_t generation,
                                                                 std::span<const std::uint64_t> channels)
         VELK_EXCLUDES(mutex);

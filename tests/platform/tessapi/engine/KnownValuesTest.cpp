@@ -211,6 +211,7 @@ TEST(ReadCacheTest, SeveralValuesAreKnownOnlyAllTogether) {
     EXPECT_FALSE(cache.valuesOf(4, more));
     EXPECT_FALSE(cache.valuesOf(6, both));
     EXPECT_TRUE(cache.valuesOf(4, {})->empty());
+    EXPECT_FALSE(cache.valuesOf(6, {})) << "of that nothing is known";
 }
 
 TEST(GenerationTest, TheNumberIsOddWhileItIsHeldAndGreaterAfterwardsEvenIfAWriterWasKilled) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <thread>
@@ -117,6 +118,14 @@ TEST_F(ShortcutsTest, ACommitThatIsNoNewsLeavesTheStartAsItIs) {
     EXPECT_EQ(startOf(engine), start);
     other->setValue(channel, CValue{2U});
     EXPECT_EQ(startOf(engine), start + 1);
+}
+
+TEST_F(ShortcutsTest, AStartIsOfThePresentAlsoForWhoHasAPageThatTheOthersHaveLeft) {
+    const auto channel = other->emplaceChannel(1, SOURCE);
+    other->setValue(channel, CValue{1U});
+    std::filesystem::remove(path() + "-lock");
+    other->setValue(channel, CValue{2U}); // in another page from here on
+    EXPECT_EQ(startOf(engine), startOf(other)) << "an old write would be news to who begins to watch";
 }
 
 TEST_F(ShortcutsTest, AStartOverAChannelThatIsGoneHasNoValue) {
