@@ -38,7 +38,7 @@ public:
         pthread_mutex_t turns[TURNS]; ///< see `InterprocessLock`
         pthread_mutex_t lock;
         std::atomic<std::uint32_t> commits;    ///< rises with every one
-        std::atomic<std::uint32_t> waiting;    ///< 1 while some listener may sleep on `commits`
+        std::atomic<std::uint32_t> waiting;    ///< who may sleep on `commits`, see `Wakeup`
         std::atomic<std::uint32_t> breaks;     ///< see `LogBound`
         std::atomic<std::uint64_t> generation; ///< see `Generation`
         std::uint64_t newsLayout;              ///< how the rest is laid out, of whoever made the page
