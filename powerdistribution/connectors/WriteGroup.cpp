@@ -81,6 +81,9 @@ void WriteGroup::add(std::uint64_t channel, const AlarmConfig& config) {
 
 void WriteGroup::add(std::uint64_t channel, const qz::CMultistateMap& states) {
     MutexLock held{lock};
+    if (hasValueOf(channel)) {
+        writeAll(); // likewise: an alarm that the value raises is told by the labels of its time
+    }
     drop(waiting.states, channel);
     waiting.states.emplace_back(channel, states);
     take();

@@ -155,6 +155,14 @@ TEST_F(WriteGroupTest, AConfigurationStaysBehindAValueOfItsChannel) {
     EXPECT_EQ((Calls{"setChannelCValues(1000=one)", "setChannelAlarmConfig(1000, 0)"}), store.calls());
 }
 
+TEST_F(WriteGroupTest, LabelsStayBehindAValueOfTheirChannel) {
+    group.run(inBand, [this] {
+        group.add(1000, qz::CValue{std::string{"one"}});
+        group.add(1000, qz::CMultistateMap{});
+    });
+    EXPECT_EQ((Calls{"setChannelCValues(1000=one)", "setChannelMultistateMap(1000, 0)"}), store.calls());
+}
+
 TEST_F(WriteGroupTest, AConfigurationIsSettledBeforeItsChannelIsWritten) {
     group.run(inBand, [this] {
         group.add(1001, WriteGroup::AlarmConfig{});
