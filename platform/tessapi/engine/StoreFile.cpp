@@ -75,8 +75,11 @@ std::string StoreFile::useLockOf(const std::string& path) {
 }
 
 bool StoreFile::isKnown(const std::string& path) {
-    std::error_code error;
-    return fs::exists(useLockOf(path), error);
+    const auto isThere = [&path](const char* ending) {
+        std::error_code error;
+        return fs::exists(path + ending, error);
+    };
+    return isThere("-use") || isThere("-journal") || isThere("-wal");
 }
 
 void StoreFile::refuseStranger(const std::string& path, const std::string& store, bool create) {

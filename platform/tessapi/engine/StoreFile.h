@@ -17,7 +17,9 @@ std::string locate(const std::string& path, const std::string& store, bool creat
 /// The application that the file at `path` says it is of; 0 when it is not there or has no content.
 std::int64_t applicationId(const std::string& path, const std::string& store);
 
-/// Whether programs have worked on a store at `path`: each of them puts a lock beside it.
+/// Whether programs have worked on a store at `path`: each of them puts a lock beside it. So does a journal
+/// tell, which a power cut has left: the file itself may have any content then, until the database has
+/// recovered it.
 bool isKnown(const std::string& path);
 std::string useLockOf(const std::string& path);
 

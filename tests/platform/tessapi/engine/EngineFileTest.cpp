@@ -147,6 +147,23 @@ TEST_F(EngineFileTest, NothingIsLeftBesideAFileWithoutContentThatIsNotToBecomeAS
     EXPECT_FALSE(open()->uuidOf(1).isNil());
 }
 
+TEST_F(EngineFileTest, AFileThatAPowerCutHasTornIsRecoveredByItsJournal) {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(path().c_str(), &database), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(database,
+                           "PRAGMA cache_size=1; BEGIN; CREATE TABLE first(x);"
+                           "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 99)"
+                           "INSERT INTO first SELECT zeroblob(2000) FROM n",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    ASSERT_GT(std::filesystem::file_size(path()), 0U) << "nothing was written before the commit";
+    std::filesystem::copy_file(path() + "-journal", path() + ".saved");
+    sqlite3_close(database);
+    std::filesystem::rename(path() + ".saved", path() + "-journal");
+    std::ofstream{path(), std::ios::trunc} << std::string(4096, 'x');
+    EXPECT_FALSE(open()->uuidOf(1).isNil());
+}
+
 TEST_F(EngineFileTest, AFolderIsNoStore) {
     std::filesystem::create_directory(path());
     expectFault(StoreFault::foreign, [&] { open(); });
