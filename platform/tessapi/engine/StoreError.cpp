@@ -10,6 +10,7 @@ namespace {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): the base cannot destroy it
 class StoreCategory final : public boost::system::error_category {
 public:
     const char* name() const noexcept override { return "tess"; }
@@ -48,6 +49,7 @@ public:
     }
 };
 
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): the base cannot destroy it
 class SqliteCategory final : public boost::system::error_category {
 public:
     const char* name() const noexcept override { return "sqlite"; }

@@ -116,7 +116,7 @@ void StoreUrl::refuse(const std::string& reason) const {
 }
 
 std::string StoreUrl::runtimeFolder() {
-    if (const auto runtime = firstOf(environment("RUNTIME_DIRECTORY")); !runtime.empty()) {
+    if (auto runtime = firstOf(environment("RUNTIME_DIRECTORY")); !runtime.empty()) {
         return runtime;
     }
     if (mayWriteIn(RUNTIME_OF_MACHINE)) {
