@@ -1,5 +1,6 @@
-#include "platform/common/UnixTime.h"
 #include "platform/common/WallTime.h"
+
+#include "platform/common/UnixTime.h"
 
 #include <gtest/gtest.h>
 
