@@ -195,7 +195,7 @@ std::pair<std::string, std::string> RedisLink::greet(bool create, const std::str
 
 std::pair<std::string, std::string> RedisLink::enterToRead(const ServerRefusal& refusal,
                                                            const Deadline& deadline) {
-    const auto ask = [&](const Command& command) {
+    const auto ask = [&](const Command& command) VELK_REQUIRES(mutex) {
         return exchange([&](bool /*again*/) { return command; }, false, deadline, Talk::greeting);
     };
     const auto site = ask(
