@@ -16,7 +16,7 @@ constexpr const char* START_DAEMON = "is powerdistributiond running, and with th
 constexpr const char* JOIN_GROUP = "is this user in the group that owns the store (ls -l)?";
 constexpr const char* MAKE_SPACE = "make space, and what was kept in memory is written by itself";
 constexpr const char* REACH_SERVER = "is the store's server running, and does TESS_URL lead to it?";
-constexpr const char* SET_ASIDE =
+constexpr const char* SET_FILE_ASIDE =
     "stop powerdistributiond, set the file aside, \"tess import\" what \"tess export\" has kept, and start "
     "powerdistributiond";
 
@@ -30,7 +30,7 @@ std::string ofStore(StoreFault fault) {
     case StoreFault::foreign:
         return "TESS_URL must name a store";
     case StoreFault::corrupt:
-        return SET_ASIDE;
+        return SET_FILE_ASIDE;
     case StoreFault::unreachable:
         return REACH_SERVER;
     case StoreFault::lost:
@@ -51,7 +51,7 @@ std::string ofDatabase(int resultCode) {
     switch (resultCode & 0xff) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-        return SET_ASIDE;
+        return SET_FILE_ASIDE;
     case SQLITE_FULL:
         return MAKE_SPACE;
     case SQLITE_READONLY:
