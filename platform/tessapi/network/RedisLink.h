@@ -27,7 +27,7 @@ namespace tessapi {
 class RedisLink {
 public:
     /// Of what a site holds.
-    static constexpr std::int64_t FORMAT = 1;
+    static constexpr std::int64_t FORMAT = 2;
 
     /// Makes a command; `again` tells that it was sent before and that its answer was lost.
     using Make = std::function<Command(bool again)>;

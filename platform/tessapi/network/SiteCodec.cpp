@@ -39,7 +39,9 @@ SiteCodec::Row SiteCodec::unpackRow(std::string_view packed) {
     Unpacker from{packed};
     Row row;
     row.type = static_cast<qz::datatype>(from.number<std::uint8_t>());
-    from.number<std::uint8_t>(); // whether it has triggers, which tell themselves
+    if (from.number<std::uint8_t>() != 0) {
+        from.take(2 * sizeof(double)); // of use to the server only
+    }
     row.changedMs = from.number<std::int64_t>();
     row.seq = from.number<std::int64_t>();
     row.writtenMs = from.number<std::int64_t>();

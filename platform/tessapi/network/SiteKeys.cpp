@@ -29,7 +29,7 @@ SiteKeys::SiteKeys(const std::string& site) :
 }
 
 Command SiteKeys::function(const std::string& name, bool reads) const {
-    return Command{reads ? "FCALL_RO" : "FCALL", "tess2_" + name}.append(all);
+    return Command{reads ? "FCALL_RO" : "FCALL", "tess3_" + name}.append(all);
 }
 
 } // namespace tessapi

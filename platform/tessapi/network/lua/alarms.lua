@@ -41,21 +41,15 @@ local function holds(level, kind, low, high, value, number)
   return false
 end
 
-local function is_active(trigger, value)
-  return holds(trigger.level, trigger.kind, trigger.low, trigger.high, value, number_of(value))
-end
-
--- Whether one of the packed triggers is active and should not be, or the other way round.
-local function is_outdated(text, value)
-  local number, place = number_of(value), 1
-  local level, kind, active, low, high, _
-  while place <= #text do
-    level, kind, _, _, active, low, high, _, _, place = struct.unpack(TRIGGER, text, place)
-    if holds(level, kind, low, high, value, number) ~= (active == 1) then
-      return true
-    end
+-- Tells each trigger whether it is active at the value; gives whether one was told something new.
+local function activate(triggers, value)
+  local number, changed = number_of(value), false
+  for _, t in ipairs(triggers) do
+    local active = holds(t.level, t.kind, t.low, t.high, value, number) and 1 or 0
+    changed = changed or active ~= t.active
+    t.active = active
   end
-  return false
+  return changed
 end
 
 local function by_key(a, b)
@@ -65,6 +59,40 @@ local function by_key(a, b)
     return a.priority < b.priority
   end
   return a.code < b.code
+end
+
+-- Two numbers between which, or at which when they are one, no trigger compares otherwise than it does with this
+-- value: the thresholds next to it. Most values need nothing else to be looked at.
+local function quiet_of(triggers, value)
+  local number, low, high = number_of(value), -math.huge, math.huge
+  if not number then
+    return struct.pack('<dd', high, low) -- holds no number
+  end
+  for _, t in ipairs(triggers) do
+    for _, threshold in ipairs({number_of(t.low) or low, number_of(t.high) or low}) do
+      if threshold < number then
+        low = math.max(low, threshold)
+      elseif threshold > number then
+        high = math.min(high, threshold)
+      else
+        return struct.pack('<dd', number, number)
+      end
+    end
+  end
+  return struct.pack('<dd', low, high)
+end
+
+local function is_quiet(row, value)
+  local number, low, high = number_of(value), struct.unpack('<dd', row, 3)
+  return number and ((low < number and number < high) or (low == number and number == high))
+end
+
+-- What a row begins with.
+local function head_of(kind, triggers, value)
+  if #triggers == 0 then
+    return string.char(kind, 0)
+  end
+  return string.char(kind, 1) .. quiet_of(triggers, value)
 end
 
 -- The active ones by what tells them apart, and in order; of several with one key the first.
@@ -146,6 +174,9 @@ local function in_parts(list, work)
 end
 
 local function fields_of(key, fields)
+  if #fields > 0 and #fields <= AT_ONCE then
+    return redis.call('HMGET', key, unpack(fields))
+  end
   local all = {}
   in_parts(fields, function(first, last)
     for i, found in ipairs(redis.call('HMGET', key, unpack(fields, first, last))) do
@@ -190,19 +221,17 @@ local function announce_alarms(write, device)
   redis.call('ZADD', write.keys[MARKS], whole(seq), KIND_ALARMS .. ':' .. device)
 end
 
-local function evaluate(write, channel, value)
+-- Gives what the channel's row begins with from now on.
+local function evaluate(write, channel, kind, value)
   local keys = write.keys
   local text = redis.call('HGET', keys[ALARMS], channel)
-  if not is_outdated(text, value) then
-    return
+  local triggers = unpack_triggers(text)
+  if activate(triggers, value) then
+    redis.call('HSET', keys[ALARMS], channel, pack_triggers(triggers))
+    if note_alarms(write, channel, value, unpack_triggers(text), triggers) then
+      announce_alarms(write, (info_of(keys, channel)))
+    end
   end
-  local before, after = unpack_triggers(text), unpack_triggers(text)
-  for _, t in ipairs(after) do
-    t.active = is_active(t, value) and 1 or 0
-  end
-  redis.call('HSET', keys[ALARMS], channel, pack_triggers(after))
-  if note_alarms(write, channel, value, before, after) then
-    announce_alarms(write, (info_of(keys, channel)))
-  end
+  return head_of(kind, triggers, value)
 end
 

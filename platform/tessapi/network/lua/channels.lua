@@ -2,14 +2,15 @@
 
 -- Why not all of these values can be set; nil when they can.
 local function refusal(keys, ids, changes, rows)
-  for i, id in ipairs(ids) do
-    local row = rows[i]
+  local byte = string.byte
+  for i = 1, #ids do
+    local id, row = ids[i], rows[i]
     if not row then
       return {'unknown', id}
     end
-    if string.byte(row, 1) + 1 ~= string.byte(changes[i], 22) then
+    if byte(row) + 1 ~= byte(changes[i], 22) then
       local _, _, name = info_of(keys, id)
-      return {'type', id, string.byte(row, 1), name}
+      return {'type', id, byte(row), name}
     end
   end
 end
@@ -17,21 +18,24 @@ end
 -- Each with its row; the same channel may come several times.
 local function apply(write, ids, changes, rows)
   local sub, byte, pack = string.sub, string.byte, struct.pack
-  local latest, fields, count, list = {}, {}, 0, write.changes
-  for i, id in ipairs(ids) do
-    local row, change = latest[id] or rows[i], changes[i]
-    local changed = same(sub(row, 31), sub(change, 22)) and sub(row, 3, 10) or sub(change, 10, 17)
-    local seq = write.seq + 1
+  local latest, fields, list = {}, {}, write.changes
+  for i = 1, #ids do
+    local id, change = ids[i], changes[i]
+    local row = latest[id] or rows[i]
+    local is_watched = byte(row, 2) == 1
+    local size = is_watched and WATCHED or PLAIN
+    local written_and_value, value = sub(change, 10), sub(change, 22)
+    local written, head, seq = sub(change, 10, 17), sub(row, 1, size), write.seq + 1
     write.seq = seq
     list[#list + 1] = change
-    row = sub(row, 1, 2) .. changed .. pack('<I8', seq) .. sub(change, 10)
-    latest[id] = row
-    fields[count + 1], fields[count + 2] = id, row
-    count = count + 2
-    if byte(row, 2) == 1 then
-      write.time = sub(change, 10, 17)
-      evaluate(write, id, sub(row, 31))
+    if is_watched and not is_quiet(row, value) then
+      write.time = written
+      head = evaluate(write, id, byte(row), value)
     end
+    local changed = same(sub(row, size + 29), value) and sub(row, size + 1, size + 8) or written
+    row = head .. changed .. pack('<I8', seq) .. written_and_value
+    latest[id] = row
+    fields[2 * i - 1], fields[2 * i] = id, row
   end
   set_fields(write.keys[VALUES], fields)
 end
@@ -49,10 +53,10 @@ local function set_values(keys, args)
   elseif write.number > write.done + 1 and args[AGAIN] ~= '1' then
     return {'behind', whole(write.done)}
   end
-  local ids, changes = {}, {}
+  local ids, changes, count = {}, {}, 0
   for i = OWN, #args, 2 do
-    ids[#ids + 1] = args[i]
-    changes[#changes + 1] = args[i + 1]
+    count = count + 1
+    ids[count], changes[count] = args[i], args[i + 1]
   end
   local rows = fields_of(keys[VALUES], ids)
   local refused = refusal(keys, ids, changes, rows)
@@ -62,11 +66,6 @@ local function set_values(keys, args)
   apply(write, ids, changes, rows)
   commit(write)
   return write.seq
-end
-
-
-local function trigger_mark(row, has_triggers)
-  return string.sub(row, 1, 1) .. string.char(has_triggers and 1 or 0) .. string.sub(row, 3)
 end
 
 -- Channel, packed triggers.
@@ -82,15 +81,13 @@ local function set_alarms(keys, args)
   end
   local value = value_of(row)
   local before, after = unpack_triggers(redis.call('HGET', keys[ALARMS], channel)), unpack_triggers(args[OWN + 1])
-  for _, t in ipairs(after) do
-    t.active = is_active(t, value) and 1 or 0
-  end
+  activate(after, value)
   if #after > 0 then
     redis.call('HSET', keys[ALARMS], channel, pack_triggers(after))
   else
     redis.call('HDEL', keys[ALARMS], channel)
   end
-  redis.call('HSET', keys[VALUES], channel, trigger_mark(row, #after > 0))
+  redis.call('HSET', keys[VALUES], channel, head_of(string.byte(row), after, value) .. string.sub(row, head_size(row) + 1))
   if note_alarms(write, channel, value, before, after) then
     announce_alarms(write, (info_of(keys, channel)))
   end
@@ -227,11 +224,10 @@ local function retype(keys, args)
         struct.pack('<I8I4c0', tonumber(device), #args[i + 2], args[i + 2]) .. name)
       if string.byte(row, 1) ~= kind then
         put_states(keys, id, args[i + 3])
-        redis.call('HSET', keys[VALUES], id, string.char(kind, string.byte(row, 2)) .. string.rep('\0', 8) ..
-          string.sub(row, 11, 18) .. string.rep('\0', 12))
-        if string.byte(row, 2) == 1 then
-          evaluate(write, id, '')
-        end
+        local size = head_size(row)
+        local head = size == WATCHED and evaluate(write, id, kind, '') or string.char(kind, 0)
+        redis.call('HSET', keys[VALUES], id, head .. string.rep('\0', 8) ..
+          string.sub(row, size + 9, size + 16) .. string.rep('\0', 12))
       end
     end
   end

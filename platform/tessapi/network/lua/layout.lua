@@ -9,7 +9,8 @@ local DEVICES, UUIDS, TREE, NAMES, RECORDS = 11, 12, 13, 14, 15
 -- site        hash    id, format, seq (last change), dev, chan, ev, rec (last numbers given), catalogue; history
 --                     (the server's name of what it has), base (changes since have greater numbers), before (the
 --                     last number of the history before it); 'w' and a writer -> its last call 8, seq then 8
--- values      hash    channel -> type 1, triggers 1, changed 8, seq 8, then: written 8, size 4, value
+-- values      hash    channel -> type 1, triggers 1; with triggers quiet 16, see quiet_of; then changed 8, seq 8,
+--                     written 8, size 4, value
 -- news        stream  SEQ-0 of the last of some changes -> c: the changes, m: writer 8, number of its call 8
 --                     a change is kind 1, object 8, time 8, size 4, value
 -- channels    hash    channel -> device 8, size 4, description, name
@@ -26,7 +27,7 @@ local DEVICES, UUIDS, TREE, NAMES, RECORDS = 11, 12, 13, 14, 15
 -- records     stream  NUMBER-0 -> r: as its writer made it
 -- Numbers are little-endian, times milliseconds since 1970. A value begins with the number of its alternative.
 
-local FORMAT = '1'
+local FORMAT = '2'
 local KIND_VALUE, KIND_ATTRIBUTE, KIND_ALARMS = 0, 1, 2
 local TRIGGER = '<I4i1i4I4BI4c0I4c0I4c0I4c0' -- level, type, priority, word, active, thresholds, code, extra
 local EVENT = '<BI8I8I4i4i1I4c0I4c0I4c0I4c0I4c0I4c0I4c0'
@@ -68,8 +69,14 @@ local function same(old, new)
   return (kind == 6 or kind == 7) and number_of(old) == number_of(new)
 end
 
+local PLAIN, WATCHED = 2, 18 -- sizes of what precedes the times of a row without and with triggers
+
+local function head_size(row)
+  return string.byte(row, 2) == 1 and WATCHED or PLAIN
+end
+
 local function value_of(row)
-  return string.sub(row, 31)
+  return string.sub(row, head_size(row) + 29)
 end
 
 ---- Changes

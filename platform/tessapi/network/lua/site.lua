@@ -125,14 +125,11 @@ local function fill(keys, args)
   for _ = 1, tonumber(args[OWN + 4]) do
     local id, device, name, kind, description, times_and_value, states, triggers = take(8)
     insert_channel(keys, id, device, name, tonumber(kind), description)
-    local row = string.char(tonumber(kind), triggers ~= '' and 1 or 0) .. times_and_value
-    redis.call('HSET', keys[VALUES], id, row)
+    local list, value = unpack_triggers(triggers), string.sub(times_and_value, 29)
+    activate(list, value)
+    redis.call('HSET', keys[VALUES], id, head_of(tonumber(kind), list, value) .. times_and_value)
     put_states(keys, id, states)
-    if triggers ~= '' then
-      local list = unpack_triggers(triggers)
-      for _, t in ipairs(list) do
-        t.active = is_active(t, value_of(row)) and 1 or 0
-      end
+    if #list > 0 then
       redis.call('HSET', keys[ALARMS], id, pack_triggers(list))
     end
   end
@@ -199,7 +196,7 @@ local function summary(keys, args)
   local since, rows = tonumber(args[1]), {}
   local all = redis.call('HGETALL', keys[VALUES])
   for i = 1, #all, 2 do
-    if struct.unpack('<I8', all[i + 1], 11) > since then
+    if struct.unpack('<I8', all[i + 1], head_size(all[i + 1]) + 9) > since then
       rows[#rows + 1] = all[i]
       rows[#rows + 1] = all[i + 1]
     end
@@ -209,7 +206,7 @@ local function summary(keys, args)
 end
 
 local function register(name, callback, flags)
-  redis.register_function{function_name = 'tess2_' .. name, callback = callback, flags = flags}
+  redis.register_function{function_name = 'tess3_' .. name, callback = callback, flags = flags}
 end
 
 -- Who only reads may begin also while the server has no memory for writes.
@@ -233,5 +230,5 @@ register('reach', reach, {'no-writes'})
 register('look', look, {'no-writes'})
 register('summary', summary, {'no-writes'})
 -- Which version the library of a server is, whatever its functions are called.
-redis.register_function{function_name = 'tess_version', callback = function() return 2 end, flags = {'no-writes'}}
+redis.register_function{function_name = 'tess_version', callback = function() return 3 end, flags = {'no-writes'}}
 

@@ -287,7 +287,7 @@ TEST_F(OutageTest, NewerFunctionsOnTheServerAreToldWithBothVersions) {
     } catch (const boost::system::system_error& failure) {
         EXPECT_EQ(failure.code(),
                   (boost::system::error_code{static_cast<int>(StoreFault::wrongVersion), storeCategory()}));
-        EXPECT_NE(std::string{failure.what()}.find("version 99, expected 2"), std::string::npos)
+        EXPECT_NE(std::string{failure.what()}.find("version 99, expected 3"), std::string::npos)
             << failure.what();
     }
 }

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -89,6 +90,86 @@ TEST_F(RedisRulesTest, TriggersHoldAsTheEvaluatorSays) {
             }
         }
     }
+}
+
+/// What the steps of a value may be, the thresholds of its triggers likewise.
+const std::vector<std::vector<CValue>>& steps() {
+    constexpr auto endless = std::numeric_limits<float>::infinity();
+    static const std::vector<std::vector<CValue>> all{
+        {CValue{-endless}, CValue{-1.5F}, CValue{-1.0F}, CValue{-0.0F}, CValue{0.0F}, CValue{0.5F},
+         CValue{1.0F}, CValue{7.5F}, CValue{endless}, CValue{std::nanf("")}},
+        {CValue{-1}, CValue{0}, CValue{1}, CValue{2}, CValue{3}, CValue{4}},
+        {CValue{false}, CValue{true}},
+        {CValue{qz::CTimestamp{1, "%F"}}, CValue{qz::CTimestamp{2, "%F"}}, CValue{qz::CTimestamp{3, "%F"}}},
+        {CValue{"a"}, CValue{"b"}, CValue{""}},
+    };
+    return all;
+}
+
+TEST_F(RedisRulesTest, AlarmsFollowAValueOverItsThresholdsAndBack) {
+    std::mt19937 random{20'261'122};
+    const auto oneOf = [&](const std::vector<CValue>& values) { return values[random() % values.size()]; };
+    for (int run = 0; run < 60; ++run) {
+        const auto& values = steps()[static_cast<std::size_t>(run) % steps().size()];
+        retype(values.front());
+        qz::tess::CSingleAlarmConfig config;
+        for (int i = 0; i < 3; ++i) {
+            const auto type = static_cast<std::int8_t>(1 + random() % 4);
+            const auto other = random() % 4 == 0 ? CValue{} : oneOf(values);
+            const auto level = random() % 8 == 0 ? LevelAlarm{} : LevelAlarm::warning;
+            config.triggers.push_back({level, type, oneOf(values), other, -1, std::to_string(i), {}, 0});
+        }
+        engine->setValue(CHANNEL, oneOf(values));
+        engine->setAlarmConfig(CHANNEL, config);
+        for (int step = 0; step < 20; ++step) {
+            const auto value = oneOf(values);
+            engine->setValue(CHANNEL, value);
+            std::set<std::string> expected;
+            for (const auto& trigger : config.triggers) {
+                if (AlarmEvaluator::isActive(trigger, value)) {
+                    expected.insert(trigger.code);
+                }
+            }
+            std::set<std::string> active;
+            for (const auto& alarm : record().activeAlarms) {
+                active.insert(alarm.code);
+            }
+            ASSERT_EQ(active, expected) << value << " in run " << run;
+        }
+    }
+}
+
+TEST_F(RedisRulesTest, TriggersAreNotReadWhileNoThresholdIsNear) {
+    retype(CValue{0.0F});
+    engine->setValue(CHANNEL, CValue{1.0F});
+    ASSERT_FALSE(isActive({LevelAlarm::warning, 1, CValue{50}, {}, -1, "", {}, 0}));
+    const auto readsOf = [&](float value) {
+        server.command({"CONFIG", "RESETSTAT"});
+        engine->setValue(CHANNEL, CValue{value});
+        return server.info("cmdstat_hget").substr(0, 8);
+    };
+    EXPECT_EQ(readsOf(49), "");
+    EXPECT_NE(readsOf(51), "");
+    EXPECT_EQ(readsOf(52), "") << "the alarm stays";
+    EXPECT_NE(readsOf(50), "");
+    EXPECT_EQ(readsOf(50), "") << "the same again";
+    EXPECT_NE(readsOf(2), "");
+    EXPECT_EQ(readsOf(3), "");
+}
+
+TEST_F(RedisRulesTest, AlarmsFollowTheValuesOfAFilledStore) {
+    const auto channel =
+        engine->emplaceChannel(ITessAccessor::ROOT_DEVICE, "PowerDistribution.Measure.Voltage");
+    qz::tess::CSingleAlarmConfig config;
+    config.triggers = {{LevelAlarm::warning, 1, CValue{250.0F}, {}, -1, "", {}, 0}};
+    engine->setAlarmConfig(channel, config);
+    engine->setValue(channel, CValue{230.0F});
+    const auto filled = Engine::open(StoreUrl{url + "2"}, true);
+    filled->fill(engine->image());
+    filled->setValue(channel, CValue{251.0F});
+    EXPECT_TRUE(filled->mostCriticalOf(ITessAccessor::ROOT_DEVICE));
+    filled->setValue(channel, CValue{249.0F});
+    EXPECT_FALSE(filled->mostCriticalOf(ITessAccessor::ROOT_DEVICE));
 }
 
 TEST_F(RedisRulesTest, AWriteChangesAValueAsTheCodecSays) {

@@ -150,7 +150,7 @@ TEST_F(StrangeServerTest, WhateverItAnswersIsAValueOrAFailureOfTheStore) {
 
 TEST_F(StrangeServerTest, NothingIsReadFromAServerThatHasAnotherStoreUnderTheName) {
     const auto engine = open();
-    answerTo("hello", "*2\r\n+format\r\n+2\r\n");
+    answerTo("hello", "*2\r\n+format\r\n+99\r\n");
     answerTo("HGET", ""); // the connection breaks
     EXPECT_THROW(engine->attribute(1, 7), boost::system::system_error);
     answerTo("HGET", bulk("of the other store"));
