@@ -3,131 +3,147 @@
 #include "platform/common/Mutex.h"
 
 #include <algorithm>
-#include <chrono>
-#include <ctime>
+#include <condition_variable>
+#include <csignal>
+#include <map>
 #include <netdb.h>
+#include <optional>
 #include <sys/socket.h>
+#include <system_error>
+#include <thread>
 #include <utility>
-#include <vector>
 
 namespace velk::common {
 
-/// All that the resolver's thread refers to while it works.
-struct AddressLookup::Request {
-    Request(const std::string& hostName, std::uint16_t portNumber) :
-        host{hostName}, port{std::to_string(portNumber)} {
+/// One question to the resolver and its answer. Threads: any.
+class AddressLookup::Question {
+public:
+    Question(std::string hostName, std::uint16_t portNumber) :
+        host{std::move(hostName)}, port{std::to_string(portNumber)} {}
+    ~Question() {
+        if (found != nullptr) {
+            freeaddrinfo(found);
+        }
+    }
+    Question(const Question&) = delete;
+    Question& operator=(const Question&) = delete;
+
+    /// Asks, however long that takes, unless `flags` keep the resolver out of it.
+    void ask(int flags = 0) VELK_EXCLUDES(mutex) {
+        addrinfo hints{};
         hints.ai_family = AF_UNSPEC;
         hints.ai_socktype = SOCK_STREAM;
-        hints.ai_flags = AI_NUMERICSERV;
-        lookup.ar_name = host.c_str();
-        lookup.ar_service = port.c_str();
-        lookup.ar_request = &hints;
-    }
-    ~Request() {
-        if (lookup.ar_result != nullptr) {
-            freeaddrinfo(lookup.ar_result);
-        }
-    }
-    Request(const Request&) = delete;
-    Request& operator=(const Request&) = delete;
-
-    /// Whether the host is an address already; then it is in `lookup`.
-    bool isAddress() {
-        addrinfo numeric = hints;
-        numeric.ai_flags |= AI_NUMERICHOST;
-        return getaddrinfo(host.c_str(), port.c_str(), &numeric, &lookup.ar_result) == 0;
-    }
-
-    std::string host;
-    std::string port;
-    addrinfo hints{};
-    gaicb lookup{};
-};
-
-/// What the resolver's threads still write into and nobody waits for. Threads: any.
-class AddressLookup::Abandoned {
-public:
-    using RequestPtr = std::unique_ptr<Request>;
-
-    static Abandoned& ofProcess() {
-        // Never destroyed: the resolver does not end with the program's objects.
-        static auto& all = *new Abandoned; // NOLINT(cppcoreguidelines-owning-memory)
-        return all;
-    }
-
-    void add(RequestPtr request) VELK_EXCLUDES(mutex) {
+        hints.ai_flags = AI_NUMERICSERV | flags;
+        addrinfo* list = nullptr;
+        const int answer = getaddrinfo(host.c_str(), port.c_str(), &hints, &list);
         const MutexLock lock{mutex};
-        requests.push_back(std::move(request));
+        result = answer;
+        found = answer == 0 ? list : nullptr;
+        answered.notify_all();
     }
 
-    /// The one that asks the same and is not answered yet; null when there is none. The others that have been
-    /// answered by now go.
-    RequestPtr takeLike(const Request& wanted) VELK_EXCLUDES(mutex) {
-        const MutexLock lock{mutex};
-        requests.erase(
-            std::remove_if(requests.begin(), requests.end(),
-                           [](const auto& request) { return gai_error(&request->lookup) != EAI_INPROGRESS; }),
-            requests.end());
-        const auto like = std::find_if(requests.begin(), requests.end(), [&wanted](const auto& request) {
-            return request->host == wanted.host && request->port == wanted.port;
-        });
-        if (like == requests.end()) {
-            return nullptr;
+    /// 0 or what getaddrinfo says otherwise; nothing when it says nothing within the time.
+    std::optional<int> await(Clock::Duration timeout) VELK_EXCLUDES(mutex) {
+        Clock& clock = Clock::system();
+        const auto limit = clock.now() + std::max(timeout, Clock::Duration::zero());
+        MutexLock lock{mutex};
+        for (auto now = clock.now(); !result && now < limit; now = clock.now()) {
+            clock.waitFor(answered, lock, limit - now);
         }
-        auto taken = std::move(*like);
-        requests.erase(like);
-        return taken;
+        return result;
     }
+
+    const addrinfo* list() VELK_EXCLUDES(mutex) {
+        const MutexLock lock{mutex};
+        return found;
+    }
+
+    const std::string host;
+    const std::string port;
 
 private:
     Mutex mutex;
-    std::vector<RequestPtr> requests VELK_GUARDED_BY(mutex);
+    std::condition_variable_any answered;
+    std::optional<int> result VELK_GUARDED_BY(mutex);
+    addrinfo* found VELK_GUARDED_BY(mutex){nullptr};
 };
 
-namespace {
+/// What the resolver looks for at present, each with a thread of its own: the resolver cannot be interrupted,
+/// and its threads end when it answers. Threads: any.
+class AddressLookup::Desk {
+public:
+    static Desk& ofProcess() {
+        // Never destroyed: the resolver does not end with the program's objects.
+        static auto& desk = *new Desk; // NOLINT(cppcoreguidelines-owning-memory)
+        return desk;
+    }
 
-timespec lookupTime(Clock::Duration timeout) {
-    const auto left = std::max(timeout, Clock::Duration::zero());
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-    return {static_cast<std::time_t>(seconds.count()), static_cast<long>((left - seconds).count())};
-}
+    /// The question that asks the same and is not answered yet, else this one, which is asked from now on.
+    /// Throws std::system_error when there is no thread for it.
+    QuestionPtr put(const QuestionPtr& question) VELK_EXCLUDES(mutex) {
+        const MutexLock lock{mutex};
+        const auto [place, isNew] = open.emplace(std::pair{question->host, question->port}, question);
+        if (isNew) {
+            try {
+                begin(question);
+            } catch (...) {
+                open.erase(place);
+                throw;
+            }
+        }
+        return place->second;
+    }
 
-} // namespace
+private:
+    void begin(const QuestionPtr& question) {
+        // Whatever the program does on a signal is not for this thread.
+        sigset_t all;
+        sigset_t before;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before);
+        try {
+            std::thread{[this, question] {
+                question->ask();
+                close(*question);
+            }}.detach();
+        } catch (...) {
+            pthread_sigmask(SIG_SETMASK, &before, nullptr);
+            throw;
+        }
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    }
+
+    void close(const Question& question) VELK_EXCLUDES(mutex) {
+        const MutexLock lock{mutex};
+        open.erase({question.host, question.port});
+    }
+
+    Mutex mutex;
+    std::map<std::pair<std::string, std::string>, QuestionPtr> open VELK_GUARDED_BY(mutex);
+};
 
 AddressLookup::AddressLookup(const std::string& host, std::uint16_t port, Clock::Duration timeout) :
-    request{std::make_unique<Request>(host, port)} {
-    if (request->isAddress()) {
+    question{std::make_shared<Question>(host, port)} {
+    question->ask(AI_NUMERICHOST);
+    if (question->list() != nullptr) {
         return;
     }
-    const int result = ask(timeout);
-    if (result != 0) {
-        reason = "the address of " + host + " was not found: " +
-                 (result == EAI_INPROGRESS ? std::string{"no answer in time"} : gai_strerror(result));
-    }
-    if (result == EAI_INPROGRESS && gai_cancel(&request->lookup) == EAI_NOTCANCELED) {
-        Abandoned::ofProcess().add(std::move(request));
-    }
-}
-
-int AddressLookup::ask(Clock::Duration timeout) {
-    if (auto running = Abandoned::ofProcess().takeLike(*request)) {
-        request = std::move(running);
-    } else {
-        gaicb* lookups[] = {&request->lookup};
-        if (const int failure = getaddrinfo_a(GAI_NOWAIT, lookups, 1, nullptr); failure != 0) {
-            return failure;
+    const std::string notFound{"the address of " + host + " was not found: "};
+    try {
+        question = Desk::ofProcess().put(std::make_shared<Question>(host, port));
+        const auto result = question->await(timeout);
+        if (result != 0) {
+            reason = notFound + (result ? gai_strerror(*result) : "no answer in time");
         }
+    } catch (const std::system_error& failure) {
+        reason = notFound + failure.what();
     }
-    const gaicb* const lookups[] = {&request->lookup};
-    const timespec limit = lookupTime(timeout);
-    gai_suspend(lookups, 1, &limit);
-    return gai_error(&request->lookup);
 }
 
 AddressLookup::~AddressLookup() = default;
 
 const addrinfo* AddressLookup::first() const {
-    return request ? request->lookup.ar_result : nullptr;
+    return reason.empty() ? question->list() : nullptr;
 }
 
 } // namespace velk::common

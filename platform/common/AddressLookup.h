@@ -29,13 +29,11 @@ public:
     const addrinfo* first() const;
 
 private:
-    struct Request;
-    class Abandoned;
+    class Question;
+    class Desk;
+    using QuestionPtr = std::shared_ptr<Question>;
 
-    /// Asks the resolver and waits; gives its answer.
-    int ask(Clock::Duration timeout);
-
-    std::unique_ptr<Request> request; ///< null when it was left to the resolver's thread
+    QuestionPtr question; ///< shared with others who ask the same, and with the resolver's thread
     std::string reason;
 };
 

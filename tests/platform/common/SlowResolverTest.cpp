@@ -3,104 +3,112 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstddef>
-#include <cstdint>
+#include <condition_variable>
+#include <csignal>
 #include <dlfcn.h>
+#include <mutex>
 #include <netdb.h>
 #include <string>
-#include <vector>
 
 namespace velk::common {
 namespace {
 
-/// A resolver in the place of the machine's that answers when the test says, for hosts whose names end with
-/// ".slow".
-struct SlowResolver {
-    static bool isFor(const gaicb& lookup) {
-        const std::string host{lookup.ar_name};
+/// A resolver in the place of the machine's that knows no host and says so when the test lets it, for hosts
+/// whose names end with ".slow".
+class SlowResolver {
+public:
+    static bool isFor(const std::string& host) {
         return host.size() > 5 && host.compare(host.size() - 5, 5, ".slow") == 0;
     }
 
-    std::atomic<int> asked{0};
-    std::atomic<int> answer{EAI_INPROGRESS};
-    std::atomic<int> looked{0}; ///< at a request that was not answered
+    int resolve() {
+        std::unique_lock lock{mutex};
+        ++asked;
+        sigset_t blocked;
+        pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+        takesSignals = takesSignals || sigismember(&blocked, SIGTERM) == 0;
+        changed.notify_all();
+        changed.wait(lock, [this] { return answers > 0; });
+        --answers;
+        return EAI_NONAME;
+    }
+
+    void awaitAsked(int times) {
+        std::unique_lock lock{mutex};
+        changed.wait(lock, [&] { return asked >= times; });
+    }
+
+    void answer(int times) {
+        const std::lock_guard lock{mutex};
+        answers += times;
+        changed.notify_all();
+    }
+
+    int timesAsked() {
+        const std::lock_guard lock{mutex};
+        return asked;
+    }
+
+    bool hasTakenSignals() {
+        const std::lock_guard lock{mutex};
+        return takesSignals;
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable changed;
+    int asked{0};
+    int answers{0};
+    bool takesSignals{false};
 };
 
-SlowResolver resolver;
-
-template <class Function>
-Function* ofTheMachine(Function* /*type*/, const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+SlowResolver& resolver() {
+    static auto& only = *new SlowResolver; // its threads may outlive the program's objects
+    return only;
 }
 
 } // namespace
 } // namespace velk::common
 
-using velk::common::resolver;
-
-// Found before those of the machine, also by the library.
-extern "C" {
-
-VELK_EXPORT int getaddrinfo_a(int mode, gaicb* list[], int count, sigevent* event) {
-    if (!velk::common::SlowResolver::isFor(*list[0])) {
-        return velk::common::ofTheMachine(&getaddrinfo_a, "getaddrinfo_a")(mode, list, count, event);
+// Found before that of the machine, also by the library.
+extern "C" VELK_EXPORT int getaddrinfo(const char* host, const char* service, const addrinfo* hints,
+                                       addrinfo** found) {
+    using velk::common::SlowResolver;
+    if (SlowResolver::isFor(host) && (hints->ai_flags & AI_NUMERICHOST) == 0) {
+        return velk::common::resolver().resolve();
     }
-    ++resolver.asked;
-    return 0;
+    const auto ofTheMachine = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    return ofTheMachine(host, service, hints, found);
 }
-
-VELK_EXPORT int gai_suspend(const gaicb* const list[], int count, const timespec* timeout) {
-    return velk::common::SlowResolver::isFor(*list[0])
-               ? EAI_AGAIN
-               : velk::common::ofTheMachine(&gai_suspend, "gai_suspend")(list, count, timeout);
-}
-
-VELK_EXPORT int gai_error(gaicb* request) {
-    if (!velk::common::SlowResolver::isFor(*request)) {
-        return velk::common::ofTheMachine(&gai_error, "gai_error")(request);
-    }
-    ++resolver.looked;
-    return resolver.answer;
-}
-
-VELK_EXPORT int gai_cancel(gaicb* request) {
-    return velk::common::SlowResolver::isFor(*request)
-               ? EAI_NOTCANCELED
-               : velk::common::ofTheMachine(&gai_cancel, "gai_cancel")(request);
-}
-
-} // extern "C"
 
 namespace velk::common {
 namespace {
 
 TEST(SlowResolverTest, ResolverThatIsStillLookingIsNotAskedAgain) {
-    resolver.asked = 0;
-    resolver.answer = EAI_INPROGRESS;
+    const int before = resolver().timesAsked();
     for (int i = 0; i < 100; ++i) {
         const AddressLookup lookup{"host.slow", 6379, Clock::Duration::zero()};
         EXPECT_EQ(lookup.failure(), "the address of host.slow was not found: no answer in time");
         EXPECT_EQ(lookup.first(), nullptr);
     }
-    EXPECT_EQ(resolver.asked, 1) << "so there is one request, however often somebody tries";
     const AddressLookup other{"other.slow", 6379, Clock::Duration::zero()};
     const AddressLookup port{"host.slow", 6380, Clock::Duration::zero()};
-    EXPECT_EQ(resolver.asked, 3);
+    resolver().awaitAsked(before + 3);
+    EXPECT_EQ(resolver().timesAsked(), before + 3) << "one request for each, however often somebody tries";
+    EXPECT_FALSE(resolver().hasTakenSignals());
+    resolver().answer(3);
 }
 
 TEST(SlowResolverTest, AnswerThatCameTooLateIsDroppedAndTheNextLookupIsFresh) {
-    resolver.answer = EAI_INPROGRESS;
+    const int before = resolver().timesAsked();
     { const AddressLookup late{"late.slow", 6379, Clock::Duration::zero()}; }
-    resolver.answer = EAI_NONAME;
-    resolver.asked = 0;
-    const AddressLookup lookup{"late.slow", 6379, Clock::Duration::zero()};
-    EXPECT_EQ(resolver.asked, 1);
-    EXPECT_EQ(lookup.failure(),
-              std::string{"the address of late.slow was not found: "} + gai_strerror(EAI_NONAME));
-    resolver.looked = 0;
-    const AddressLookup next{"late.slow", 6379, Clock::Duration::zero()};
-    EXPECT_EQ(resolver.looked, 1) << "there is none left but its own";
+    resolver().awaitAsked(before + 1);
+    resolver().answer(1);
+    while (resolver().timesAsked() == before + 1) {
+        const AddressLookup next{"late.slow", 6379, Clock::Duration::zero()};
+        EXPECT_NE(next.failure(), "");
+    }
+    resolver().answer(1);
 }
 
 } // namespace
