@@ -85,14 +85,15 @@ void RandomWork::perform(std::uint32_t number) {
     Dice dice{start, worker, number};
     using Call = void (RandomWork::*)(Dice&);
     // The more often, the more often here.
-    static constexpr std::array<Call, 20> CALLS{
-        &RandomWork::makeDevice,    &RandomWork::makeDevice,   &RandomWork::takeSeat,
-        &RandomWork::removeDevices, &RandomWork::setAttribute, &RandomWork::setAttribute,
-        &RandomWork::makeChannel,   &RandomWork::makeChannel,  &RandomWork::makeChannel,
-        &RandomWork::setValue,      &RandomWork::setValue,     &RandomWork::setValue,
-        &RandomWork::setValue,      &RandomWork::setGroup,     &RandomWork::setGroup,
-        &RandomWork::setAlarms,     &RandomWork::setAlarms,    &RandomWork::setStates,
-        &RandomWork::removeChannels};
+    static constexpr std::array<Call, 23> CALLS{
+        &RandomWork::makeDevice,     &RandomWork::makeDevice,   &RandomWork::takeSeat,
+        &RandomWork::removeDevices,  &RandomWork::setAttribute, &RandomWork::setAttribute,
+        &RandomWork::makeChannel,    &RandomWork::makeChannel,  &RandomWork::makeChannels,
+        &RandomWork::setValue,       &RandomWork::setValue,     &RandomWork::setValue,
+        &RandomWork::setValue,       &RandomWork::setGroup,     &RandomWork::setGroup,
+        &RandomWork::setAlarms,      &RandomWork::setAlarms,    &RandomWork::setStates,
+        &RandomWork::removeChannels, &RandomWork::applyMixed,   &RandomWork::applyMixed,
+        &RandomWork::applyMixed};
     if (const auto call = CALLS.at(dice(CALLS.size())); call != nullptr) {
         (this->*call)(dice);
     } else {
@@ -140,6 +141,12 @@ void RandomWork::makeChannel(Dice& dice) {
     store.emplaceChannel(device, NAMES.at(dice(NAMES.size())));
 }
 
+void RandomWork::makeChannels(Dice& dice) {
+    const auto device = someDevice(dice);
+    const auto first = NAMES.begin() + dice(NAMES.size());
+    store.emplaceChannels(device, {first, NAMES.end()});
+}
+
 qz::CValue RandomWork::someValue(std::uint64_t channel, Dice& dice) {
     switch (store.typeOf(channel)) {
     case qz::datatype::float32:
@@ -157,18 +164,21 @@ void RandomWork::setValue(Dice& dice) {
     }
 }
 
-void RandomWork::setGroup(Dice& dice) {
+std::vector<Engine::ChannelValue> RandomWork::someValues(Dice& dice) {
     std::vector<Engine::ChannelValue> values;
     for (int i = 0; i < 8; ++i) {
         if (const auto channel = someChannel(dice); channel != UNKNOWN) {
             values.emplace_back(channel, someValue(channel, dice));
         }
     }
-    store.setValues(values);
+    return values;
 }
 
-void RandomWork::setAlarms(Dice& dice) {
-    const auto channel = someChannel(dice);
+void RandomWork::setGroup(Dice& dice) {
+    store.setValues(someValues(dice));
+}
+
+qz::tess::CSingleAlarmConfig RandomWork::someAlarms(Dice& dice) {
     qz::tess::CSingleAlarmConfig config;
     const auto count = dice(4);
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -184,16 +194,45 @@ void RandomWork::setAlarms(Dice& dice) {
                                    {},
                                    0});
     }
-    store.setAlarmConfig(channel, config);
+    return config;
 }
 
-void RandomWork::setStates(Dice& dice) {
+void RandomWork::setAlarms(Dice& dice) {
+    const auto channel = someChannel(dice);
+    store.setAlarmConfig(channel, someAlarms(dice));
+}
+
+qz::CMultistateMap RandomWork::someStates(Dice& dice) {
     qz::CMultistateMap states;
     const auto count = dice(5);
     for (std::uint32_t i = 0; i < count; ++i) {
         states.add(qz::CValue{i}, "state " + std::to_string(dice(50)));
     }
+    return states;
+}
+
+void RandomWork::setStates(Dice& dice) {
+    const auto states = someStates(dice);
     store.setStates(someChannel(dice), states);
+}
+
+void RandomWork::applyMixed(Dice& dice) {
+    StoreWrites writes;
+    for (auto count = dice(3); count > 0; --count) {
+        const auto device = someDevice(dice);
+        const auto attribute = static_cast<DeviceAttribute>(dice(qz::CDevice::ATTRIBUTE_COUNT));
+        writes.attributes.push_back({device, attribute, "text " + std::to_string(dice(1000))});
+    }
+    for (auto count = dice(3); count > 0; --count) {
+        const auto channel = someChannel(dice);
+        writes.alarmConfigs.emplace_back(channel, someAlarms(dice));
+    }
+    for (auto count = dice(3); count > 0; --count) {
+        const auto channel = someChannel(dice);
+        writes.states.emplace_back(channel, someStates(dice));
+    }
+    writes.values = someValues(dice);
+    store.apply(writes);
 }
 
 void RandomWork::record(std::uint32_t number) {

@@ -34,6 +34,9 @@ private:
     /// All ones when it is not there.
     std::uint64_t someChannel(Dice& dice);
     qz::CValue someValue(std::uint64_t channel, Dice& dice);
+    std::vector<Engine::ChannelValue> someValues(Dice& dice);
+    static qz::tess::CSingleAlarmConfig someAlarms(Dice& dice);
+    static qz::CMultistateMap someStates(Dice& dice);
 
     void makeDevice(Dice& dice);
     void takeSeat(Dice& dice);
@@ -41,10 +44,13 @@ private:
     void removeChannels(Dice& dice);
     void setAttribute(Dice& dice);
     void makeChannel(Dice& dice);
+    void makeChannels(Dice& dice);
     void setValue(Dice& dice);
     void setGroup(Dice& dice);
     void setAlarms(Dice& dice);
     void setStates(Dice& dice);
+    /// As the daemon writes: all kinds at once.
+    void applyMixed(Dice& dice);
     void record(std::uint32_t number);
 
     Engine& store;
