@@ -16,9 +16,13 @@ namespace {
 using velk::common::Uuid;
 
 constexpr std::uint64_t UNKNOWN = ~std::uint64_t{0};
-const std::array<std::string, 5> NAMES{"PowerDistribution.Measure.Voltage",
-                                       "PowerDistribution.Measure.Current", "PowerDistribution.Status.Source",
-                                       "Test.Text", "Test.OtherText"};
+const std::string SETTING{"PowerDistribution.Setting.PreferredSource"};
+const std::array<std::string, 6> NAMES{"PowerDistribution.Measure.Voltage",
+                                       "PowerDistribution.Measure.Current",
+                                       "PowerDistribution.Status.Source",
+                                       SETTING,
+                                       "Test.Text",
+                                       "Test.OtherText"};
 
 void print(std::ostream& out, const qz::CAlarmTrigger& trigger) {
     out << ' ' << static_cast<std::uint32_t>(trigger.level) << '/' << int{trigger.type} << '/'
@@ -312,16 +316,17 @@ std::string describe(const StoreImage& image) {
     return out.str();
 }
 
+bool isMeasured(const ChannelRecord& channel) {
+    return channel.name != SETTING;
+}
+
 std::string describeSettings(const StoreImage& image) {
-    StoreImage settings;
-    settings.lastDevice = image.lastDevice;
-    settings.lastChannel = image.lastChannel;
-    settings.content = image.content;
-    settings.writeRecords = image.writeRecords;
+    auto settings = image;
     for (auto& channel : settings.content.channels) {
-        channel.value = {};
-        channel.writtenMs = channel.changedMs = 0;
-        channel.activeAlarms.clear();
+        if (isMeasured(channel)) {
+            channel.value = {};
+            channel.writtenMs = channel.changedMs = 0;
+        }
     }
     return describe(settings);
 }

@@ -62,7 +62,11 @@ private:
 /// Everything in a store, times and identifiers among it.
 std::string describe(const StoreImage& image);
 
-/// Devices, attributes, channels and what is set of them: what is on the disk at once when a store is worked
+/// Whether a value of this channel is a measured one, which a store that is worked on in memory does not
+/// bring to the disk at once.
+bool isMeasured(const ChannelRecord& channel);
+
+/// Everything but measured values and their times: what is on the disk within a second when a store is worked
 /// on in memory.
 std::string describeSettings(const StoreImage& image);
 
