@@ -2,6 +2,7 @@
 #include "platform/tessapi/engine/WorkingFile.h"
 #include "testing/ChildProcess.h"
 #include "testing/TemporaryDirectory.h"
+#include "tests/platform/tessapi/faults/FastClock.h"
 #include "tests/platform/tessapi/faults/Faults.h"
 #include "tests/platform/tessapi/faults/RandomWork.h"
 #include "tests/platform/tessapi/faults/StoreCheck.h"
@@ -44,7 +45,9 @@ protected:
     };
 
     std::string path(const std::string& name) const { return (folder / name).string(); }
-    std::string url() const { return "sqlite:" + path("tess.db") + (inMemory ? "?working=" + work() : ""); }
+    std::string url() const {
+        return "sqlite:" + path("tess.db") + (inMemory ? "?working=" + work() + "&keep=1" : "");
+    }
     std::string work() const { return path("work"); }
     /// The database that the programs work on.
     std::string file() const {
@@ -133,10 +136,20 @@ protected:
         image = work.description();
     }
 
+    void noteCopy(Engine& store) {
+        const auto copy = store.health().copy;
+        const auto copiedMs = copy ? copy->lastValuesMs : 0;
+        copies += copiedMs != lastCopyMs ? 1 : 0;
+        lastCopyMs = copiedMs;
+    }
+
     /// Kills programs one after the other, and at last all of them.
     void kill(int kills, Tally& tally) {
         fillModel();
-        const auto store = Engine::open(StoreUrl{url()}, true);
+        FastClock clock{FastClock::OF_KILLED_PROGRAMS};
+        Engine::Options options;
+        options.clock = &clock;
+        const auto store = Engine::open(StoreUrl{url()}, true, options);
         std::array<std::unique_ptr<ChildProcess>, places> programs;
         for (std::size_t place = 0; place < places; ++place) {
             programs[place] = start(place);
@@ -152,6 +165,7 @@ protected:
             EXPECT_EQ(programs[place]->errors(), "");
             tally.survived += check(place, *store, tally) ? 1 : 0;
             programs[place] = start(place);
+            noteCopy(*store);
         }
         EXPECT_EQ(tally.survived, tally.tried);
         for (auto& program : programs) {
@@ -170,6 +184,8 @@ protected:
     std::array<Shadow, WRITERS> shadows{Shadow{0}, Shadow{1}, Shadow{2}};
     std::uint32_t filled{0};
     std::uint32_t calls{0};
+    int copies{0}; ///< of all measured values, at least
+    std::int64_t lastCopyMs{0};
     std::string image;
 };
 
@@ -190,7 +206,9 @@ TEST_F(KilledProgramsTest, LikewiseInMemoryAndTheCopyOnDiskHasEverythingAfterThe
         EXPECT_TRUE(isAllThere(shadows[place], place, *store, tally));
     }
     EXPECT_EQ(problemTextOf(file()), "");
-    tally.note = std::to_string(calls) + " calls acknowledged";
+    EXPECT_GE(copies, share(200) / 10);
+    tally.note = std::to_string(calls) + " calls acknowledged, at least " + std::to_string(copies) +
+                 " copies of measured values";
 }
 
 } // namespace

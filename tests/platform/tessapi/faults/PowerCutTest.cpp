@@ -2,8 +2,10 @@
 #include "platform/tessapi/engine/WorkingFile.h"
 #include "testing/TemporaryDirectory.h"
 #include "tests/platform/tessapi/faults/CutDisk.h"
+#include "tests/platform/tessapi/faults/FastClock.h"
 #include "tests/platform/tessapi/faults/FaultDisk.h"
 #include "tests/platform/tessapi/faults/Faults.h"
+#include "tests/platform/tessapi/faults/MeasuredValues.h"
 #include "tests/platform/tessapi/faults/RandomWork.h"
 #include "tests/platform/tessapi/faults/StoreCheck.h"
 
@@ -34,24 +36,32 @@ using Kind = FaultDisk::Event::Kind;
 class PowerCutTest : public ::testing::Test {
 protected:
     static constexpr std::int64_t CALLS = 240;
-    static bool inMemory; ///< the store is worked on in memory, which a cut leaves nothing of
+    static constexpr int FASTER = 50; ///< so that measured values are copied every 20 ms
+    static bool inMemory;             ///< the store is worked on in memory, which a cut leaves nothing of
 
     void SetUp() override { inMemory = false; }
 
     struct Run {
         std::vector<Event> events;
         std::map<std::string, std::int64_t> states; ///< the number of the last call that left this
+        MeasuredValues measured;
+        std::string last; ///< all that the last call left
+
+        void note(std::int64_t call, Engine& store) {
+            const auto health = store.health();
+            FaultDisk::instance().mark(call);
+            const auto image = store.image();
+            states[inMemory ? describeSettings(image) : describe(image)] = call;
+            measured.note(image, health.copy ? health.copy->lastValuesMs : 0);
+            last = describe(image);
+        }
     };
 
     static std::shared_ptr<Engine> open(const std::filesystem::path& folder, const Engine::Options& options) {
         const auto url = "sqlite:" + (folder / "tess.db").string();
-        return Engine::open(StoreUrl{url + (inMemory ? "?working=" + (folder / "work").string() : "")}, true,
-                            options);
-    }
-
-    static std::string stateOf(Engine& store) {
-        const auto image = store.image();
-        return inMemory ? describeSettings(image) : describe(image);
+        return Engine::open(
+            StoreUrl{url + (inMemory ? "?working=" + (folder / "work").string() + "&keep=1" : "")}, true,
+            options);
     }
 
     /// The database that programs work on.
@@ -66,6 +76,11 @@ protected:
         options.restBeforeSync = std::chrono::milliseconds{1};
         options.eventsKept = 40;
         options.changesKept = 60;
+        if (inMemory) {
+            static FastClock clock{FASTER};
+            options.clock = &clock;
+            options.restBeforeSync *= FASTER;
+        }
         return options;
     }
 
@@ -78,14 +93,12 @@ protected:
         FaultDisk::instance().record();
         auto first = open(folder.path(), options);
         auto second = open(folder.path(), options);
-        run.states[stateOf(*first)] = 0;
-        FaultDisk::instance().mark(0);
+        run.note(0, *first);
         for (std::int64_t call = 1; call <= CALLS; ++call) {
             const unsigned int who = random() % 2;
             RandomWork{*(who == 0 ? first : second), seed, who}.perform(
                 call <= 2 ? 1 : static_cast<std::uint32_t>(call));
-            FaultDisk::instance().mark(call);
-            run.states[stateOf(*first)] = call;
+            run.note(call, *first);
             if (random() % 60 == 0) {
                 second.reset();
                 second = open(folder.path(), options);
@@ -128,18 +141,19 @@ protected:
     };
 
     /// Opens what a cut has left. Nothing before the store's first sync is promised but that it opens.
-    static bool survives(const CutDisk& disk, const Durable& durable, const Run& run,
+    static bool survives(const CutDisk& disk, const Durable& durable, const Run& run, bool atTheEnd,
                          std::minstd_rand& random, Tally& tally) {
         const velk::testing::TemporaryDirectory folder{scratch()};
         disk.leave(folder.path(), random);
         std::ofstream{folder / "tess.db-lock", std::ios::binary} << std::string(random() % 200, '\x5a');
-        std::string found;
+        StoreImage image;
         try {
-            found = stateOf(*open(folder.path(), eager()));
+            image = open(folder.path(), eager())->image();
         } catch (const std::exception& failure) {
             ADD_FAILURE() << failure.what();
             return false;
         }
+        const auto found = inMemory ? describeSettings(image) : describe(image);
         const auto state = run.states.find(found);
         if (state == run.states.end() || state->second < durable.call) {
             ++tally.lost;
@@ -148,7 +162,10 @@ protected:
                                                         : "call " + std::to_string(state->second));
             return false;
         }
-        const auto problems = problemTextOf(fileIn(folder.path()));
+        const auto problems =
+            run.measured.problemOf(image, durable.returned) +
+            (atTheEnd && describe(image) != run.last ? "not all is there at the end\n" : "") +
+            problemTextOf(fileIn(folder.path()));
         EXPECT_EQ(problems, "");
         return problems.empty();
     }
@@ -168,7 +185,7 @@ protected:
                 durable.happen(run.events[happened]);
             }
             ++tally.tried;
-            tally.survived += survives(disk, durable, run, random, tally) ? 1 : 0;
+            tally.survived += survives(disk, durable, run, point == run.events.size(), random, tally) ? 1 : 0;
             if (HasFailure()) {
                 return;
             }
@@ -177,15 +194,19 @@ protected:
 
     static void cutRuns(int runs, std::chrono::microseconds pause, Tally& tally) {
         std::size_t events = 0;
+        std::size_t copies = 0;
         for (int run = 0; run < runs && !HasFailure(); ++run) {
             const auto number = seed() + static_cast<std::uint32_t>(run);
             const auto recorded = recordRun(number, eager(), pause);
             events += recorded.events.size();
+            copies += recorded.measured.copies();
+            EXPECT_TRUE(!inMemory || recorded.measured.copies() > 1) << "measured values were not copied";
             cut(recorded, number, 200, tally);
         }
         EXPECT_EQ(tally.survived, tally.tried);
         EXPECT_GT(tally.tried, 0);
-        tally.note = std::to_string(runs) + " runs, " + std::to_string(events) + " writes and syncs";
+        tally.note = std::to_string(runs) + " runs, " + std::to_string(events) + " writes and syncs" +
+                     (inMemory ? ", at least " + std::to_string(copies) + " copies of measured values" : "");
     }
 };
 
