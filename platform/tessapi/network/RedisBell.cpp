@@ -77,6 +77,7 @@ void RedisBell::listen(std::chrono::milliseconds longest) {
     if (!connection || generation != link.generation()) {
         generation = link.generation();
         connection = link.another();
+        isTrusted = false;
         askedFrom = -1;
     }
     if (askedFrom < 0) {
@@ -88,7 +89,7 @@ void RedisBell::listen(std::chrono::milliseconds longest) {
         take();
     } else if (std::chrono::steady_clock::now() > askedAt + SERVER_WAIT + link.patience) {
         throw LinkError{"the server did not answer in time"};
-    } else if (askedFrom <= position) {
+    } else if (isTrusted && askedFrom <= position) {
         quietAt = position;
     }
 }
@@ -106,10 +107,12 @@ void RedisBell::take() {
     const auto answer = connection->receive(Deadline::in(link.patience));
     askedFrom = -1;
     if (answer.view().isNil()) {
+        isTrusted = true;
         return;
     }
     const auto entries = answer.view().at(0).at(1);
     auto items = NewsFeed::itemsOf(entries);
+    isTrusted = true;
     quietAt = entries.size() < ENTRIES_AT_A_TIME && !items.empty() ? items.back().change.seq : -1;
     feed.add(std::move(items));
 }

@@ -53,6 +53,9 @@ private:
     std::int64_t position VELK_GUARDED_BY(mutex){-1};  ///< of the listener; -1: there is none yet
     std::int64_t askedFrom VELK_GUARDED_BY(mutex){-1}; ///< -1: no question is open
     Moment askedAt VELK_GUARDED_BY(mutex){};
+    /// Over this connection came an answer that a server of a store gives: its silence means that there is
+    /// no change, and not that nonsense is on its way.
+    bool isTrusted VELK_GUARDED_BY(mutex){false};
     std::int64_t quietAt VELK_GUARDED_BY(mutex){-1}; ///< the server has nothing after this; -1: unknown
 };
 

@@ -1,7 +1,6 @@
 #include "platform/tessapi/network/RedisEngine.h"
 
 #include "platform/common/WallTime.h"
-#include "platform/tessapi/DeviceAttribute.h"
 #include "platform/tessapi/ITessAccessor.h"
 #include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/network/BadData.h"
@@ -401,8 +400,7 @@ StoreHealth RedisEngine::health() {
         health.schemaVersion = format.view().isNil() ? 0 : format.view().integer();
         return std::string{ask({"INFO", "server"}).view().text()};
     });
-    const auto version = text.find("redis_version:");
-    if (version != std::string::npos) {
+    if (const auto version = text.find("redis_version:"); version != std::string::npos) {
         const auto start = text.find(':', version) + 1;
         health.server = "version " + text.substr(start, text.find('\r', start) - start);
     }
@@ -428,22 +426,24 @@ Engine::Start RedisEngine::startOf(const std::vector<std::uint64_t>& wanted) {
 }
 
 Engine::News RedisEngine::newsAfter(std::int64_t seq) {
-    checkNotForked();
     try {
-        return guarded([&] { return siteNews.after(seq); });
+        auto news = guarded([&] { return siteNews.after(seq); });
+        unheard = false;
+        return news;
     } catch (const boost::system::system_error& failure) {
         if (failure.code().category() != storeCategory() ||
             failure.code().value() != static_cast<int>(StoreFault::unreachable)) {
             throw;
         }
+        // A listener has time, and may be the last one to find out that there is another server.
+        if (!link.tryToReturn()) {
+            unheard = false;
+            courier.missServer(link.whyAway());
+        } else if (unheard.exchange(true)) {
+            throw; // the server is there, and still tells no changes
+        }
+        return {{}, seq, false, false};
     }
-    // A listener has time, and may be the last one to find out that there is another server. If there is none
-    // it is said once for all that this process does with the store, and the listener goes on when it is
-    // back.
-    if (!link.tryToReturn()) {
-        courier.missServer(link.whyAway());
-    }
-    return {{}, seq, false, false};
 }
 
 } // namespace tessapi

@@ -10,6 +10,7 @@
 #include "platform/tessapi/network/SiteNews.h"
 #include "platform/tessapi/network/ValueSender.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -95,7 +96,8 @@ private:
     ValueSender sender;
     RedisBell bell;
     SiteNews siteNews;
-    Courier courier; // before what it uses to go
+    std::atomic<bool> unheard{false}; ///< the last look for changes failed, at a server that is there
+    Courier courier;                  // before what it uses to go
 };
 
 } // namespace tessapi

@@ -1,8 +1,11 @@
 #include "platform/tessapi/ITessAccessor.h"
 #include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/network/Courier.h"
+#include "platform/tessapi/network/Packer.h"
+#include "platform/tessapi/network/SiteCodec.h"
 #include "testing/FakeClock.h"
 #include "testing/ScriptedServer.h"
+#include "tests/platform/tessapi/network/NetworkClient.h"
 
 #include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
@@ -75,6 +78,7 @@ protected:
             call = words.at(1).substr(words.at(1).find('_') + 1);
         }
         const std::lock_guard lock{mutex};
+        looks += call == "XRANGE" ? 1 : 0;
         if (const auto known = replies.find(call); known != replies.end()) {
             return known->second;
         }
@@ -90,6 +94,7 @@ protected:
     std::mutex mutex;
     std::map<std::string, std::string> replies;
     std::string rest{":1\r\n"};
+    std::atomic<int> looks{0}; ///< for changes
     ScriptedServer server{[this](const auto& words) { return answer(words); }};
     const std::string url{"redis://" + server.address() + "/strange"};
 
@@ -166,6 +171,36 @@ TEST_F(StrangeServerTest, ValueIsKeptWhileTheNodesOfAClusterSendEachOtherTheSite
     while (engine->waiting().writes != 0) {
         std::this_thread::yield();
     }
+}
+
+TEST_F(StrangeServerTest, ListenerThatIsToldNonsenseSaysSoOnceAndGoesOn) {
+    answerTo("start", "*3\r\n:0\r\n*1\r\n$-1\r\n*0\r\n");
+    {
+        const std::lock_guard lock{mutex};
+        rest = "+word\r\n"; // also instead of the changes
+    }
+    {
+        const auto engine = open();
+        Dispatcher dispatcher{"listener", engine};
+        InBandClient client{*engine, dispatcher};
+        const Recorder<CValue> heard;
+        client.subscribeMultipleChannels(
+            {CHANNEL}, [heard](auto, const auto& value) { heard.add(value); }, qz::sub::everyWrite, nullptr);
+        for (const auto first = looks.load(); looks < first + 6;) {
+            engine->wakeup().signal();
+            std::this_thread::yield();
+        }
+        const auto change = SiteCodec::packChange({0, Change::Kind::value, CHANNEL, CValue{"text"}, 0});
+        const auto mark = Packer{}.number(std::uint64_t{7}).number(std::uint64_t{1}).take();
+        answerTo("XRANGE",
+                 "*1\r\n*2\r\n" + bulk("1-0") + "*4\r\n" + bulk("c") + bulk(change) + bulk("m") + bulk(mark));
+        EXPECT_EQ(heard.waitFor(1), std::vector<CValue>{CValue{"text"}});
+    }
+    const auto text = said();
+    EXPECT_EQ(countOf("WARNING", text), 1U) << text;
+    EXPECT_NE(text.find("listener: store " + url + ": an answer that no server of a store gives"),
+              std::string::npos)
+        << text;
 }
 
 TEST_F(StrangeServerTest, WhatAServerHadLostAndDoesNotTakeAgainIsToldAtTheEnd) {
