@@ -68,7 +68,10 @@ Courier::~Courier() {
 }
 
 void Courier::startThread() {
-    expecting = true;
+    if (!expecting) {
+        expecting = true;
+        expectingSince = clock.now();
+    }
     if (!thread.joinable() && !stopping) {
         thread = std::thread{[this] { run(); }};
     }
@@ -188,7 +191,8 @@ void Courier::sendAgainAfter(std::uint64_t done) {
 }
 
 void Courier::moveSentAfter(std::uint64_t done) {
-    for (auto& batch : sent.takeAfter(done, clock.now())) {
+    // What was young when the trouble began does not age by how long it lasts.
+    for (auto& batch : sent.takeAfter(done, expecting ? expectingSince : clock.now())) {
         batch.afterGap = false;
         keep(std::move(batch));
     }

@@ -94,6 +94,7 @@ private:
     bool stopping VELK_GUARDED_BY(mutex){false};
     velk::common::Clock::Duration lastTry VELK_GUARDED_BY(mutex){}; ///< ends then, once stopping
     bool expecting VELK_GUARDED_BY(mutex){false};
+    velk::common::Clock::Duration expectingSince VELK_GUARDED_BY(mutex){};
     bool announced VELK_GUARDED_BY(mutex){false};
     /// Since when a listener misses the server.
     std::optional<velk::common::Clock::Duration> missingSince VELK_GUARDED_BY(mutex);

@@ -217,6 +217,61 @@ TEST_F(StrangeServerTest, WhatAServerHadLostAndDoesNotTakeAgainIsToldAtTheEnd) {
     EXPECT_NE(text.find("this program ends, and 1 values that it kept are lost"), std::string::npos) << text;
 }
 
+/// A server that takes a write, is away for two minutes, and has lost it then.
+class LongOutageTest : public StrangeServerTest {
+protected:
+    LongOutageTest() {
+        memory.learnType(CHANNEL, qz::datatype::string);
+        memory.learnName(CHANNEL, RESULT);
+        link.open(true, "");
+    }
+
+    std::string answerWhileThere(const ScriptedServer::Words& words) {
+        if (isAway) {
+            return "";
+        }
+        for (const auto* text : {"first", "second"}) {
+            if (words.at(1).find("_set") != std::string::npos &&
+                words.back().find(text) != std::string::npos) {
+                taken.add(text);
+            }
+        }
+        return answer(words);
+    }
+
+    void awaitReturn() {
+        clock.awaitBlocked(1);
+        isAway = false;
+        clock.advance(std::chrono::minutes{2});
+    }
+
+    FakeClock clock{FakeClock::Passing::ByHand};
+    ChannelMemory memory;
+    std::atomic<bool> isAway{false};
+    const Recorder<std::string> taken;
+    ScriptedServer there{[this](const auto& words) { return answerWhileThere(words); }};
+    RedisLink link{NetworkUrl{"redis://" + there.address() + "/strange"}, PATIENCE};
+    ValueSender sender{link, 1000, 1000};
+    Courier courier{link, sender, memory, clock};
+};
+
+TEST_F(LongOutageTest, WhatWasAnsweredJustBeforeItComesAgainBeforeWhatWasKept) {
+    courier.send({{CHANNEL, CValue{"first"}}});
+    isAway = true;
+    courier.send({{CHANNEL, CValue{"second"}}});
+    awaitReturn();
+    EXPECT_EQ(taken.waitFor(3), (std::vector<std::string>{"first", "first", "second"}));
+}
+
+TEST_F(LongOutageTest, SoItDoesWhenOnlyAListenerMissesTheServer) {
+    courier.send({{CHANNEL, CValue{"first"}}});
+    isAway = true;
+    EXPECT_THROW(link.call({"HGET"}), LinkError);
+    courier.missServer("away");
+    awaitReturn();
+    EXPECT_EQ(taken.waitFor(2), (std::vector<std::string>{"first", "first"}));
+}
+
 TEST_F(StrangeServerTest, ProgramThatEndsWaitsForASlowServerForSomeSecondsOnly) {
     FakeClock clock{FakeClock::Passing::ByHand};
     ChannelMemory memory;
