@@ -28,6 +28,10 @@ ChannelHistory::ChannelHistory(HistoryKind kindOfChannel, qz::datatype typeOfCha
 
 bool ChannelHistory::add(std::int64_t timeMs, const qz::CValue& value, const HistorySpans& spans) {
     qz::CValue next = kept(typeOf, value);
+    if (suspended) {
+        *suspended = std::move(next);
+        return false;
+    }
     if (next == present) {
         return false; // also the unknown at the beginning
     }
@@ -39,6 +43,20 @@ bool ChannelHistory::add(std::int64_t timeMs, const qz::CValue& value, const His
         steps->dropBefore(timeMs - spans.wholeMs);
     }
     return true;
+}
+
+void ChannelHistory::suspend(std::int64_t timeMs, const HistorySpans& spans) {
+    if (!suspended) {
+        auto before = std::make_unique<qz::CValue>(present);
+        add(timeMs, qz::CValue{}, spans);
+        suspended = std::move(before);
+    }
+}
+
+void ChannelHistory::resume(std::int64_t timeMs, const HistorySpans& spans) {
+    if (const std::unique_ptr<qz::CValue> before = std::move(suspended)) {
+        add(timeMs, *before, spans);
+    }
 }
 
 void ChannelHistory::addToSteps(std::int64_t timeMs, const qz::CValue& value) {
@@ -91,7 +109,8 @@ std::int64_t ChannelHistory::oldestMs() const {
 }
 
 std::size_t ChannelHistory::heapBytes() const {
-    return changes.heapBytes() + (steps ? sizeof(AggregateRing) + steps->heapBytes() : 0);
+    return changes.heapBytes() + (steps ? sizeof(AggregateRing) + steps->heapBytes() : 0) +
+           (suspended ? sizeof(qz::CValue) : 0);
 }
 
 void ChannelHistory::save(ByteVector& file) const {

@@ -25,6 +25,14 @@ public:
     /// A value that is the one before makes no difference. Gives whether it did.
     bool add(std::int64_t timeMs, const qz::CValue& value, const HistorySpans& spans);
 
+    /// From `timeMs` on nobody knows the value until `resume`, from which on what it was before counts again,
+    /// or what was added meanwhile. Each makes no difference where the other has not come before it.
+    void suspend(std::int64_t timeMs, const HistorySpans& spans);
+    void resume(std::int64_t timeMs, const HistorySpans& spans);
+
+    /// What was suspended counts no more.
+    void forgetSuspended() { suspended.reset(); }
+
     /// What came before stays known as far as one needs for what came after.
     void dropBefore(std::int64_t timeMs);
 
@@ -52,6 +60,7 @@ private:
     HistoryKind kindOf;
     qz::datatype typeOf;
     qz::CValue present;
+    std::unique_ptr<qz::CValue> suspended; ///< what `resume` takes up; null while the value counts
     SampleRing changes;
     std::unique_ptr<AggregateRing> steps; ///< of a number that has changed; otherwise null
 };

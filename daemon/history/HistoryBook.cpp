@@ -96,6 +96,7 @@ void HistoryBook::leave(std::uint64_t channel) {
         return;
     }
     if (!found->second.history.isEmpty()) {
+        found->second.history.forgetSuspended();
         waiting.insert_or_assign(std::move(found->second.key), std::move(found->second.history));
     }
     known.erase(found);
@@ -106,7 +107,8 @@ void HistoryBook::leaveAll(std::int64_t timeMs) {
     const MutexLock lock{mutex};
     for (auto& [_, entry] : known) {
         if (!entry.history.isEmpty()) {
-            entry.history.add(timeMs, qz::CValue{}, limits.spans);
+            entry.history.suspend(timeMs, limits.spans);
+            entry.history.forgetSuspended();
             waiting.insert_or_assign(std::move(entry.key), std::move(entry.history));
         }
     }
@@ -134,6 +136,33 @@ void HistoryBook::add(std::uint64_t channel, std::int64_t timeMs, const qz::CVal
             shrink();
         }
     }
+}
+
+void HistoryBook::follow(const IsAway& isAway, std::int64_t timeMs) {
+    const MutexLock lock{mutex};
+    for (auto& [channel, entry] : known) {
+        follow(entry, isAway, timeMs);
+    }
+    if (used > limits.bytes) {
+        shrink();
+    }
+}
+
+void HistoryBook::follow(std::uint64_t channel, const IsAway& isAway, std::int64_t timeMs) {
+    const MutexLock lock{mutex};
+    if (const auto found = known.find(channel); found != known.end()) {
+        follow(found->second, isAway, timeMs);
+    }
+}
+
+void HistoryBook::follow(Entry& entry, const IsAway& isAway, std::int64_t timeMs) {
+    const std::size_t before = entry.history.heapBytes();
+    if (isAway(entry.key)) {
+        entry.history.suspend(timeMs, limits.spans);
+    } else {
+        entry.history.resume(timeMs, limits.spans);
+    }
+    used = used - before + entry.history.heapBytes();
 }
 
 std::optional<HistorySlice> HistoryBook::slice(std::uint64_t channel, std::int64_t fromMs, std::int64_t toMs,

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -51,6 +52,13 @@ public:
     /// Nothing happens for a channel that was not met.
     void add(std::uint64_t channel, std::int64_t timeMs, const qz::CValue& value) VELK_EXCLUDES(mutex);
 
+    /// From `timeMs` on nobody knows the values of the channels of which `isAway` is true, and those of all
+    /// others count again; what is added to the former counts when they come back. To be called whenever
+    /// what `isAway` gives has changed, and for a channel that is met.
+    using IsAway = std::function<bool(const Key&)>;
+    void follow(const IsAway& isAway, std::int64_t timeMs) VELK_EXCLUDES(mutex);
+    void follow(std::uint64_t channel, const IsAway& isAway, std::int64_t timeMs) VELK_EXCLUDES(mutex);
+
     /// See ChannelHistory::slice. Empty for a channel that was not met, or of which nothing is known.
     std::optional<HistorySlice> slice(std::uint64_t channel, std::int64_t fromMs, std::int64_t toMs,
                                       std::size_t columns) const VELK_EXCLUDES(mutex);
@@ -75,6 +83,7 @@ private:
     };
     using Waiting = std::map<Key, ChannelHistory>;
 
+    void follow(Entry& entry, const IsAway& isAway, std::int64_t timeMs) VELK_REQUIRES(mutex);
     void shrink() VELK_REQUIRES(mutex);
     void dropBefore(std::int64_t timeMs) VELK_REQUIRES(mutex);
     std::pair<std::int64_t, std::int64_t> ends() const VELK_REQUIRES(mutex);

@@ -1,5 +1,6 @@
 #include "daemon/history/HistoryDesk.h"
 
+#include "daemon/CommunicationJournal.h"
 #include "daemon/QuestionDesk.h"
 #include "daemon/WriteJournal.h"
 
@@ -131,6 +132,20 @@ HistoryDesk::HistoryDesk(const HistorySettings& chosen, std::ostream& errorStrea
 void HistoryDesk::begin(tessapi::ITessAccessor& client) {
     listenForQuestions(client, {REQUEST, ANSWER},
                        [this](const HistoryJson& question) { return answerTo(question); });
+    meetLinks(client.browser().snapshot());
+}
+
+/// Before any channel: a value behind a lost link is not to count for a moment.
+void HistoryDesk::meetLinks(const tessapi::StoreSnapshot& snapshot) {
+    links = {};
+    for (const tessapi::ChannelRecord& channel : snapshot.channels) {
+        if (channel.name == CommunicationJournal::STATE) {
+            const auto device =
+                std::find_if(snapshot.devices.begin(), snapshot.devices.end(),
+                             [&](const qz::CDevice& each) { return each.id == channel.deviceId; });
+            links.meet(*device, channel);
+        }
+    }
 }
 
 void HistoryDesk::meet(const qz::CDevice& device, const tessapi::ChannelRecord& channel, bool isFormer) {
@@ -143,16 +158,28 @@ void HistoryDesk::meet(const qz::CDevice& device, const tessapi::ChannelRecord& 
                       std::to_string(settings.limitBytes / 1024) + " KiB; \"limitKiB\" gives it more\n"
                << std::flush;
     }
+    const std::int64_t nowMs = wallMs();
+    if (links.meet(device, channel)) {
+        book.follow(isAway, nowMs);
+    } else {
+        book.follow(channel.id, isAway, nowMs);
+    }
     if (met && isFormer && channel.initialized) {
-        book.add(channel.id, wallMs(), channel.value);
+        book.add(channel.id, nowMs, channel.value);
     }
 }
 
 void HistoryDesk::leave(std::uint64_t channel) {
     book.leave(channel);
+    if (links.leave(channel)) {
+        book.follow(isAway, wallMs());
+    }
 }
 
 void HistoryDesk::take(const tessapi::ChannelWrite& write) {
+    if (links.take(write)) {
+        book.follow(isAway, write.timeMs);
+    }
     book.add(write.channel, write.timeMs, write.value);
 }
 

@@ -4,6 +4,7 @@
 #include "daemon/history/HistoryBook.h"
 #include "daemon/history/HistoryFile.h"
 #include "daemon/history/HistorySettings.h"
+#include "daemon/history/LinkStates.h"
 #include "platform/common/Clock.h"
 
 #include <cstdint>
@@ -27,6 +28,9 @@ namespace velk::daemon {
 ///   knows, and "whole", the same over all of it;
 /// - of all others "changes", [milliseconds since 1970, value] each, null for a value that nobody knows, the
 ///   oldest first, and "leftOut", how many older ones there are.
+///
+/// While a part of the equipment cannot be reached nobody knows its values; when it can, those of the store
+/// count again.
 ///
 /// The daemon's own device has no history. What was known before it began is taken from the file; the store's
 /// values then are known from the beginning on.
@@ -63,6 +67,7 @@ public:
     const HistoryBook& history() const { return book; }
 
 private:
+    void meetLinks(const tessapi::StoreSnapshot& snapshot);
     std::optional<nlohmann::ordered_json> answerTo(const nlohmann::ordered_json& question) const;
     void save();
 
@@ -71,6 +76,9 @@ private:
     velk::common::Clock& clock;
     const WallClock wallMs;
     HistoryBook book;
+    LinkStates links; ///< of the calls that come one at a time
+    const HistoryBook::IsAway isAway{
+        [this](const HistoryBook::Key& channel) { return links.isAway(channel); }};
     std::optional<HistoryFile> file;
     velk::common::Clock::Duration savedAt; ///< by `clock`; only `tick` uses it, and the constructor
     bool full{false};                      ///< has been told

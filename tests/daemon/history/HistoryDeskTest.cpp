@@ -192,6 +192,39 @@ TEST_F(HistoryDeskTest, AChartIsDrawn) {
     EXPECT_THAT(out.str(), HasSubstr("least 230 V, mean 230 V, greatest 230 V, last 230 V\n"));
 }
 
+TEST_F(HistoryDeskTest, ValuesBehindALinkThatWasLostAtTheStartCountFromItsReturnOn) {
+    const std::uint64_t state =
+        asker->inbandAccessor().emplaceChannel(20, "PowerDistribution.CommunicationStatus.State", false);
+    write(state, qz::CValue{3U});
+    write(voltage, qz::CValue{230.0F});
+    write(mode, qz::CValue{2U});
+    start();
+    EXPECT_EQ(ask("Measure.Voltage"), ExitCode::NoSuchPath);
+    write(state, qz::CValue{2U});
+    ASSERT_TRUE(awaitLast("Measure.Voltage", 230.0));
+    ASSERT_EQ(ask("Status.Mode"), ExitCode::Done) << err.str();
+    EXPECT_EQ(nlohmann::json::parse(out.str())["changes"].size(), 1U) << out.str();
+}
+
+TEST_F(HistoryDeskTest, AStateBehindALostLinkIsNullForProgramsAndHasNoShare) {
+    const std::uint64_t state =
+        asker->inbandAccessor().emplaceChannel(20, "PowerDistribution.CommunicationStatus.State", false);
+    start();
+    write(mode, qz::CValue{2U});
+    write(state, qz::CValue{3U});
+    write(voltage, qz::CValue{1.0F});
+    write(state, qz::CValue{2U});
+    ASSERT_TRUE(awaitLast("Measure.Voltage", 1.0));
+    ASSERT_EQ(ask("Status.Mode"), ExitCode::Done) << err.str();
+    const nlohmann::json changes = nlohmann::json::parse(out.str())["changes"];
+    ASSERT_EQ(changes.size(), 3U);
+    EXPECT_EQ(changes[0]["value"], 2);
+    EXPECT_TRUE(changes[1]["value"].is_null());
+    EXPECT_EQ(changes[2]["value"], 2);
+    ASSERT_EQ(ask("Status.Mode", false), ExitCode::Done) << err.str();
+    EXPECT_THAT(out.str(), HasSubstr("2 times"));
+}
+
 TEST_F(HistoryDeskTest, WithoutAValueNothingIsKnown) {
     start();
     EXPECT_EQ(ask("Measure.Voltage"), ExitCode::NoSuchPath);
