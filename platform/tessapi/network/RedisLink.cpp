@@ -244,6 +244,7 @@ std::pair<std::string, std::string> RedisLink::enter(ReplyView answer) {
 
 Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline, Talk talk) {
     std::optional<Endpoint> elsewhere;
+    std::optional<std::uint64_t> loadedOver; // which connection: whoever has the functions is asked once more
     for (;;) {
         const auto command = make(again);
         try {
@@ -256,6 +257,9 @@ Reply RedisLink::exchange(const Make& make, bool again, const Deadline& deadline
             }
             if (refusal.code() == "ASK") {
                 elsewhere = finder.redirection(refusal.what());
+            } else if (refusal.isWithoutFunctions() && loadedOver != generation()) {
+                FunctionLibrary::load(*connection, deadline);
+                loadedOver = generation();
             } else if (!mend(refusal, deadline, talk)) {
                 throw;
             }
@@ -292,10 +296,6 @@ bool RedisLink::mend(const ServerRefusal& refusal, const Deadline& deadline, Tal
         velk::common::Clock::system().sleepFor(RETRY_PAUSE);
         return true;
     }
-    if (refusal.isWithoutFunctions()) {
-        FunctionLibrary::load(*connection, store(), deadline);
-        return true;
-    }
     return false;
 }
 
@@ -311,7 +311,7 @@ Reply RedisLink::askElsewhere(const Endpoint& server, const Command& command, co
         if (!refusal.isWithoutFunctions()) {
             throw;
         }
-        FunctionLibrary::load(*other, store(), deadline);
+        FunctionLibrary::load(*other, deadline);
         return asked();
     }
 }

@@ -22,11 +22,12 @@ namespace tessapi {
 /// that has another store under the site's name than it had at first is none for good.
 ///
 /// Every call throws LinkError when the server is away, ServerRefusal when it does not do what it is asked,
-/// and boost::system::system_error when the store is gone or has functions of another version.
+/// and boost::system::system_error when the store is gone or the site has another format.
 /// Threads: any; one call after the other.
 class RedisLink {
 public:
-    /// Of what a site holds.
+    /// Of what a site holds, and of what programs do to it together: it rises when those of two releases may
+    /// not work on one site.
     static constexpr std::int64_t FORMAT = 2;
 
     /// Makes a command; `again` tells that it was sent before and that its answer was lost.

@@ -1,5 +1,7 @@
 #include "platform/tessapi/network/SiteKeys.h"
 
+#include "platform/tessapi/network/FunctionLibrary.h"
+
 namespace tessapi {
 
 namespace {
@@ -29,7 +31,7 @@ SiteKeys::SiteKeys(const std::string& site) :
 }
 
 Command SiteKeys::function(const std::string& name, bool reads) const {
-    return Command{reads ? "FCALL_RO" : "FCALL", "tess3_" + name}.append(all);
+    return Command{reads ? "FCALL_RO" : "FCALL", FunctionLibrary::PREFIX + name}.append(all);
 }
 
 } // namespace tessapi

@@ -1,4 +1,4 @@
-#!lua name=tess
+#!lua name=tess4
 
 -- The rules of the store where its data is. One call is one transaction: nothing comes between its reads and
 -- its writes, and whatever can be refused is refused before the first write.

@@ -206,7 +206,7 @@ local function summary(keys, args)
 end
 
 local function register(name, callback, flags)
-  redis.register_function{function_name = 'tess3_' .. name, callback = callback, flags = flags}
+  redis.register_function{function_name = 'tess4_' .. name, callback = callback, flags = flags}
 end
 
 -- Who only reads may begin also while the server has no memory for writes.
@@ -229,6 +229,4 @@ register('start', start, {'no-writes'})
 register('reach', reach, {'no-writes'})
 register('look', look, {'no-writes'})
 register('summary', summary, {'no-writes'})
--- Which version the library of a server is, whatever its functions are called.
-redis.register_function{function_name = 'tess_version', callback = function() return 3 end, flags = {'no-writes'}}
 

@@ -1,4 +1,5 @@
 #include "platform/tessapi/engine/StoreError.h"
+#include "platform/tessapi/network/FunctionLibrary.h"
 #include "testing/RedisServer.h"
 #include "testing/StandardError.h"
 #include "tests/platform/tessapi/network/NetworkClient.h"
@@ -276,19 +277,46 @@ TEST_F(OutageTest, FunctionsThatTheServerLostAreLoadedAgain) {
     EXPECT_EQ(listener.channels().getChannelCValue(result), qz::CValue{std::string{"1"}});
 }
 
-TEST_F(OutageTest, NewerFunctionsOnTheServerAreToldWithBothVersions) {
-    server.command({"FUNCTION", "FLUSH"});
-    server.command({"FUNCTION", "LOAD",
-                    "#!lua name=tess\nredis.register_function{function_name = 'tess_version', "
-                    "callback = function() return 99 end, flags = {'no-writes'}}"});
-    try {
-        const NetworkClient late{url};
-        ADD_FAILURE() << "it opened the store";
-    } catch (const boost::system::system_error& failure) {
-        EXPECT_EQ(failure.code(),
-                  (boost::system::error_code{static_cast<int>(StoreFault::wrongVersion), storeCategory()}));
-        EXPECT_NE(std::string{failure.what()}.find("version 99, expected 3"), std::string::npos)
-            << failure.what();
+TEST_F(OutageTest, FunctionsOfAnotherReleaseLieBesideAndAreLeftThere) {
+    std::string others{FunctionLibrary::text()};
+    for (auto at = others.find("tess4"); at != std::string::npos; at = others.find("tess4", at)) {
+        others.replace(at, 5, "tess99");
+    }
+    // As the first program of the other release does, for a site of its own or only to look.
+    ASSERT_EQ(server.command({"FUNCTION", "LOAD", "REPLACE", others}), "tess99");
+    const auto results = listener.watch(result);
+    writer.set(result, std::string{"1"});
+    await(results, qz::CValue{std::string{"1"}});
+    server.command({"FUNCTION", "DELETE", "tess4"});
+    NetworkClient late{url};
+    late.set(result, std::string{"2"});
+    await(results, qz::CValue{std::string{"2"}});
+    EXPECT_EQ(server.command({"FUNCTION", "DELETE", "tess99"}), "OK") << "nobody has replaced them";
+}
+
+TEST_F(OutageTest, SiteOfAnotherFormatIsToldWithBothAndNothingIsWrittenToIt) {
+    const std::string key{"tess:{berlin}:site"};
+    const auto content = [&] {
+        return server.command({"EVAL",
+                               "local all, lines = redis.call('HGETALL', KEYS[1]), {} "
+                               "for i = 1, #all, 2 do lines[#lines + 1] = all[i] .. '=' .. all[i + 1] end "
+                               "table.sort(lines) return table.concat(lines)",
+                               "1", key});
+    };
+    for (const auto* format : {"1", "99"}) {
+        server.command({"HSET", key, "format", format});
+        const auto before = content();
+        try {
+            const NetworkClient late{url};
+            ADD_FAILURE() << "it opened the store";
+        } catch (const boost::system::system_error& failure) {
+            EXPECT_EQ(failure.code(), (boost::system::error_code{static_cast<int>(StoreFault::wrongVersion),
+                                                                 storeCategory()}));
+            EXPECT_NE(std::string{failure.what()}.find("format " + std::string{format} + ", expected 2"),
+                      std::string::npos)
+                << failure.what();
+        }
+        EXPECT_EQ(content(), before);
     }
 }
 
