@@ -13,6 +13,8 @@
 #include <random>
 #include <set>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace tessapi::network {
@@ -95,6 +97,9 @@ TEST_F(RedisRulesTest, TriggersHoldAsTheEvaluatorSays) {
 /// What the steps of a value may be, the thresholds of its triggers likewise.
 const std::vector<std::vector<CValue>>& steps() {
     constexpr auto endless = std::numeric_limits<float>::infinity();
+    constexpr auto big = std::int64_t{1} << 53; // numbers behind it are not all there as double
+    constexpr auto bigToo = static_cast<std::uint64_t>(big);
+    constexpr auto bigAsWell = static_cast<double>(big);
     static const std::vector<std::vector<CValue>> all{
         {CValue{-endless}, CValue{-1.5F}, CValue{-1.0F}, CValue{-0.0F}, CValue{0.0F}, CValue{0.5F},
          CValue{1.0F}, CValue{7.5F}, CValue{endless}, CValue{std::nanf("")}},
@@ -102,41 +107,134 @@ const std::vector<std::vector<CValue>>& steps() {
         {CValue{false}, CValue{true}},
         {CValue{qz::CTimestamp{1, "%F"}}, CValue{qz::CTimestamp{2, "%F"}}, CValue{qz::CTimestamp{3, "%F"}}},
         {CValue{"a"}, CValue{"b"}, CValue{""}},
+        {CValue{big - 1}, CValue{big}, CValue{big + 1}, CValue{big + 2}, CValue{big + 3}, CValue{-big - 1}},
+        {CValue{bigToo - 1}, CValue{bigToo}, CValue{bigToo + 1}, CValue{bigToo + 2}, CValue{bigToo + 3}},
+        {CValue{bigAsWell - 1}, CValue{bigAsWell}, CValue{bigAsWell + 2}, CValue{0.5}, CValue{std::nan("")}},
     };
     return all;
 }
 
-TEST_F(RedisRulesTest, AlarmsFollowAValueOverItsThresholdsAndBack) {
-    std::mt19937 random{20'261'122};
-    const auto oneOf = [&](const std::vector<CValue>& values) { return values[random() % values.size()]; };
-    for (int run = 0; run < 60; ++run) {
-        const auto& values = steps()[static_cast<std::size_t>(run) % steps().size()];
-        retype(values.front());
-        qz::tess::CSingleAlarmConfig config;
-        for (int i = 0; i < 3; ++i) {
-            const auto type = static_cast<std::int8_t>(1 + random() % 4);
-            const auto other = random() % 4 == 0 ? CValue{} : oneOf(values);
-            const auto level = random() % 8 == 0 ? LevelAlarm{} : LevelAlarm::warning;
-            config.triggers.push_back({level, type, oneOf(values), other, -1, std::to_string(i), {}, 0});
+/// A channel with triggers that is walked over their thresholds, and what must come of it.
+class RedisAlarmWalkTest : public RedisRulesTest {
+protected:
+    using Alarms = std::set<std::pair<LevelAlarm, std::string>>; ///< level and code
+
+    std::size_t below(std::size_t end) { return random() % end; }
+
+    const CValue& oneOf(const std::vector<CValue>& values) { return values[below(values.size())]; }
+
+    /// Now and then of another kind than the value.
+    const CValue& thresholdFor(const std::vector<CValue>& values) {
+        return oneOf(below(4) == 0 ? steps()[below(steps().size())] : values);
+    }
+
+    void configure(std::size_t triggers, const std::vector<CValue>& values) {
+        config.triggers.clear();
+        for (std::size_t i = 0; i < triggers; ++i) {
+            const auto type = std::vector<std::int8_t>{1, 2, 3, 4, 4, -1}[below(6)];
+            const auto level =
+                std::vector{LevelAlarm::warning, LevelAlarm::critical, LevelAlarm::none}[below(8) / 3];
+            const auto other = below(4) == 0 ? CValue{} : thresholdFor(values);
+            config.triggers.push_back(
+                {level, type, thresholdFor(values), other, -1, std::to_string(i), {}, 0});
         }
-        engine->setValue(CHANNEL, oneOf(values));
         engine->setAlarmConfig(CHANNEL, config);
-        for (int step = 0; step < 20; ++step) {
-            const auto value = oneOf(values);
-            engine->setValue(CHANNEL, value);
-            std::set<std::string> expected;
-            for (const auto& trigger : config.triggers) {
-                if (AlarmEvaluator::isActive(trigger, value)) {
-                    expected.insert(trigger.code);
-                }
-            }
-            std::set<std::string> active;
-            for (const auto& alarm : record().activeAlarms) {
-                active.insert(alarm.code);
-            }
-            ASSERT_EQ(active, expected) << value << " in run " << run;
+        evaluate();
+    }
+
+    /// All in one call.
+    void write(const std::vector<CValue>& values) {
+        std::vector<Engine::ChannelValue> group;
+        for (const auto& value : values) {
+            group.emplace_back(CHANNEL, value);
+        }
+        engine->setValues(group);
+        for (const auto& value : values) {
+            present = value;
+            evaluate();
         }
     }
+
+    void evaluate() {
+        Alarms now;
+        for (const auto& trigger : config.triggers) {
+            if (AlarmEvaluator::isActive(trigger, present)) {
+                now.emplace(trigger.level, trigger.code);
+            }
+        }
+        note(active, now, false);
+        note(now, active, true);
+        active = std::move(now);
+    }
+
+    /// What `some` have and `others` have not is cleared or raised.
+    void note(const Alarms& some, const Alarms& others, bool raised) {
+        for (const auto& [level, code] : some) {
+            if (!others.contains({level, code})) {
+                events.push_back({raised, level, code});
+            }
+        }
+    }
+
+    Alarms activeInStore() {
+        Alarms found;
+        for (const auto& alarm : record().activeAlarms) {
+            found.emplace(alarm.level, alarm.code);
+        }
+        return found;
+    }
+
+    std::mt19937 random{20'261'122};
+    qz::tess::CSingleAlarmConfig config;
+    CValue present;
+    Alarms active;
+    std::vector<std::tuple<bool, LevelAlarm, std::string>> events;
+};
+
+TEST_F(RedisAlarmWalkTest, AlarmsAndEventsFollowAValueOverItsThresholdsAndBack) {
+    for (std::size_t run = 0; run < 10 * steps().size(); ++run) {
+        const auto& values = steps()[run % steps().size()];
+        retype(values.front());
+        write({oneOf(values)});
+        configure(3, values);
+        for (int step = 0; step < 20; ++step) {
+            if (below(8) == 0) {
+                configure(below(4), values); // also none
+            }
+            std::vector<CValue> group;
+            do {
+                group.push_back(oneOf(values));
+            } while (below(3) == 0);
+            write(group);
+            ASSERT_EQ(activeInStore(), active) << present << " in run " << run;
+        }
+        configure(0, values);
+    }
+    std::vector<std::tuple<bool, LevelAlarm, std::string>> told;
+    for (const auto& event : engine->alarmEvents(0, 10'000)) {
+        told.emplace_back(event.raised, event.level, event.code);
+    }
+    EXPECT_GT(events.size(), 500U);
+    EXPECT_EQ(told, events);
+}
+
+TEST_F(RedisRulesTest, OfTheEventsTheNewestAreKept) {
+    Engine::Options options;
+    options.eventsKept = 200;
+    const auto few = Engine::open(StoreUrl{url}, false, options);
+    qz::tess::CSingleAlarmConfig config;
+    config.triggers = {{LevelAlarm::warning, 3, CValue{"bad"}, {}, -1, "", {}, 0}};
+    few->setAlarmConfig(CHANNEL, config);
+    for (int i = 0; i < 1000; ++i) {
+        few->setValues({{CHANNEL, CValue{"bad"}}, {CHANNEL, CValue{"good"}}});
+    }
+    const auto kept = std::stoi(server.command({"XLEN", "tess:{rules}:events"}));
+    EXPECT_GE(kept, 200);
+    EXPECT_LE(kept, 200 + 100) << "whole nodes of the stream go";
+    const auto events = few->alarmEvents(0, 10'000);
+    ASSERT_EQ(events.size(), static_cast<std::size_t>(kept));
+    EXPECT_EQ(events.back().number, 2000);
+    EXPECT_EQ(events.front().number, 2000 - kept + 1);
 }
 
 TEST_F(RedisRulesTest, TriggersAreNotReadWhileNoThresholdIsNear) {
