@@ -19,6 +19,9 @@ constexpr const char* REACH_SERVER = "is the store's server running, and does TE
 constexpr const char* SET_FILE_ASIDE =
     "stop powerdistributiond, set the file aside, \"tess import\" what \"tess export\" has kept, and start "
     "powerdistributiond";
+constexpr const char* TAKE_OVER =
+    "all programs must be of one release; \"tess export\" of the one that made the store and \"tess import\" "
+    "of the other, into an empty store, take it over";
 
 std::string ofStore(StoreFault fault) {
     switch (fault) {
@@ -36,6 +39,7 @@ std::string ofStore(StoreFault fault) {
     case StoreFault::lost:
         return "start the programs that worked on it anew";
     case StoreFault::wrongVersion:
+        return TAKE_OVER;
     case StoreFault::otherRelease:
         return "all programs must be of one release";
     default:

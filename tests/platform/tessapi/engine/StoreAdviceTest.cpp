@@ -59,6 +59,14 @@ TEST(StoreAdviceTest, AServerThatIsAwayAsksForTheServer) {
     EXPECT_EQ(adviceForSystem(ECONNREFUSED), server);
 }
 
+TEST(StoreAdviceTest, AStoreOfAnotherReleaseTellsTheWayOut) {
+    EXPECT_EQ(
+        adviceFor(StoreFault::wrongVersion),
+        "all programs must be of one release; \"tess export\" of the one that made the store and \"tess "
+        "import\" of the other, into an empty store, take it over");
+    EXPECT_EQ(adviceFor(StoreFault::otherRelease), "all programs must be of one release");
+}
+
 TEST(StoreAdviceTest, NothingIsSaidWhereNobodyKnows) {
     EXPECT_EQ(adviceForSystem(EDOM), "");
     EXPECT_EQ(adviceForDatabase(SQLITE_ABORT), "");
