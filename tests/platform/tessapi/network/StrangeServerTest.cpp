@@ -1,5 +1,6 @@
 #include "platform/tessapi/ITessAccessor.h"
 #include "platform/tessapi/engine/Engine.h"
+#include "platform/tessapi/engine/StoreError.h"
 #include "platform/tessapi/network/Courier.h"
 #include "platform/tessapi/network/Packer.h"
 #include "platform/tessapi/network/SiteCodec.h"
@@ -58,6 +59,11 @@ protected:
         replies[call] = reply;
     }
 
+    int timesOf(const std::string& call) {
+        const std::lock_guard lock{mutex};
+        return asked[call];
+    }
+
     std::shared_ptr<Engine> open() {
         Engine::Options options;
         options.longestWait = PATIENCE;
@@ -78,7 +84,7 @@ protected:
             call = words.at(1).substr(words.at(1).find('_') + 1);
         }
         const std::lock_guard lock{mutex};
-        looks += call == "XRANGE" ? 1 : 0;
+        ++asked[call];
         if (const auto known = replies.find(call); known != replies.end()) {
             return known->second;
         }
@@ -94,7 +100,7 @@ protected:
     std::mutex mutex;
     std::map<std::string, std::string> replies;
     std::string rest{":1\r\n"};
-    std::atomic<int> looks{0}; ///< for changes
+    std::map<std::string, int> asked; ///< how often, by what `answerTo` takes
     ScriptedServer server{[this](const auto& words) { return answer(words); }};
     const std::string url{"redis://" + server.address() + "/strange"};
 
@@ -186,7 +192,7 @@ TEST_F(StrangeServerTest, ListenerThatIsToldNonsenseSaysSoOnceAndGoesOn) {
         const Recorder<CValue> heard;
         client.subscribeMultipleChannels(
             {CHANNEL}, [heard](auto, const auto& value) { heard.add(value); }, qz::sub::everyWrite, nullptr);
-        for (const auto first = looks.load(); looks < first + 6;) {
+        while (timesOf("XRANGE") < 6) { // looks for changes
             engine->wakeup().signal();
             std::this_thread::yield();
         }
@@ -201,6 +207,19 @@ TEST_F(StrangeServerTest, ListenerThatIsToldNonsenseSaysSoOnceAndGoesOn) {
     EXPECT_NE(text.find("listener: store " + url + ": an answer that no server of a store gives"),
               std::string::npos)
         << text;
+}
+
+TEST_F(StrangeServerTest, FunctionsThatAreNotFoundAlthoughTheyWereLoadedAreARefusal) {
+    const auto engine = open();
+    answerTo("worst_of", "-ERR Function not found\r\n");
+    try {
+        engine->mostCriticalOf(ITessAccessor::ROOT_DEVICE);
+        ADD_FAILURE() << "it gave an alarm";
+    } catch (const boost::system::system_error& failure) {
+        EXPECT_EQ(failure.code().value(), static_cast<int>(StoreFault::refused)) << failure.what();
+    }
+    EXPECT_EQ(timesOf("FUNCTION"), 1);
+    EXPECT_EQ(timesOf("worst_of"), 2);
 }
 
 TEST_F(StrangeServerTest, WhatAServerHadLostAndDoesNotTakeAgainIsToldAtTheEnd) {
