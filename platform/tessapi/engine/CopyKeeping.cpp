@@ -4,10 +4,11 @@
 #include "platform/tessapi/engine/BreakableReads.h"
 #include "platform/tessapi/engine/CopyRun.h"
 #include "platform/tessapi/engine/KeptSchema.h"
+#include "platform/tessapi/engine/StoreError.h"
+#include "platform/tessapi/engine/Warning.h"
 
 #include <boost/system/system_error.hpp>
 
-#include <cstdint>
 #include <exception>
 #include <filesystem>
 #include <system_error>
@@ -21,8 +22,10 @@ using std::chrono::milliseconds;
 
 /// Another program copies at this moment, maybe not yet what came last.
 constexpr milliseconds TRY_AGAIN{250};
-/// How long a program that ends waits for such a one.
-constexpr milliseconds LONGEST_WAIT_AT_THE_END{3000};
+/// A copy takes some milliseconds; one that takes so long hangs, with its program or with the disk.
+constexpr std::chrono::seconds LONGEST_COPY{10};
+
+constexpr const char* LOCK = "-keeper"; // beside the copy
 
 constexpr const char* PENDING =
     "SELECT EXISTS(SELECT 1 FROM mark)"
@@ -30,7 +33,7 @@ constexpr const char* PENDING =
     " OR record < coalesce((SELECT max(number) FROM write_record), 0)"
     " OR EXISTS(SELECT 1 FROM channel INDEXED BY channel_soon WHERE " VELK_SOON_KEPT_NAMES
     " AND seq > setting_seq),"
-    " value_seq < coalesce((SELECT max(seq) FROM change), 0), values_at FROM keeping";
+    " value_seq < coalesce((SELECT max(seq) FROM change), 0), values_at, runs FROM keeping";
 
 } // namespace
 
@@ -41,7 +44,7 @@ CopyKeeping::CopyKeeping(Place where, const std::string& name, InterprocessLock&
     writers{lock},
     use{programs},
     clock{time},
-    keeper{place.kept + "-keeper", store},
+    keeper{place.kept + LOCK, store},
     database{place.working, store},
     log{database, lock, place.framesToCopy},
     whatIsPending{database, PENDING} {}
@@ -59,14 +62,14 @@ CopyKeeping::Duration CopyKeeping::keep(const Round& round) {
     const bool end = round.last && isAlone();
     const bool values = now.values && (due <= Duration::zero() || end);
     if (!values && !now.changes && !(end && hasLog())) {
+        endRefusal();
         return due <= Duration::zero() ? place.valuesEvery : due;
     }
-    if (round.last) {
-        keeper.awaitAlone(LONGEST_WAIT_AT_THE_END);
-    } else if (!keeper.tryAlone()) {
+    if (!takeTurn(round.last, now.copies)) {
         return TRY_AGAIN;
     }
     copy(values, end);
+    endRefusal();
     return values ? Duration{place.valuesEvery} : due;
 }
 
@@ -102,7 +105,7 @@ CopyKeeping::Pending CopyKeeping::pending() {
         if (!run.next()) {
             return {};
         }
-        return {run.integer(0) != 0, run.integer(1) != 0, milliseconds{run.integer(2)}};
+        return {run.integer(0) != 0, run.integer(1) != 0, milliseconds{run.integer(2)}, run.integer(3)};
     });
 }
 
@@ -110,6 +113,43 @@ CopyKeeping::Duration CopyKeeping::untilValuesAreDue(Duration copied) const {
     const auto now = clock.now();
     // A time to come is of another clock.
     return copied > now ? Duration::zero() : copied + place.valuesEvery - now;
+}
+
+bool CopyKeeping::takeTurn(bool last, std::int64_t copies) {
+    if (keeper.tryAlone(last ? place.longestWait : milliseconds{0})) {
+        return true;
+    }
+    if (refusal && refusal->copies != copies) {
+        endRefusal();
+    }
+    if (!refusal) {
+        refusal = {clock.now(), copies};
+    }
+    if (last || clock.now() - refusal->since >= LONGEST_COPY) {
+        complain();
+    }
+    return false;
+}
+
+void CopyKeeping::complain() {
+    refusal->told = true;
+    const auto process = keeper.holder();
+    const auto who = process == 0 ? "another program" : "process " + std::to_string(process);
+    try {
+        throwStoreFault(store, StoreFault::locked,
+                        who + " copies and hangs; let it go on, end it, or see to the disk: " + place.kept +
+                            LOCK);
+    } catch (const std::exception& failure) {
+        noteFailure(failure.what(), refusal->copies);
+        throw;
+    }
+}
+
+void CopyKeeping::endRefusal() {
+    if (refusal && refusal->told) {
+        warn(store, "is copied to " + place.kept + " again");
+    }
+    refusal.reset();
 }
 
 void CopyKeeping::copy(bool values, bool end) {
@@ -127,13 +167,13 @@ void CopyKeeping::copy(bool values, bool end) {
     }
 }
 
-void CopyKeeping::noteFailure(const std::string& text) {
+void CopyKeeping::noteFailure(const std::string& text, std::int64_t copies) {
     try {
         InterprocessHold hold{writers};
         Statement{database, "UPDATE keeping SET failure = ?1, failing_since_ms ="
                             " CASE failing_since_ms WHEN 0 THEN ?2 ELSE failing_since_ms END"
-                            " WHERE failure <> ?1"}
-            .execute(text, velk::common::wallMs());
+                            " WHERE failure <> ?1 AND ?3 IN (?4, runs)"}
+            .execute(text, velk::common::wallMs(), copies, ANY);
     } catch (const std::exception&) {
         // What failed first is told.
     }

@@ -8,6 +8,8 @@
 #include "platform/tessapi/engine/Statement.h"
 
 #include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace tessapi {
@@ -21,7 +23,8 @@ public:
         std::string kept;    ///< file on disk
         std::string working; ///< file in memory
         std::chrono::seconds valuesEvery;
-        int framesToCopy; ///< of the log of the file in memory
+        int framesToCopy;                      ///< of the log of the file in memory
+        std::chrono::milliseconds longestWait; ///< at the end, for a program that copies
     };
 
     /// `lock` and `programs` outlive the object. `programs` is the lock that every program shares that has
@@ -39,6 +42,14 @@ private:
         bool changes{false};     ///< what is to be copied at once
         bool values{false};      ///< what is to be copied when its time has come
         Duration valuesCopied{}; ///< when that was done last
+        std::int64_t copies{0};  ///< by all programs
+    };
+
+    /// Another program has the lock for copying.
+    struct Refusal {
+        Duration since;
+        std::int64_t copies; ///< made by then
+        bool told{false};    ///< that it lasts too long
     };
 
     bool isGone();
@@ -48,10 +59,19 @@ private:
     bool hasLog() const;
     Pending pending();
     Duration untilValuesAreDue(Duration copied) const;
+    /// Whether this program copies now. Throws when another one holds the lock for too long and copies
+    /// nothing, or when that is so at the end.
+    bool takeTurn(bool last, std::int64_t copies);
+    [[noreturn]] void complain();
+    /// Copying goes on, here or elsewhere.
+    void endRefusal();
     /// `end` when nobody has the store open after this.
     void copy(bool values, bool end);
-    /// For those who look at the store: why the disk is behind.
-    void noteFailure(const std::string& text);
+    /// For those who look at the store: why the disk is behind. Nothing when another copy was made than
+    /// these.
+    void noteFailure(const std::string& text, std::int64_t copies = ANY);
+
+    static constexpr std::int64_t ANY = -1;
 
     const Place place;
     const std::string store;
@@ -62,6 +82,7 @@ private:
     Database database; // of the working file
     LogBound log;
     Statement whatIsPending;
+    std::optional<Refusal> refusal;
 };
 
 } // namespace tessapi

@@ -2,6 +2,7 @@
 
 #include "platform/common/Clock.h"
 #include "platform/common/GroupFile.h"
+#include "platform/tessapi/engine/HeldLocks.h"
 #include "platform/tessapi/engine/StoreError.h"
 
 #include <cerrno>
@@ -40,8 +41,8 @@ bool FileLock::tryShared() {
     return attempt(LOCK_SH);
 }
 
-bool FileLock::tryAlone() {
-    return attempt(LOCK_EX);
+bool FileLock::tryAlone(std::chrono::milliseconds longest) {
+    return attempt(LOCK_EX, longest);
 }
 
 void FileLock::awaitShared(std::chrono::milliseconds longest) {
@@ -62,6 +63,15 @@ bool FileLock::awaitAny(std::chrono::milliseconds longest) {
     }
     awaitShared(longest);
     return false;
+}
+
+pid_t FileLock::holder() const {
+    for (const auto& lock : heldLocks(path)) {
+        if (lock.kind == "FLOCK") {
+            return lock.process;
+        }
+    }
+    return 0;
 }
 
 void FileLock::leaveSign() {
@@ -87,14 +97,21 @@ bool FileLock::attempt(int operation) {
     return true;
 }
 
-void FileLock::await(int operation, std::chrono::milliseconds longest) {
+bool FileLock::attempt(int operation, std::chrono::milliseconds longest) {
     auto& clock = velk::common::Clock::system();
     const auto end = clock.now() + longest;
     while (!attempt(operation)) {
         if (clock.now() >= end) {
-            throwStoreFault(store, StoreFault::locked, path);
+            return false;
         }
         clock.sleepFor(BETWEEN_TRIES);
+    }
+    return true;
+}
+
+void FileLock::await(int operation, std::chrono::milliseconds longest) {
+    if (!attempt(operation, longest)) {
+        throwStoreFault(store, StoreFault::locked, path);
     }
 }
 

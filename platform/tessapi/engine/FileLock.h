@@ -19,7 +19,8 @@ public:
 
     /// Changing the kind loses the lock when it cannot be had at once.
     bool tryShared();
-    bool tryAlone();
+    /// Waits for others for at most `longest`.
+    bool tryAlone(std::chrono::milliseconds longest = {});
     /// Throws `StoreFault::locked` when it cannot be had within `longest`.
     void awaitShared(std::chrono::milliseconds longest);
     void awaitAlone(std::chrono::milliseconds longest);
@@ -27,12 +28,16 @@ public:
     /// Whether nobody else holds it: then it is had alone, else shared.
     bool awaitAny(std::chrono::milliseconds longest);
 
+    /// A process that holds it, maybe this one; 0 for none that is known.
+    pid_t holder() const;
+
     /// A sign in the file, for whoever comes after this program too.
     void leaveSign();
     bool hasSign() const;
 
 private:
     bool attempt(int operation);
+    bool attempt(int operation, std::chrono::milliseconds longest);
     void await(int operation, std::chrono::milliseconds longest);
 
     const std::string path;

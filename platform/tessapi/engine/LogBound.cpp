@@ -1,11 +1,10 @@
 #include "platform/tessapi/engine/LogBound.h"
 
+#include "platform/tessapi/engine/HeldLocks.h"
+
 #include <algorithm>
 #include <cstdint>
-#include <fstream>
 #include <sqlite3.h>
-#include <sstream>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tessapi {
@@ -59,28 +58,13 @@ private:
 thread_local const sqlite3_io_methods* ForcedLocks::usual = nullptr;
 thread_local unsigned int ForcedLocks::taken = 0;
 
-/// The processes that hold a lock of a reader, this one left out. A process that this one cannot see, in a
-/// container of its own, is not among them.
+/// The processes that hold a lock of a reader, this one left out.
 std::vector<pid_t> readersOf(const std::string& sharedMemory) {
-    struct stat status {};
     std::vector<pid_t> readers;
-    if (::stat(sharedMemory.c_str(), &status) != 0) {
-        return readers;
-    }
-    const auto inode = ":" + std::to_string(status.st_ino);
-    std::ifstream locks{"/proc/locks"};
-    // "1: POSIX  ADVISORY  READ 4711 fe:00:1234 123 123"; a line of a waiting one has "->" more.
-    for (std::string line; std::getline(locks, line);) {
-        std::istringstream words{line};
-        std::string number, kind, advisory, access, file, end;
-        pid_t process = 0;
-        std::uint64_t begin = 0;
-        words >> number >> kind >> advisory >> access >> process >> file >> begin >> end;
-        const bool isHere = words && kind == "POSIX" && file.size() > inode.size() &&
-                            file.compare(file.size() - inode.size(), inode.size(), inode) == 0;
-        if (isHere && begin <= LAST_READER_BYTE && process != ::getpid() &&
-            (end == "EOF" || std::stoull(end) >= FIRST_READER_BYTE)) {
-            readers.push_back(process);
+    for (const auto& lock : heldLocks(sharedMemory)) {
+        if (lock.kind == "POSIX" && lock.first <= LAST_READER_BYTE && lock.last >= FIRST_READER_BYTE &&
+            lock.process != ::getpid()) {
+            readers.push_back(lock.process);
         }
     }
     return readers;

@@ -57,8 +57,8 @@ std::shared_ptr<Engine> SqliteEngine::openFile(const StoreUrl& url, bool create,
         engine->copyFile = path;
         engine->valuesEvery = kept->valuesEvery;
         keeping = std::make_unique<CopyKeeping>(
-            CopyKeeping::Place{path, file, kept->valuesEvery, options.framesToCopy}, engine->store,
-            *engine->writers, *engine->use, *options.clock);
+            CopyKeeping::Place{path, file, kept->valuesEvery, options.framesToCopy, options.longestWait},
+            engine->store, *engine->writers, *engine->use, *options.clock);
     } else {
         keeping = std::make_unique<LogKeeping>(path, engine->store, *engine->writers, options.framesToCopy);
     }

@@ -1,3 +1,6 @@
+#include "platform/tessapi/engine/Database.h"
+#include "platform/tessapi/engine/FileLock.h"
+#include "platform/tessapi/engine/Statement.h"
 #include "testing/FullDisk.h"
 #include "testing/StoreLoad.h"
 #include "tests/platform/tessapi/WriterProcess.h"
@@ -28,6 +31,14 @@ protected:
         const auto said = ::testing::internal::GetCapturedStderr();
         EXPECT_EQ(countOf(said, "WARNING - store " + url()), 1U) << said;
         EXPECT_EQ(countOf(said, "; tried again until it works\n"), 1U) << said;
+    }
+
+    /// What a store that nobody has open says of why it is not copied.
+    std::string noted() const {
+        Database working{workingFile(), "the store"};
+        Statement statement{working, "SELECT failure FROM keeping"};
+        auto run = statement.with();
+        return run.next() ? run.text(0) : "nothing was said";
     }
 
     /// Another program that counts in a setting; what it printed is acknowledged.
@@ -114,6 +125,78 @@ TEST_F(KeptFailureTest, AStoreWhoseDiskIsFullGoesOnAndIsCopiedWhenThereIsSpaceAg
     EXPECT_NE(openAfterPowerCut()->valueOf(setting), CValue{value});
     pass(seconds{2});
     EXPECT_EQ(openAfterPowerCut()->valueOf(setting), CValue{value});
+}
+
+TEST_F(KeptFailureTest, AProgramThatCopiesAndHangsIsToldOnceWithItsNumberAndSoIsItsEnd) {
+    const auto store = open();
+    const auto setting = store->emplaceChannel(1, names::SETTING);
+    passMoment();
+    FileLock hanging{path() + "-keeper", "hanging"};
+    ASSERT_TRUE(hanging.tryAlone());
+    ::testing::internal::CaptureStderr();
+    store->setValue(setting, CValue{std::int32_t{1}});
+    passMoment();
+    pass(seconds{7});
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(store->health().copy->failure, "");
+
+    const boost::system::system_error expected{
+        {static_cast<int>(StoreFault::locked), storeCategory()},
+        "store " + url() + ": process " + std::to_string(::getpid()) +
+            " copies and hangs; let it go on, end it, or see to the disk: " + path() + "-keeper"};
+    const std::string what{expected.what()};
+    ::testing::internal::CaptureStderr();
+    pass(seconds{5});
+    store->setValue(setting, CValue{std::int32_t{2}});
+    pass(seconds{2}); // it is being tried already
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "WARNING - " + what + "; tried again until it works\n");
+    EXPECT_EQ(store->health().copy->failure, what);
+
+    hanging.release();
+    ::testing::internal::CaptureStderr();
+    pass(seconds{2});
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "WARNING - store " + url() + ": is copied to " + path() + " again\n");
+    EXPECT_EQ(store->health().copy->failure, "");
+    EXPECT_EQ(openAfterPowerCut()->valueOf(setting), CValue{std::int32_t{2}});
+}
+
+TEST_F(KeptFailureTest, AProgramThatFindsOthersCopyingWhenItWantsToDoesNotTakeThemForHanging) {
+    const auto store = open();
+    const auto setting = store->emplaceChannel(1, names::SETTING);
+    passMoment();
+    FileLock others{path() + "-keeper", "others"};
+    ASSERT_TRUE(others.tryAlone());
+    ::testing::internal::CaptureStderr();
+    store->setValue(setting, CValue{std::int32_t{1}});
+    passMoment();
+    for (int i = 0; i < 3; ++i) {
+        pass(seconds{6});
+        execute(workingFile(), "UPDATE keeping SET runs = runs + 1");
+    }
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(store->health().copy->failure, "");
+}
+
+TEST_F(KeptFailureTest, AProgramThatEndsWhileAnotherCopiesAndHangsLeavesANoteOfThat) {
+    auto store = open();
+    const auto setting = store->emplaceChannel(1, names::SETTING);
+    passMoment();
+    FileLock hanging{path() + "-keeper", "hanging"};
+    ASSERT_TRUE(hanging.tryAlone());
+    ::testing::internal::CaptureStderr();
+    store->setValue(setting, CValue{std::int32_t{1}});
+    store.reset();
+    const auto said = ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(countOf(said, "WARNING - "), 1U) << said;
+    EXPECT_EQ(countOf(said, " copies and hangs; "), 1U) << said;
+    EXPECT_EQ(countOf(said, "; not tried again, as this program ends: "), 1U) << said;
+    EXPECT_EQ(countOf(noted(), " copies and hangs; "), 1U) << noted();
+
+    hanging.release();
+    open().reset();
+    EXPECT_EQ(noted(), "");
 }
 
 TEST_F(KeptFailureTest, AProgramThatEndsCopiesWhatItHasSetBeforeIt) {
