@@ -75,7 +75,9 @@ private:
             place = placeOfStore(surroundings.store);
             const auto store = openStore(surroundings.store, false);
             add(diagnosePlace(place));
-            health = store->browser().health();
+            settled =
+                settledHealth([&store] { return store->browser().health(); }, velk::common::Clock::system());
+            health = settled->health;
             add(diagnoseEngine(*health));
             tessapi::StoreImage image = store->browser().image();
             add(diagnoseContent(image));
@@ -192,7 +194,7 @@ private:
     void lookAtHealth() {
         if (health) {
             add(diagnoseWear(*health, secondsSinceMade(workingFile(), nowMs)));
-            add(diagnoseQueues(*health, nowMs));
+            add(diagnoseQueues(*settled, nowMs));
         }
         if (isOnServer()) {
             add(diagnoseOutages(tessapi::storeOutages(), health.has_value(), nowMs, nameOfProgram));
@@ -237,7 +239,8 @@ private:
     const std::int64_t nowMs;
     std::string configurationFile;
     StorePlace place;
-    std::optional<tessapi::StoreHealth> health;
+    std::optional<SettledHealth> settled;
+    std::optional<tessapi::StoreHealth> health; ///< of `settled`
     std::optional<StoreView> view;
     DaemonState daemon;
     Diagnoses found;

@@ -3,6 +3,7 @@
 #include "cli/TimeText.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
@@ -34,7 +35,8 @@ constexpr double WEARING_OUT_PER_HOUR = 100 * MIB;
 constexpr double SHORTEST_COUNT_SECONDS = 600.0;
 
 /// What is durable is on disk within a second; what is not by then waits for something.
-constexpr std::int64_t LONGEST_PENDING_MS = 10'000;
+constexpr std::chrono::milliseconds LONGEST_PENDING{3000};
+constexpr std::chrono::milliseconds LOOK_AGAIN{250};
 constexpr std::uint64_t LONG_LOG_BYTES = 16U << 20U;
 
 std::string seconds(std::int64_t ms) {
@@ -47,7 +49,12 @@ std::string percent(double share) {
     return text;
 }
 
-Diagnoses diagnoseCopy(const tessapi::StoreHealth::Copy& copy, std::int64_t nowMs) {
+/// Which nobody has made so far.
+std::string madeText(const tessapi::StoreHealth::Copy& copy, std::int64_t nowMs) {
+    return copy.lastMs == 0 ? "none was made yet" : "the last one was made " + timeAndAge(copy.lastMs, nowMs);
+}
+
+Diagnoses diagnoseCopy(const tessapi::StoreHealth::Copy& copy, bool isStuck, std::int64_t nowMs) {
     if (!copy.failure.empty()) {
         return {Diagnosis::problem("queue",
                                    "the copy to " + copy.path + " fails since " +
@@ -55,12 +62,12 @@ Diagnoses diagnoseCopy(const tessapi::StoreHealth::Copy& copy, std::int64_t nowM
                                    "mend that; what is in memory is copied by itself then, and lost with the "
                                    "power before")};
     }
-    if (copy.pendingChanges > 0 && nowMs - copy.lastMs > LONGEST_PENDING_MS) {
+    if (isStuck) {
         return {Diagnosis::problem("queue",
                                    std::to_string(copy.pendingChanges) + " changes wait for their copy to " +
-                                       copy.path + ", the last one was made " +
-                                       timeAndAge(copy.lastMs, nowMs),
-                                   "start powerdistributiond: it keeps the copy")};
+                                       copy.path + ", " + madeText(copy, nowMs),
+                                   "end the program that is stopped while it holds " + copy.path +
+                                       "-keeper; where none has the store open, start powerdistributiond")};
     }
     return {Diagnosis::ok("queue", "copied to " + copy.path + " " + ageText(copy.lastMs, nowMs) +
                                        ", measured values every " + std::to_string(copy.valuesEverySec) +
@@ -180,8 +187,27 @@ Diagnosis diagnoseWear(const tessapi::StoreHealth& health, double countedSeconds
                                       : Diagnosis::ok("wear", detail);
 }
 
-Diagnoses diagnoseQueues(const tessapi::StoreHealth& health, std::int64_t nowMs) {
-    Diagnoses found = health.copy ? diagnoseCopy(*health.copy, nowMs) : Diagnoses{};
+SettledHealth settledHealth(const std::function<tessapi::StoreHealth()>& look, velk::common::Clock& clock) {
+    const auto isWaiting = [](const tessapi::StoreHealth& health) {
+        return health.copy && health.copy->failure.empty() && health.copy->pendingChanges > 0;
+    };
+    SettledHealth settled{look(), false};
+    if (!isWaiting(settled.health)) {
+        return settled;
+    }
+    const std::uint64_t copies = settled.health.copy->copies;
+    const auto end = clock.now() + LONGEST_PENDING;
+    do {
+        clock.sleepFor(LOOK_AGAIN);
+        settled.health = look();
+        settled.isCopyStuck = isWaiting(settled.health) && settled.health.copy->copies == copies;
+    } while (settled.isCopyStuck && clock.now() < end);
+    return settled;
+}
+
+Diagnoses diagnoseQueues(const SettledHealth& settled, std::int64_t nowMs) {
+    const tessapi::StoreHealth& health = settled.health;
+    Diagnoses found = health.copy ? diagnoseCopy(*health.copy, settled.isCopyStuck, nowMs) : Diagnoses{};
     if (health.file && health.file->logBytes > LONG_LOG_BYTES) {
         found.push_back(Diagnosis::problem(
             "queue",

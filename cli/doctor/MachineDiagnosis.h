@@ -1,9 +1,11 @@
 #pragma once
 
 #include "cli/doctor/Diagnosis.h"
+#include "platform/common/Clock.h"
 #include "platform/tessapi/StoreHealth.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -46,8 +48,18 @@ Diagnosis diagnoseDisk(const DiskFacts& disk);
 /// for `countedSeconds`.
 Diagnosis diagnoseWear(const tessapi::StoreHealth& health, double countedSeconds);
 
+/// A store as it stands after what waited for its copy had the time that this takes.
+struct SettledHealth {
+    tessapi::StoreHealth health;
+    bool isCopyStuck{false}; ///< changes wait, and nothing was copied while it was looked at
+};
+
+/// Looks again and again, by `clock`, as long as changes wait and nothing is copied, but not for long. Every
+/// program that has the store open copies, so also the one that looks.
+SettledHealth settledHealth(const std::function<tessapi::StoreHealth()>& look, velk::common::Clock& clock);
+
 /// Whether what has to go somewhere gets there: the copy to the disk, the write-ahead log into the file. Of a
-/// store on a server `diagnoseOutages` tells.
-Diagnoses diagnoseQueues(const tessapi::StoreHealth& health, std::int64_t nowMs);
+/// store on a server `diagnoseOutages` tells. `nowMs` is only for the age of what was copied.
+Diagnoses diagnoseQueues(const SettledHealth& settled, std::int64_t nowMs);
 
 } // namespace velk::cli

@@ -6,6 +6,7 @@
 #include "cli/doctor/TrustedFile.h"
 #include "platform/common/ProcessMark.h"
 #include "testing/ChildProcess.h"
+#include "testing/FakeClock.h"
 #include "testing/TemporaryDirectory.h"
 #include "tests/cli/RandomImage.h"
 #include "tests/cli/SnapshotBuilder.h"
@@ -13,6 +14,7 @@
 #include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sys/stat.h>
@@ -333,27 +335,66 @@ TEST(DoctorWearTest, AStoreThatIsWrittenThroughIsWorthANote) {
     EXPECT_EQ(diagnoseWear(health, 7200.0).kind, Kind::Ok);
 }
 
-TEST(DoctorQueueTest, ACopyThatKeepsUpIsGood) {
-    EXPECT_EQ(only(diagnoseQueues(copied(0), NOW_MS)).kind, Kind::Ok);
-    EXPECT_EQ(only(diagnoseQueues({}, NOW_MS)), Diagnosis::ok("queue", "nothing waits"));
+/// What the doctor says of a store that is seen like this, one look after the other, and then as the last.
+Diagnosis queueOf(const std::vector<tessapi::StoreHealth>& looks, std::int64_t nowMs = NOW_MS) {
+    velk::testing::FakeClock clock;
+    std::size_t looked = 0;
+    const auto look = [&] { return looks.at(std::min(looked++, looks.size() - 1)); };
+    return only(diagnoseQueues(settledHealth(look, clock), nowMs));
 }
 
-TEST(DoctorQueueTest, ACopyThatFailsOrLagsIsAProblem) {
+tessapi::StoreHealth waiting(std::uint64_t changes, std::uint64_t copies) {
     tessapi::StoreHealth health = copied(0);
-    health.copy->pendingChanges = 3;
-    EXPECT_EQ(only(diagnoseQueues(health, NOW_MS)).kind, Kind::Ok);
-    health.copy->lastMs = NOW_MS - 10'001;
-    expectProblem(only(diagnoseQueues(health, NOW_MS)), "3 changes wait for their copy",
-                  "start powerdistributiond");
+    health.copy->pendingChanges = changes;
+    health.copy->copies = copies;
+    return health;
+}
+
+TEST(DoctorQueueTest, ACopyThatKeepsUpIsGood) {
+    EXPECT_EQ(queueOf({copied(0)}).kind, Kind::Ok);
+    EXPECT_EQ(queueOf({tessapi::StoreHealth{}}), Diagnosis::ok("queue", "nothing waits"));
+}
+
+TEST(DoctorQueueTest, AChangeThatHasJustBeenMadeIsNoProblemHoweverOldTheLastCopyIs) {
+    tessapi::StoreHealth quiet = waiting(1, 7);
+    quiet.copy->lastMs = NOW_MS - 86'400'000;
+    EXPECT_EQ(queueOf({quiet, quiet, waiting(0, 8)}).kind, Kind::Ok);
+    EXPECT_EQ(queueOf({quiet, quiet, waiting(5, 8)}).kind, Kind::Ok) << "others came meanwhile";
+}
+
+TEST(DoctorQueueTest, WhatIsNotCopiedWhileItIsLookedAtIsAProblemWhateverTheClockSays) {
+    for (const std::int64_t backMs : {0, 3'600'000, -3'600'000}) {
+        expectProblem(queueOf({waiting(3, 7)}, NOW_MS - backMs), "3 changes wait for their copy",
+                      "tess.db-keeper");
+    }
+}
+
+TEST(DoctorQueueTest, TheDoctorLooksForThreeSecondsAtMostAndOnlyOnceWhenNothingWaits) {
+    velk::testing::FakeClock clock;
+    const auto begun = clock.now();
+    EXPECT_TRUE(settledHealth([] { return waiting(3, 7); }, clock).isCopyStuck);
+    EXPECT_EQ(clock.now() - begun, std::chrono::seconds{3});
+    EXPECT_FALSE(settledHealth([] { return copied(0); }, clock).isCopyStuck);
+    EXPECT_EQ(clock.now() - begun, std::chrono::seconds{3});
+}
+
+TEST(DoctorQueueTest, AStoreThatWasNeverCopiedIsToldAsThat) {
+    tessapi::StoreHealth fresh = waiting(3, 0);
+    fresh.copy->lastMs = 0;
+    expectProblem(queueOf({fresh}), "none was made yet", "tess.db-keeper");
+}
+
+TEST(DoctorQueueTest, ACopyThatFailsIsAProblemAndTellsWhy) {
+    tessapi::StoreHealth health = waiting(3, 7);
     health.copy->failure = "disk full";
     health.copy->failingSinceMs = NOW_MS - 60'000;
-    expectProblem(only(diagnoseQueues(health, NOW_MS)), ": disk full", "mend that");
+    expectProblem(queueOf({health}), ": disk full", "mend that");
 }
 
 TEST(DoctorQueueTest, OfAStoreOnAServerOtherLinesTell) {
     tessapi::StoreHealth health;
     health.engine = "redis";
-    EXPECT_TRUE(diagnoseQueues(health, NOW_MS).empty());
+    EXPECT_TRUE(diagnoseQueues({health, false}, NOW_MS).empty());
 }
 
 TEST(DoctorStoreTest, TheSchemaVersionsOfTheStoreAndOfTheProgramAreTold) {
@@ -368,7 +409,7 @@ TEST(DoctorStoreTest, TheSchemaVersionsOfTheStoreAndOfTheProgramAreTold) {
 TEST(DoctorQueueTest, ALogThatGrowsIsAProblem) {
     tessapi::StoreHealth health;
     health.file = tessapi::StoreHealth::File{"/x", 0, (16U << 20U) + 1, 1024, 0, 0};
-    expectProblem(only(diagnoseQueues(health, NOW_MS)), "write-ahead log of 16.0 MiB", "who uses the store");
+    expectProblem(queueOf({health}), "write-ahead log of 16.0 MiB", "who uses the store");
 }
 
 TEST(DoctorProgramTest, AProgramIsHeardOrItIsSaidWhyNot) {
