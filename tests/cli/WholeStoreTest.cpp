@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -77,6 +78,33 @@ TEST_F(WholeStoreTest, ExportAndImportAndExportGiveTheSameText) {
     EXPECT_THAT(err, HasSubstr("has 5 devices, "));
     EXPECT_EQ(tess({"--store", copy, "export"}), 0) << err;
     EXPECT_EQ(out, first);
+}
+
+TEST_F(WholeStoreTest, OnlyTheMarkOfALivingDaemonIsNotTheSameAfterExportAndImport) {
+    sayDaemon(velk::common::ProcessMark::ofThisProcess());
+    sample.set(20, "Measure.Frequency", qz::CValue{50.0F});
+    EXPECT_EQ(tess({"export", file("first.json")}), 0) << err;
+    Json expected = Json::parse(contentOf(file("first.json")));
+    std::int64_t newest = 0;
+    for (const Json& channel : expected["channels"]) {
+        newest = std::max(newest, channel["written"].get<std::int64_t>());
+    }
+    for (Json& channel : expected["channels"]) {
+        if (channel["name"] == "Daemon.Process") {
+            channel["value"] = {{"string", ""}};
+            channel["written"] = newest;
+            channel["changed"] = newest;
+        }
+    }
+    const std::string copy = "sqlite:" + file("copy.db");
+    EXPECT_EQ(tess({"--store", copy, "import", file("first.json")}), 0) << err;
+    EXPECT_EQ(tess({"--store", copy, "export", file("second.json")}), 0) << err;
+    EXPECT_EQ(Json::parse(contentOf(file("second.json"))), expected);
+    EXPECT_NE(Json::parse(contentOf(file("first.json"))), expected);
+    const std::string next = "sqlite:" + file("next.db");
+    EXPECT_EQ(tess({"--store", next, "import", file("second.json")}), 0) << err;
+    EXPECT_EQ(tess({"--store", next, "export"}), 0) << err;
+    EXPECT_EQ(out, contentOf(file("second.json"))) << "without one all is the same";
 }
 
 TEST_F(WholeStoreTest, AnExportedFileIsForItsGroupAndThereAtOnce) {
