@@ -64,9 +64,9 @@ protected:
         return asked[call];
     }
 
-    std::shared_ptr<Engine> open() {
+    std::shared_ptr<Engine> open(std::chrono::milliseconds patience = PATIENCE) {
         Engine::Options options;
-        options.longestWait = PATIENCE;
+        options.longestWait = patience;
         return Engine::open(StoreUrl{url}, true, options);
     }
 
@@ -186,7 +186,7 @@ TEST_F(StrangeServerTest, ListenerThatIsToldNonsenseSaysSoOnceAndGoesOn) {
         rest = "+word\r\n"; // also instead of the changes
     }
     {
-        const auto engine = open();
+        const auto engine = open(NetworkClient::PATIENT);
         Dispatcher dispatcher{"listener", engine};
         InBandClient client{*engine, dispatcher};
         const Recorder<CValue> heard;
@@ -210,7 +210,7 @@ TEST_F(StrangeServerTest, ListenerThatIsToldNonsenseSaysSoOnceAndGoesOn) {
 }
 
 TEST_F(StrangeServerTest, FunctionsThatAreNotFoundAlthoughTheyWereLoadedAreARefusal) {
-    const auto engine = open();
+    const auto engine = open(NetworkClient::PATIENT);
     answerTo("worst_of", "-ERR Function not found\r\n");
     try {
         engine->mostCriticalOf(ITessAccessor::ROOT_DEVICE);
@@ -269,7 +269,7 @@ protected:
     std::atomic<bool> isAway{false};
     const Recorder<std::string> taken;
     ScriptedServer there{[this](const auto& words) { return answerWhileThere(words); }};
-    RedisLink link{NetworkUrl{"redis://" + there.address() + "/strange"}, PATIENCE};
+    RedisLink link{NetworkUrl{"redis://" + there.address() + "/strange"}, NetworkClient::PATIENT};
     ValueSender sender{link, 1000, 1000};
     Courier courier{link, sender, memory, clock};
 };
