@@ -5,11 +5,18 @@ namespace tessapi {
 /// What a store that is worked on in memory and copied to a disk has beyond the tables of every store.
 namespace KeptSchema {
 
-/// Channels whose values are kept like what people have set: few are written, and seldom.
+/// Channels whose values are kept like what people have set: few are written, and seldom. What is added goes
+/// to the end, after another bracket: programs of an earlier release ask with what is inside, and find their
+/// way by the index of these.
 #define VELK_SOON_KEPT_NAMES                                                                                 \
-    "(name GLOB 'PowerDistribution.Setting.*' OR name GLOB 'PowerDistribution.Specification.*'"              \
+    "((name GLOB 'PowerDistribution.Setting.*' OR name GLOB 'PowerDistribution.Specification.*'"             \
     " OR name GLOB 'System.*' OR (name GLOB 'PowerDistribution.Attribute.*'"                                 \
-    " AND name <> 'PowerDistribution.Attribute.CurrentDate'))"
+    " AND name <> 'PowerDistribution.Attribute.CurrentDate'))"                                               \
+    " OR name IN ('Daemon.Communication', 'Daemon.DeviceLog'))"
+
+/// Of the working database.
+inline constexpr const char* SOON_INDEX =
+    "CREATE INDEX channel_soon ON channel(id) WHERE " VELK_SOON_KEPT_NAMES;
 
 /// Of the copy. Values have a table of their own: it is what is written most, and so it is small. The columns
 /// for them in the table of the channels stay empty.
@@ -32,11 +39,10 @@ CREATE TABLE kept(
 /// Of the working database. `mark` says what has changed of the structure since the last copy: kind 0 a
 /// device, 1 its attributes, 2 a channel, 3 its states, 4 its alarms. Numbers rise, so that what is marked
 /// while a copy is made stays marked after it. States and alarms are written from place 0 on.
-inline constexpr const char* WORKING_TABLES =
-    "CREATE TABLE mark(number INTEGER PRIMARY KEY, kind INTEGER NOT NULL, object INTEGER NOT NULL,"
-    " UNIQUE(kind, object) ON CONFLICT REPLACE);"
-    "CREATE INDEX channel_soon ON channel(id) WHERE " VELK_SOON_KEPT_NAMES ";"
-    R"sql(
+inline constexpr const char* WORKING_TABLES = R"sql(
+CREATE TABLE mark(number INTEGER PRIMARY KEY, kind INTEGER NOT NULL, object INTEGER NOT NULL,
+    UNIQUE(kind, object) ON CONFLICT REPLACE);
+
 -- One row, from the moment on when all is filled in: up to where the tables are copied, and how it goes.
 CREATE TABLE keeping(
     identity INTEGER NOT NULL,

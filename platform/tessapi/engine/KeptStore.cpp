@@ -250,6 +250,11 @@ void KeptStore::move(const std::string& path, const std::string& store, const st
         // What programs that were killed have left.
         SharedPage page{file + "-lock", store};
         InterprocessLock writers{page, store, longestWait};
+        {
+            InterprocessHold hold{writers};
+            Database working{file, store};
+            WorkingFile::renewIndex(working);
+        }
         CopyRun{path, file, store, writers}.copy(true, velk::common::Clock::system().now());
     }
     KeptStore kept{path, store};

@@ -76,6 +76,7 @@ void SqliteEngine::connect(const std::string& path, bool create, bool working, c
         MutexLock lock{writer->mutex};
         if (working) {
             StoreFile::prepareWorking(writer->database);
+            WorkingFile::renewIndex(writer->database);
         } else {
             StoreFile::prepare(writer->database, create);
         }

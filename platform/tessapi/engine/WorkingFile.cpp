@@ -48,7 +48,10 @@ void fill(const std::string& file, KeptStore& kept) {
     WorkingFile::remove(file); // what a killed program has begun
     {
         Database working{file, store};
-        Schema::create(working, Schema::WORKING_ID, [&] { working.execute(KeptSchema::WORKING_TABLES); });
+        Schema::create(working, Schema::WORKING_ID, [&] {
+            working.execute(KeptSchema::WORKING_TABLES);
+            working.execute(KeptSchema::SOON_INDEX);
+        });
     }
     kept.fill(file, monotonicMs());
     Database working{file, store};
@@ -184,6 +187,21 @@ std::optional<WorkingFile::Origin> WorkingFile::adopt(const std::string& file, c
         transaction.commit();
     }
     return origin;
+}
+
+void WorkingFile::renewIndex(Database& working) {
+    const auto isRight = [&working] {
+        Statement statement{working, "SELECT 1 FROM sqlite_master WHERE name = 'channel_soon' AND sql = ?"};
+        auto run = statement.with(std::string{KeptSchema::SOON_INDEX});
+        return run.next();
+    };
+    if (isRight()) {
+        return;
+    }
+    Transaction transaction{working, Transaction::Kind::write};
+    working.execute("DROP INDEX channel_soon");
+    working.execute(KeptSchema::SOON_INDEX);
+    transaction.commit();
 }
 
 void WorkingFile::remove(const std::string& file) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/tessapi/engine/Database.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
 #include "platform/tessapi/engine/KeptStore.h"
 
@@ -45,6 +46,10 @@ struct Origin {
 /// No program has the store open.
 std::optional<Origin> adopt(const std::string& file, const std::string& store,
                             std::chrono::milliseconds longestWait);
+
+/// Has `working`, which an earlier release may have filled since the boot, know the channels whose values are
+/// kept soon. The caller holds the lock between the processes.
+void renewIndex(Database& working);
 
 void remove(const std::string& file);
 

@@ -3,6 +3,7 @@
 #include "tests/platform/tessapi/kept/KeptTest.h"
 
 #include <fstream>
+#include <map>
 
 namespace tessapi::kept {
 namespace {
@@ -101,6 +102,25 @@ TEST_F(KeptContentTest, WhatPeopleHaveSetIsOnTheDiskWithinASecond) {
             EXPECT_EQ(channel.states, labels);
             EXPECT_EQ(channel.alarmConfig, above(1.0F));
         }
+    }
+}
+
+TEST_F(KeptContentTest, WhatHappenedToTheLinkAndInTheDeviceIsOnTheDiskWithinASecond) {
+    const auto store = open();
+    std::map<std::uint64_t, std::string> written;
+    for (const char* name : {"Daemon.Communication", "Daemon.DeviceLog"}) {
+        written[store->emplaceChannel(1, name)] = std::string{"[1] "} + name;
+    }
+    passMoment();
+    for (const auto& [channel, text] : written) {
+        store->setValue(channel, CValue{text});
+    }
+    EXPECT_EQ(store->health().copy->pendingChanges, 2U);
+    EXPECT_EQ(store->health().copy->pendingValues, 0U);
+    passMoment();
+    const auto after = openAfterPowerCut();
+    for (const auto& [channel, text] : written) {
+        EXPECT_EQ(after->valueOf(channel), CValue{text});
     }
 }
 

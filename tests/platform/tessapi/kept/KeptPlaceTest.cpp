@@ -1,3 +1,5 @@
+#include "platform/tessapi/engine/Database.h"
+#include "platform/tessapi/engine/Statement.h"
 #include "tests/platform/tessapi/kept/KeptTest.h"
 
 #include <stdexcept>
@@ -236,6 +238,59 @@ TEST_F(FormerVersionTest, IsBroughtUpToThisOne) {
 TEST_F(FormerVersionTest, BecomesAKeptCopyToo) {
     makeFormer();
     expectWhole(*open());
+}
+
+/// A file in memory that an earlier release has filled since the boot.
+class FormerWorkingFileTest : public KeptTest {
+protected:
+    /// The channels that it kept soon.
+    inline static const std::string FORMERLY_SOON{
+        "(name GLOB 'PowerDistribution.Setting.*' OR name GLOB 'PowerDistribution.Specification.*'"
+        " OR name GLOB 'System.*' OR (name GLOB 'PowerDistribution.Attribute.*'"
+        " AND name <> 'PowerDistribution.Attribute.CurrentDate'))"};
+
+    void makeFormer() {
+        {
+            const auto store = open();
+            setting = store->emplaceChannel(1, names::SETTING);
+            store->setValue(setting, CValue{std::int32_t{5}});
+            link = store->emplaceChannel(1, "Daemon.Communication");
+        }
+        execute(workingFile(),
+                "DROP INDEX channel_soon; CREATE INDEX channel_soon ON channel(id) WHERE " + FORMERLY_SOON);
+    }
+
+    std::uint64_t setting{0};
+    std::uint64_t link{0};
+};
+
+TEST_F(FormerWorkingFileTest, KeepsSoonWhatThisReleaseDoesAndProgramsOfTheOtherOneStillFindTheirs) {
+    makeFormer();
+    const auto store = open();
+    store->setValue(link, CValue{"[1]"});
+    passMoment();
+    EXPECT_EQ(openAfterPowerCut()->valueOf(link), CValue{"[1]"});
+    execute(workingFile(), "SELECT id FROM channel INDEXED BY channel_soon WHERE " + FORMERLY_SOON +
+                               " AND seq > (SELECT setting_seq FROM keeping)");
+}
+
+TEST_F(FormerWorkingFileTest, IsChangedOnce) {
+    makeFormer();
+    const auto changes = [this] {
+        open().reset();
+        Database working{workingFile(), "the store"};
+        Statement statement{working, "PRAGMA schema_version"};
+        auto run = statement.with();
+        return run.next() ? run.integer(0) : -1;
+    };
+    const auto once = changes();
+    EXPECT_EQ(changes(), once);
+}
+
+TEST_F(FormerWorkingFileTest, IsCopiedBeforeTheStoreMovesToAnotherFolder) {
+    makeFormer();
+    const auto store = open(simpleUrl() + "?working=" + (folder / "other").string());
+    EXPECT_EQ(store->valueOf(setting), CValue{std::int32_t{5}});
 }
 
 } // namespace
