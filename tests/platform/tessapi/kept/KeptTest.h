@@ -64,10 +64,10 @@ protected:
         clock.awaitBlocked(1);
         waitsBefore = clock.waits().size();
     }
-    /// After a write: as long as it takes until what is kept soon is kept.
+    /// After a write: the second in which what is kept soon is kept.
     void passMoment() {
         awaitKeeper();
-        pass(std::chrono::seconds{2});
+        pass(std::chrono::seconds{1});
     }
 
     /// All of memory is gone.
