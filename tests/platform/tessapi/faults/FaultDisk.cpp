@@ -32,6 +32,7 @@ struct FaultDisk::State {
     Failure failure{Failure::none};
     int left{0};
     bool forGood{false};
+    std::string concerned; // what its name begins with
     bool failed{false};
 
     void note(Event event) {
@@ -41,14 +42,15 @@ struct FaultDisk::State {
         }
     }
 
-    bool concerns(Asks asks) const {
-        return failure == Failure::error || (failure == Failure::full && asks != Asks::nothing) ||
-               (failure == Failure::shortWrite && asks == Asks::bytes);
+    bool concerns(Asks asks, const std::string& file) const {
+        return file.starts_with(concerned) &&
+               (failure == Failure::error || (failure == Failure::full && asks != Asks::nothing) ||
+                (failure == Failure::shortWrite && asks == Asks::bytes));
     }
 
     /// The result code of a call that is to fail, 0 for one that is not.
-    int fate(Asks asks, int errorCode) {
-        if (!concerns(asks) || (--left > 0) || (left < 0 && !forGood)) {
+    int fate(Asks asks, int errorCode, const std::string& file) {
+        if (!concerns(asks, file) || (--left > 0) || (left < 0 && !forGood)) {
             return SQLITE_OK;
         }
         failed = true;
@@ -73,6 +75,11 @@ File& of(sqlite3_file* file) {
     return *reinterpret_cast<File*>(file);
 }
 
+/// Without its folder; empty for a file that has none.
+std::string nameOf(const char* path) {
+    return path == nullptr ? "" : std::filesystem::path{path}.filename().string();
+}
+
 sqlite3_file* real(sqlite3_file* file) {
     return of(file).real;
 }
@@ -90,7 +97,8 @@ int read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset) {
         ::raise(SIGSTOP);
     }
     const Lock lock{state->mutex};
-    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_READ); result != SQLITE_OK) {
+    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_READ, *of(file).name);
+        result != SQLITE_OK) {
         return result;
     }
     return real(file)->pMethods->xRead(real(file), bytes, size, offset);
@@ -98,7 +106,7 @@ int read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset) {
 
 int write(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 offset) {
     const Lock lock{state->mutex};
-    const int fate = state->fate(Asks::bytes, SQLITE_IOERR_WRITE);
+    const int fate = state->fate(Asks::bytes, SQLITE_IOERR_WRITE, *of(file).name);
     if (fate != SQLITE_OK && state->failure == Failure::shortWrite) {
         size /= 2;
     } else if (fate != SQLITE_OK) {
@@ -114,7 +122,8 @@ int write(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 offset)
 
 int truncate(sqlite3_file* file, sqlite3_int64 size) {
     const Lock lock{state->mutex};
-    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_TRUNCATE); result != SQLITE_OK) {
+    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_TRUNCATE, *of(file).name);
+        result != SQLITE_OK) {
         return result;
     }
     state->note({Event::Kind::truncate, *of(file).name, size, ""});
@@ -123,7 +132,8 @@ int truncate(sqlite3_file* file, sqlite3_int64 size) {
 
 int sync(sqlite3_file* file, int flags) {
     const Lock lock{state->mutex};
-    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_FSYNC); result != SQLITE_OK) {
+    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_FSYNC, *of(file).name);
+        result != SQLITE_OK) {
         return result;
     }
     state->note({Event::Kind::sync, *of(file).name, 0, ""});
@@ -132,7 +142,8 @@ int sync(sqlite3_file* file, int flags) {
 
 int fileSize(sqlite3_file* file, sqlite3_int64* size) {
     const Lock lock{state->mutex};
-    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_FSTAT); result != SQLITE_OK) {
+    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_FSTAT, *of(file).name);
+        result != SQLITE_OK) {
         return result;
     }
     return real(file)->pMethods->xFileSize(real(file), size);
@@ -161,7 +172,7 @@ int deviceCharacteristics(sqlite3_file* file) {
 int shmMap(sqlite3_file* file, int page, int size, int extend, void volatile** address) {
     const Lock lock{state->mutex};
     const auto asks = extend != 0 ? Asks::space : Asks::nothing;
-    if (const int result = state->fate(asks, SQLITE_IOERR_SHMMAP); result != SQLITE_OK) {
+    if (const int result = state->fate(asks, SQLITE_IOERR_SHMMAP, *of(file).name); result != SQLITE_OK) {
         return result;
     }
     return real(file)->pMethods->xShmMap(real(file), page, size, extend, address);
@@ -200,13 +211,13 @@ int open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int
     const Lock lock{state->mutex};
     auto& own = of(file);
     own.shown.pMethods = nullptr;
-    if (const int result = state->fate(Asks::nothing, SQLITE_CANTOPEN); result != SQLITE_OK) {
+    if (const int result = state->fate(Asks::nothing, SQLITE_CANTOPEN, nameOf(name)); result != SQLITE_OK) {
         return result;
     }
     own.real = reinterpret_cast<sqlite3_file*>(reinterpret_cast<char*>(file) + OWN_SIZE);
     const int result = machine->xOpen(machine, name, own.real, flags, outFlags);
     if (own.real->pMethods != nullptr) {
-        own.name = new std::string{name == nullptr ? "" : std::filesystem::path{name}.filename().string()};
+        own.name = new std::string{nameOf(name)};
         own.shown.pMethods = &METHODS;
     }
     return result;
@@ -214,10 +225,11 @@ int open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int
 
 int remove(sqlite3_vfs*, const char* name, int syncFolder) {
     const Lock lock{state->mutex};
-    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_DELETE); result != SQLITE_OK) {
+    if (const int result = state->fate(Asks::nothing, SQLITE_IOERR_DELETE, nameOf(name));
+        result != SQLITE_OK) {
         return result;
     }
-    Event event{Event::Kind::remove, std::filesystem::path{name}.filename().string(), 0, ""};
+    Event event{Event::Kind::remove, nameOf(name), 0, ""};
     event.durable = syncFolder != 0;
     state->note(std::move(event));
     return machine->xDelete(machine, name, syncFolder);
@@ -258,11 +270,12 @@ void FaultDisk::mark(std::int64_t number) {
     state->note({Event::Kind::mark, "", number, ""});
 }
 
-void FaultDisk::failAt(int nth, Failure failure, bool forGood) {
+void FaultDisk::failAt(int nth, Failure failure, bool forGood, const std::string& file) {
     const Lock lock{state->mutex};
     state->failure = failure;
     state->left = nth;
     state->forGood = forGood;
+    state->concerned = file;
     state->failed = false;
 }
 

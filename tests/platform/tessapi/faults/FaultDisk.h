@@ -41,8 +41,8 @@ public:
     void mark(std::int64_t number);
 
     /// Lets the call number `nth` from now on fail, counting those that `failure` concerns; with `forGood`
-    /// also all after it, until `heal`.
-    void failAt(int nth, Failure failure, bool forGood);
+    /// also all after it, until `heal`. Only calls on files whose name begins with `file` count and fail.
+    void failAt(int nth, Failure failure, bool forGood, const std::string& file = "");
     void heal();
     /// Whether a call has failed since `failAt`.
     bool hasFailed() const;
