@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/engine/LogBound.h"
+#include "platform/tessapi/engine/WorkingFile.h"
 #include "testing/ChildProcess.h"
 #include "testing/TemporaryDirectory.h"
 #include "tests/platform/tessapi/faults/Faults.h"
@@ -34,8 +35,13 @@ protected:
     static std::uintmax_t bound() { return LogBound::TIMES * 1024 * (all() ? 8192 : 512); }
     static std::uintmax_t largestLog() { return 2 * bound(); }
 
-    std::string file() const { return (folder / "tess.db").string(); }
-    std::string url() const { return "sqlite:" + file(); }
+    std::string kept() const { return (folder / "tess.db").string(); }
+    std::string work() const { return (folder / "work").string(); }
+    std::string url() const {
+        return "sqlite:" + kept() + (inMemory ? "?working=" + work() + "&keep=1" : "");
+    }
+    /// The database that the programs work on.
+    std::string file() const { return inMemory ? WorkingFile::pathIn(work(), kept()) : kept(); }
 
     std::unique_ptr<ChildProcess> start(std::vector<std::string> words) const {
         words.insert(words.begin(), {VELK_FAULT_WORKER, url()});
@@ -86,13 +92,16 @@ protected:
         return {first, second};
     }
 
+    /// One program is stopped for so long while all others read and write.
+    void stopOneFor(std::chrono::seconds time, Tally& tally);
+
     const velk::testing::TemporaryDirectory folder{scratch()};
+    bool inMemory{false};
     std::vector<std::unique_ptr<ChildProcess>> writers;
     std::vector<std::unique_ptr<ChildProcess>> readers;
 };
 
-TEST_F(CrowdTest, AProgramThatIsStoppedWhileItReadsKeepsNobodyWaitingAndTheLogBounded) {
-    Tally tally{"programs beside one that is stopped in a read"};
+void CrowdTest::stopOneFor(std::chrono::seconds time, Tally& tally) {
     const auto store = Engine::open(StoreUrl{url()}, true);
     const auto stopped = start({"stop"});
     ASSERT_TRUE(stopped->awaitOutput("ready"));
@@ -100,7 +109,7 @@ TEST_F(CrowdTest, AProgramThatIsStoppedWhileItReadsKeepsNobodyWaitingAndTheLogBo
     EXPECT_LT(watchLog(std::chrono::seconds{1}), largestLog());
     stopped->write("go\n");
     awaitStop(*stopped);
-    const auto largest = watchLog(std::chrono::seconds{all() ? 60 : 3});
+    const auto largest = watchLog(time);
     EXPECT_GT(largest, bound()) << "it never came to the bound";
     EXPECT_LT(largest, largestLog());
     stopped->signal(SIGCONT);
@@ -134,6 +143,21 @@ TEST_F(CrowdTest, AProgramThatIsStoppedWhileItReadsKeepsNobodyWaitingAndTheLogBo
     EXPECT_LE(longest, all() ? LONGEST_WAIT_MS : 3000);
     tally.note = std::to_string(calls) + " writes, the longest took " + std::to_string(longest) +
                  " ms, the log had at most " + std::to_string(largest >> 10U) + " KiB";
+}
+
+TEST_F(CrowdTest, AProgramThatIsStoppedWhileItReadsKeepsNobodyWaitingAndTheLogBounded) {
+    Tally tally{"programs beside one that is stopped in a read"};
+    stopOneFor(std::chrono::seconds{all() ? 60 : 3}, tally);
+}
+
+TEST_F(CrowdTest, LikewiseInMemoryWhileMeasuredValuesAreCopiedToTheDisk) {
+    Tally tally{"programs beside one that is stopped in a read, worked on in memory"};
+    inMemory = true;
+    stopOneFor(std::chrono::seconds{all() ? 20 : 3}, tally);
+    // What was written last is on the disk, now that all have ended.
+    std::filesystem::remove_all(work());
+    const auto store = Engine::open(StoreUrl{url()}, false);
+    EXPECT_EQ(store->valueOf(store->findChannel(1, "Test.End")), qz::CValue{"end"});
 }
 
 } // namespace

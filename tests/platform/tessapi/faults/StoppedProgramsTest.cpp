@@ -1,5 +1,6 @@
 #include "platform/tessapi/engine/Engine.h"
 #include "platform/tessapi/engine/InterprocessLock.h"
+#include "platform/tessapi/engine/WorkingFile.h"
 #include "testing/ChildProcess.h"
 #include "testing/TemporaryDirectory.h"
 #include "tests/platform/tessapi/faults/Faults.h"
@@ -33,8 +34,13 @@ class StoppedProgramsTest : public ::testing::Test {
 protected:
     static constexpr std::int64_t LONGEST_WAIT_MS = 250;
 
-    std::string file() const { return (folder / "tess.db").string(); }
-    std::string url() const { return "sqlite:" + file(); }
+    std::string kept() const { return (folder / "tess.db").string(); }
+    std::string work() const { return (folder / "work").string(); }
+    std::string url() const {
+        return "sqlite:" + kept() + (inMemory ? "?working=" + work() + "&keep=1" : "");
+    }
+    /// The database that the programs work on.
+    std::string file() const { return inMemory ? WorkingFile::pathIn(work(), kept()) : kept(); }
 
     std::unique_ptr<ChildProcess> start(std::vector<std::string> words) const {
         words.insert(words.begin(), {VELK_FAULT_WORKER, url()});
@@ -64,7 +70,11 @@ protected:
         return state == "S";
     }
 
+    /// Stops one program after the other outside a write, and writes beside each.
+    void stopPrograms(int stops, Tally& tally) const;
+
     const velk::testing::TemporaryDirectory folder{scratch()};
+    bool inMemory{false};
 };
 
 TEST_F(StoppedProgramsTest, ALockThatIsGivenToAStoppedProgramIsFoundByTheNextOne) {
@@ -84,13 +94,11 @@ TEST_F(StoppedProgramsTest, ALockThatIsGivenToAStoppedProgramIsFoundByTheNextOne
     EXPECT_EQ(stopped->finish(), 0) << stopped->errors();
 }
 
-TEST_F(StoppedProgramsTest, AProgramThatIsStoppedOutsideAWriteKeepsNoWriterWaiting) {
+void StoppedProgramsTest::stopPrograms(int stops, Tally& tally) const {
     constexpr int PROGRAMS = 4;
     constexpr int WRITES = 20;
-    const int stops = all() ? 300 : 30;
-    Tally tally{"programs stopped outside a write"};
-    SharedPage page{file() + "-lock", "store"};
     const auto store = Engine::open(StoreUrl{url()}, true);
+    SharedPage page{file() + "-lock", "store"};
     const auto channel = store->emplaceChannel(1, "Test.Text");
     std::vector<std::unique_ptr<ChildProcess>> programs;
     for (int i = 0; i < PROGRAMS; ++i) {
@@ -126,6 +134,17 @@ TEST_F(StoppedProgramsTest, AProgramThatIsStoppedOutsideAWriteKeepsNoWriterWaiti
     EXPECT_LE(longest, all() ? LONGEST_WAIT_MS : 3000);
     tally.note = std::to_string(inTurn) + " of them next in turn to write, the longest write took " +
                  std::to_string(longest) + " ms";
+}
+
+TEST_F(StoppedProgramsTest, AProgramThatIsStoppedOutsideAWriteKeepsNoWriterWaiting) {
+    Tally tally{"programs stopped outside a write"};
+    stopPrograms(share(300), tally);
+}
+
+TEST_F(StoppedProgramsTest, LikewiseInMemoryAlsoInTheMiddleOfACopyToTheDisk) {
+    Tally tally{"programs stopped outside a write, worked on in memory"};
+    inMemory = true;
+    stopPrograms(share(300), tally);
 }
 
 } // namespace
