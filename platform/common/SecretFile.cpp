@@ -23,12 +23,14 @@ namespace {
 
 class Descriptor {
 public:
-    explicit Descriptor(int opened) : number{opened} {}
-    ~Descriptor() {
-        if (number >= 0) {
-            ::close(number);
+    explicit Descriptor(const std::string& path) :
+        // Without waiting: a pipe of this name would hold the program up for good.
+        number{::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)} {
+        if (number < 0) {
+            refuseUnread(path, errno);
         }
     }
+    ~Descriptor() { ::close(number); }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
@@ -43,7 +45,7 @@ std::string octal(mode_t mode) {
 }
 
 /// Of the file that is open, so that nobody can put another one in its place between the check and the use.
-void checkAccess(int file, const std::string& path) {
+void refuseOpenToOthers(int file, const std::string& path) {
     struct stat status {};
     if (::fstat(file, &status) != 0) {
         refuseUnread(path, errno);
@@ -87,12 +89,8 @@ std::string contentOf(int file, const std::string& path) {
 } // namespace
 
 std::string SecretFile::read(const std::string& path) {
-    // Without waiting: a pipe of this name would hold the program up for good.
-    const Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)};
-    if (file.number < 0) {
-        refuseUnread(path, errno);
-    }
-    checkAccess(file.number, path);
+    const Descriptor file{path};
+    refuseOpenToOthers(file.number, path);
     std::string secret = contentOf(file.number, path);
     secret.resize(std::min(secret.find('\n'), secret.size()));
     if (!secret.empty() && secret.back() == '\r') {
@@ -105,6 +103,10 @@ std::string SecretFile::read(const std::string& path) {
         refuse(path, "has a NUL byte in its first line");
     }
     return secret;
+}
+
+void SecretFile::checkAccess(const std::string& path) {
+    refuseOpenToOthers(Descriptor{path}.number, path);
 }
 
 } // namespace velk::common

@@ -20,6 +20,10 @@ public:
     /// - can be read or written by others than its owner and its group, whatever its folder allows;
     /// - has more than `MAX_BYTES`, an empty first line, or a NUL byte in it.
     static std::string read(const std::string& path);
+
+    /// Throws as `read` does when the file cannot be opened, is no regular file, or is open to others: for a
+    /// secret of another form, which a library reads by its path.
+    static void checkAccess(const std::string& path);
 };
 
 } // namespace velk::common

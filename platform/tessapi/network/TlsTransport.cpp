@@ -1,5 +1,6 @@
 #include "platform/tessapi/network/TlsTransport.h"
 
+#include "platform/common/SecretFile.h"
 #include "platform/tessapi/network/LinkError.h"
 
 #include <arpa/inet.h>
@@ -8,6 +9,7 @@
 #include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
+#include <stdexcept>
 
 namespace tessapi {
 
@@ -83,6 +85,11 @@ void TlsTransport::prepare(const Endpoint& server, const NetworkUrl& url) {
 }
 
 void TlsTransport::useKey(const std::string& file) {
+    try {
+        velk::common::SecretFile::checkAccess(file);
+    } catch (const std::runtime_error& refusal) {
+        throw LinkError{refusal.what()};
+    }
     bool isLocked = false;
     SSL_CTX_set_default_passwd_cb(context.get(), tellNoPassphrase);
     SSL_CTX_set_default_passwd_cb_userdata(context.get(), &isLocked);

@@ -61,6 +61,14 @@ TEST_F(SecretFileTest, IsRefusedWhenOthersCanChangeIt) {
     EXPECT_EQ(failure(), path + " can be changed by everybody (mode 0602); chmod o= makes it usable");
 }
 
+TEST_F(SecretFileTest, OfAnyFormAndLengthIsCheckedTheSameWay) {
+    keep(std::string(2 * SecretFile::MAX_BYTES, '\0'), 0640);
+    EXPECT_NO_THROW(SecretFile::checkAccess(path));
+    keep("secret\n", 0604);
+    EXPECT_THROW(SecretFile::checkAccess(path), std::runtime_error);
+    EXPECT_THROW(SecretFile::checkAccess(path + " that is missing"), std::runtime_error);
+}
+
 TEST_F(SecretFileTest, TellsWhyItCannotBeRead) {
     EXPECT_EQ(failure(), path + " cannot be read: No such file or directory");
     EXPECT_EQ(failureOf(folder.path().string()), folder.path().string() + " is no regular file");

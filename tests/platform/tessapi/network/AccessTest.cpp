@@ -138,6 +138,19 @@ TEST_F(AccessTest, KeyWithAPassphraseIsNamedAndNobodyIsAskedForIt) {
                 HasSubstr(locked + ": the key has a passphrase, which nobody can be asked for"));
 }
 
+TEST_F(AccessTest, KeyThatOthersCanReadIsRefused) {
+    const Certificate own{folder.path(), "own"};
+    const RedisServer server{{.tls = true}};
+    const std::string url = "rediss://" + server.address() +
+                            "/berlin?ca-file=" + server.certificate().file().string() +
+                            "&cert-file=" + own.file().string() + "&key-file=" + own.key().string();
+    std::filesystem::permissions(own.key(), std::filesystem::perms{0644});
+    EXPECT_THAT(failureOf(url), HasSubstr(own.key().string() +
+                                          " can be read by everybody (mode 0644); chmod o= makes it usable"));
+    std::filesystem::permissions(own.key(), std::filesystem::perms{0640});
+    expectToWork(url);
+}
+
 TEST_F(AccessTest, CertificateFileThatIsNoneIsNamed) {
     const RedisServer server{{.tls = true}};
     const std::string file = secret("no certificate");
