@@ -121,9 +121,25 @@ std::uint64_t WriteJournal::emplaceDaemonDevice(tessapi::ITessAccessor& store) {
 WriteJournal::WriteJournal(Opener storeOpener, std::ostream& errorStream) :
     opener{std::move(storeOpener)}, errors{errorStream} {}
 
+WriteJournal::~WriteJournal() {
+    const MutexLock lock{mutex};
+    if (store && isOwing()) {
+        writeOut();
+    }
+    lost += unrecorded.size();
+    tellLost();
+}
+
 void WriteJournal::open() {
     const MutexLock lock{mutex};
     writeOut();
+}
+
+void WriteJournal::tick() {
+    const MutexLock lock{mutex};
+    if (!store || isOwing()) {
+        writeOut();
+    }
 }
 
 void WriteJournal::record(const DeviceWrite& write) {
@@ -140,6 +156,7 @@ void WriteJournal::record(const DeviceWrite& write) {
     unrecorded.push_back(recordOf(note, write.time, velk::common::wallMs()));
     if (unrecorded.size() > LENGTH) {
         unrecorded.pop_front();
+        ++lost;
     }
     notes.push_back(std::move(note));
     if (notes.size() > LENGTH) {
@@ -150,25 +167,20 @@ void WriteJournal::record(const DeviceWrite& write) {
 }
 
 void WriteJournal::writeOut() {
+    Failing present = Failing::Notes;
     try {
         openStore();
-        writeRecords(); // first: who hears of the outcome finds its record
-        if (unsaid != 0) {
-            store->inbandAccessor().setChannelCValue(writesChannel, qz::CValue{textOf(Json(notes))});
+        try {
+            writeRecords(); // first: who hears of the outcome finds its record
+        } catch (const std::exception&) {
+            writeNotes();
+            present = Failing::Records;
+            throw;
         }
-        for (; unsaid != 0; --unsaid) {
-            const Note& note = notes[notes.size() - unsaid];
-            store->inbandAccessor().setChannelCValue(lastWriteChannel, qz::CValue{textOf(note)});
-        }
-        failing = false;
+        writeNotes();
+        failing = Failing::Nothing;
     } catch (const std::exception& failure) {
-        // Whoever watches the store tells that it is lost.
-        if (!failing && !tessapi::isStoreLost(failure)) {
-            errors << std::string{"powerdistributiond: writes to the device cannot be noted in the store: "} +
-                          failure.what() + "; tess will not hear of outcomes until they can\n"
-                   << std::flush;
-        }
-        failing = true;
+        tellFailure(present, failure);
     }
 }
 
@@ -176,6 +188,40 @@ void WriteJournal::writeRecords() {
     while (!unrecorded.empty()) {
         store->browser().recordWrite(unrecorded.front());
         unrecorded.pop_front();
+    }
+    tellLost();
+}
+
+void WriteJournal::writeNotes() {
+    if (unsaid != 0) {
+        store->inbandAccessor().setChannelCValue(writesChannel, qz::CValue{textOf(Json(notes))});
+    }
+    for (; unsaid != 0; --unsaid) {
+        const Note& note = notes[notes.size() - unsaid];
+        store->inbandAccessor().setChannelCValue(lastWriteChannel, qz::CValue{textOf(note)});
+    }
+}
+
+void WriteJournal::tellFailure(Failing present, const std::exception& failure) {
+    // Whoever watches the store tells that it is lost.
+    if (std::exchange(failing, present) == present || tessapi::isStoreLost(failure)) {
+        return;
+    }
+    const bool isNoted = present == Failing::Records;
+    errors << std::string{"powerdistributiond: writes to the device cannot be "} +
+                  (isNoted ? "recorded" : "noted") + " in the store: " + failure.what() +
+                  (isNoted ? "; tess events will not show them" : "; tess will not hear of outcomes") +
+                  " until they can\n"
+           << std::flush;
+}
+
+void WriteJournal::tellLost() {
+    if (const std::uint64_t number = std::exchange(lost, 0); number != 0) {
+        errors << "powerdistributiond: the store has no record of " + std::to_string(number) +
+                      (number == 1 ? " write" : " writes") +
+                      " to the device, which it did not take in time; tess events will not show " +
+                      (number == 1 ? "it\n" : "them\n")
+               << std::flush;
     }
 }
 

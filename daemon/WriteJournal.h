@@ -1,5 +1,6 @@
 #pragma once
 
+#include "daemon/IStoreReader.h"
 #include "platform/common/Mutex.h"
 #include "platform/common/Uuid.h"
 #include "platform/tessapi/ITessAccessor.h"
@@ -10,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -37,11 +39,14 @@ namespace velk::daemon {
 /// Each write is also a record in the store's own ring of writes (tessapi::WriteRecord), which keeps more of
 /// them than the notes; there nobody is "" for program and user.
 ///
-/// A store that fails stops nothing: the notes are kept and written with the next one, and the failure is
-/// reported in one line, once until the store has worked again.
+/// A store that fails stops nothing: what it has not taken it is offered again by each `tick`, with the next
+/// write and at the end. The notes do not wait for the records, since a store that is away keeps values and
+/// no records. The failure is reported in one line, once until the store has worked again; of more than
+/// `LENGTH` records that wait the oldest go, and how many the store never got is told when it takes the
+/// others, or at the end.
 ///
-/// Threads: any.
-class WriteJournal {
+/// Threads: any. Of what an IStoreReader is given it needs the tick alone.
+class WriteJournal : public IStoreReader {
 public:
     using Opener = std::function<std::unique_ptr<tessapi::ITessAccessor>()>;
 
@@ -63,6 +68,11 @@ public:
     /// `opener` makes the client of the store and may throw. `errors` must outlive this object.
     WriteJournal(Opener opener, std::ostream& errors);
 
+    /// Offers a store that is open what waits, once; one that is away is not waited for.
+    ~WriteJournal() override;
+    WriteJournal(const WriteJournal&) = delete;
+    WriteJournal& operator=(const WriteJournal&) = delete;
+
     /// Makes device and channels, so that others can subscribe to them before the first note. Never throws a
     /// standard exception.
     void open() VELK_EXCLUDES(mutex);
@@ -73,11 +83,24 @@ public:
     /// Never throws a standard exception.
     void record(const velk::powerdistribution::DeviceWrite& write) VELK_EXCLUDES(mutex);
 
+    /// Tries what has failed again. Never throws a standard exception.
+    void tick() override VELK_EXCLUDES(mutex);
+    void begin(tessapi::ITessAccessor& /*client*/) override {}
+    void meet(const qz::CDevice& /*device*/, const tessapi::ChannelRecord& /*channel*/,
+              bool /*isFormer*/) override {}
+    void leave(std::uint64_t /*channel*/) override {}
+    void take(const tessapi::ChannelWrite& /*write*/) override {}
+
 private:
     using Note = nlohmann::ordered_json;
+    enum class Failing { Nothing, Records, Notes }; ///< without notes there are no records, either
 
+    bool isOwing() const VELK_REQUIRES(mutex) { return unsaid != 0 || !unrecorded.empty(); }
     void writeOut() VELK_REQUIRES(mutex);
     void writeRecords() VELK_REQUIRES(mutex);
+    void writeNotes() VELK_REQUIRES(mutex);
+    void tellFailure(Failing present, const std::exception& failure) VELK_REQUIRES(mutex);
+    void tellLost() VELK_REQUIRES(mutex);
     void openStore() VELK_REQUIRES(mutex);
     /// Who has announced this write; null when nobody has, or the store fails.
     Note writerOf(const Note& note, const conv::UnixTime& time) VELK_REQUIRES(mutex);
@@ -97,8 +120,9 @@ private:
     std::deque<Note> notes VELK_GUARDED_BY(mutex);
     std::size_t unsaid VELK_GUARDED_BY(mutex){0}; ///< how many of the newest notes the store has not got
     std::deque<tessapi::WriteRecord> unrecorded VELK_GUARDED_BY(mutex); ///< what the ring has not got
+    std::uint64_t lost VELK_GUARDED_BY(mutex){0}; ///< records that went, and nobody was told
     std::uint64_t sequence VELK_GUARDED_BY(mutex){0};
-    bool failing VELK_GUARDED_BY(mutex){false};
+    Failing failing VELK_GUARDED_BY(mutex){Failing::Nothing}; ///< what was reported last
 };
 
 /// The record of a write of `note`'s form that ended at `nowMs` at the latest.

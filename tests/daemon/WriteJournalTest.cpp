@@ -49,6 +49,8 @@ protected:
     FakeTessAccessor* store{nullptr};
     bool unreachable{false};
     std::string storedNotes;
+    std::vector<tessapi::WriteRecord> records() { return store->browser().writeRecords(0, 1000); }
+
     std::ostringstream errors;
     WriteJournal journal{[this] { return open(); }, errors};
 };
@@ -221,6 +223,143 @@ TEST_F(WriteJournalTest, RecordsThatTheStoreHasNotTakenFollowInOrder) {
     EXPECT_EQ(records.front().asked, "46");
     EXPECT_EQ(records.back().asked, "301");
     EXPECT_EQ(Json::parse(text("Daemon.LastWrite"))["asked"], "301");
+}
+
+TEST_F(WriteJournalTest, OutcomeIsSaidAlsoWhenTheStoreTakesNoRecord) {
+    journal.open();
+    store->faults().failOn("recordWrite");
+    journal.record(writeOf(30));
+    journal.record(writeOf(31));
+    EXPECT_EQ(Json::parse(text("Daemon.LastWrite"))["asked"], "31");
+    EXPECT_EQ(store->calls("setChannelCValue").size(), 4U) << "an array and a note of each";
+    EXPECT_EQ(errors.str(),
+              "powerdistributiond: writes to the device cannot be recorded in the store: fake store: "
+              "recordWrite: Input/output error [generic:5]; tess events will not show them until they can\n");
+}
+
+TEST_F(WriteJournalTest, WhatTheStoreHasNotTakenIsOfferedByATickWithoutAnotherWrite) {
+    journal.open();
+    store->faults().failOn("recordWrite");
+    store->faults().failOn("setChannelCValue");
+    journal.record(writeOf(30));
+    journal.tick();
+    EXPECT_TRUE(records().empty());
+    store->faults().recover();
+    journal.tick();
+    EXPECT_EQ(Json::parse(text("Daemon.LastWrite"))["asked"], "30");
+    ASSERT_EQ(records().size(), 1U);
+    store->forgetCalls();
+    journal.tick();
+    EXPECT_TRUE(store->calls().empty()) << "nothing is owed";
+    EXPECT_EQ(records().size(), 1U);
+}
+
+TEST_F(WriteJournalTest, RecordsAloneThatTheStoreHasNotTakenAreOfferedByATick) {
+    journal.open();
+    store->faults().failOn("recordWrite");
+    journal.record(writeOf(30));
+    store->faults().recover();
+    store->forgetCalls();
+    journal.tick();
+    EXPECT_EQ(records().size(), 1U);
+    EXPECT_TRUE(store->calls("setChannelCValue").empty()) << "the outcome was said before";
+}
+
+TEST_F(WriteJournalTest, StoreThatCouldNotBeOpenedIsOpenedByATick) {
+    unreachable = true;
+    journal.open();
+    unreachable = false;
+    journal.tick();
+    ASSERT_NE(store, nullptr);
+    EXPECT_EQ(store->calls("emplaceChannel").size(), 3U);
+}
+
+TEST_F(WriteJournalTest, RecordsThatTheStoreNeverGotAreToldOnceWithTheirNumber) {
+    journal.open();
+    store->faults().failOn("recordWrite");
+    for (int i = 1; i <= 300; ++i) {
+        journal.record(writeOf(i));
+    }
+    errors.str("");
+    store->faults().recover();
+    journal.tick();
+    journal.tick();
+    EXPECT_EQ(records().size(), 256U);
+    EXPECT_EQ(errors.str(),
+              "powerdistributiond: the store has no record of 44 writes to the device, which it "
+              "did not take in time; tess events will not show them\n");
+}
+
+/// The end of a journal whose store, and what it says, outlive it.
+class EndOfWriteJournalTest : public ::testing::Test {
+protected:
+    /// Hands everything on to a store that stays.
+    class Client : public FakeTessAccessor {
+    public:
+        explicit Client(FakeTessAccessor& all) : store{all} {}
+        velk::testing::FakeInBandAccessor& inbandAccessor() override { return store.inbandAccessor(); }
+        velk::testing::FakeStoreBrowser& browser() override { return store.browser(); }
+        std::uint64_t emplaceDevice(const velk::common::Uuid& uuid, std::uint64_t parent,
+                                    std::uint64_t wanted) override {
+            return store.emplaceDevice(uuid, parent, wanted);
+        }
+
+    private:
+        FakeTessAccessor& store;
+    };
+
+    std::unique_ptr<WriteJournal> made() {
+        return std::make_unique<WriteJournal>(
+            [this]() -> std::unique_ptr<tessapi::ITessAccessor> {
+                if (++openings; unreachable) {
+                    throw std::runtime_error{"disk full"};
+                }
+                return std::make_unique<Client>(store);
+            },
+            errors);
+    }
+
+    FakeTessAccessor store;
+    bool unreachable{false};
+    int openings{0};
+    std::ostringstream errors;
+};
+
+TEST_F(EndOfWriteJournalTest, WhatTheStoreHasNotTakenIsOfferedAtTheEnd) {
+    std::unique_ptr<WriteJournal> journal = made();
+    journal->open();
+    store.faults().failOn("recordWrite");
+    store.faults().failOn("setChannelCValue");
+    journal->record(writeOf(30));
+    store.faults().recover();
+    errors.str("");
+    journal.reset();
+    EXPECT_EQ(store.browser().writeRecords(0, 10).size(), 1U);
+    EXPECT_EQ(store.calls("setChannelCValue").size(), 3U) << "one failed, the array, the note";
+    EXPECT_EQ(errors.str(), "");
+}
+
+TEST_F(EndOfWriteJournalTest, WhatTheStoreDoesNotTakeAtTheEndIsToldWithItsNumber) {
+    std::unique_ptr<WriteJournal> journal = made();
+    journal->open();
+    store.faults().failOn("recordWrite");
+    store.faults().failOn("setChannelCValue");
+    journal->record(writeOf(30));
+    errors.str("");
+    EXPECT_NO_THROW(journal.reset());
+    EXPECT_EQ(errors.str(),
+              "powerdistributiond: the store has no record of 1 write to the device, which it did "
+              "not take in time; tess events will not show it\n");
+}
+
+TEST_F(EndOfWriteJournalTest, StoreThatIsNotOpenIsNotTriedAtTheEnd) {
+    std::unique_ptr<WriteJournal> journal = made();
+    unreachable = true;
+    journal->record(writeOf(30));
+    EXPECT_EQ(openings, 1);
+    journal.reset();
+    EXPECT_EQ(openings, 1);
+    EXPECT_NE(errors.str().find("no record of 1 write"), std::string::npos);
 }
 
 TEST(AskedTextTest, IsTheStoresOwnNotation) {
