@@ -134,7 +134,7 @@ void Watcher::take(const tessapi::ChannelWrite& write) {
     const std::int64_t changedMs = channels[write.channel].changedMs;
     const auto [place, first] = places.try_emplace(write.channel, waiting.size());
     if (first || !options.isConflating()) {
-        waiting.push_back({write.channel, write.value, write.timeMs, changedMs, changed ? 1U : 0U});
+        waiting.push_back({write.channel, write.value, write.timeMs, changedMs, changed ? 1U : 0U, 0});
         return;
     }
     Change& change = waiting[place->second];
@@ -152,6 +152,17 @@ bool Watcher::mustLook() const {
     });
 }
 
+void Watcher::sort(std::vector<Change>& changes) {
+    std::unordered_map<std::uint64_t, std::int64_t> latest;
+    for (Change& change : changes) {
+        std::int64_t& time = latest.try_emplace(change.channel, change.timeMs).first->second;
+        time = std::max(time, change.timeMs);
+        change.orderMs = time;
+    }
+    std::stable_sort(changes.begin(), changes.end(),
+                     [](const Change& a, const Change& b) { return a.orderMs < b.orderMs; });
+}
+
 void Watcher::show() {
     if (mustLook()) {
         look();
@@ -160,8 +171,7 @@ void Watcher::show() {
     const PointReport report{communication, session.style, session.nowMs()};
     places.clear();
     std::vector<Change> changes = std::exchange(waiting, {});
-    std::stable_sort(changes.begin(), changes.end(),
-                     [](const Change& a, const Change& b) { return a.timeMs < b.timeMs; });
+    sort(changes);
     for (const Change& change : changes) {
         if (isFull()) {
             return;

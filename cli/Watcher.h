@@ -29,7 +29,8 @@ public:
 
     bool hasChanges() const { return !waiting.empty(); }
 
-    /// Prints the lines for what was taken, in the order of the times.
+    /// Prints the lines for what was taken, in the order of the times; those of one path in the order in
+    /// which they came, also when a clock was set back between them.
     void show();
 
     /// As many lines have been printed as were asked for.
@@ -43,6 +44,7 @@ private:
         std::int64_t timeMs{0};    ///< of the last of them
         std::int64_t changedMs{0}; ///< of the last that changed something
         unsigned int count{0};     ///< 0 for a write that changed nothing
+        std::int64_t orderMs{0};   ///< where its line stands: never before an earlier one of its channel
     };
 
     /// What has come of a channel so far.
@@ -64,6 +66,7 @@ private:
     void choose();
     void choose(const std::vector<const Point*>& points);
     bool mustLook() const;
+    static void sort(std::vector<Change>& changes);
     AlarmNews newsOf(const Point& point);
     bool isWorthALine(const Point& point, const Change& change, const Known& known) const;
     void showOne(const Change& change, const PointReport& report);

@@ -99,6 +99,16 @@ TEST_F(WatcherTest, LinesStandInTheOrderOfTheirTimes) {
                       "22:13:20.003  Measure.Voltage            230 -> 210 V (2 changes)\n");
 }
 
+TEST_F(WatcherTest, LinesOfAPathStandInTheOrderInWhichTheyCameAlsoWhenTheClockWasSetBack) {
+    options.all = true;
+    write(voltage, qz::CValue{200.0F}, 500);
+    write(mode, qz::CValue{3U}, 400);
+    write(voltage, qz::CValue{210.0F}, 3);
+    EXPECT_EQ(show(), "22:13:20.400  Status.Mode                on line -> on battery\n"
+                      "22:13:20.500  Measure.Voltage            230 -> 200 V\n"
+                      "22:13:20.003  Measure.Voltage            200 -> 210 V\n");
+}
+
 TEST_F(WatcherTest, TheOldValueIsThatOfTheLastLine) {
     write(voltage, qz::CValue{200.0F});
     show();
