@@ -51,16 +51,12 @@ qz::CValue storeValue(const Value& value) {
 constexpr const char* OF_THE_DAEMON = "PrivateAction.";
 
 /// Who said in `announcement` that the write of `note` is theirs; null when it says something else.
-Json writerIn(const std::string& announcement, const Json& note, const conv::UnixTime& time) {
+Json writerIn(const std::string& announcement, const Json& note) {
     try {
         const Json said = Json::parse(announcement);
         const bool isThisWrite = said.at("device") == note["device"] &&
                                  said.at("channel") == note["channel"] && said.at("asked") == note["asked"];
-        const Json& saidAt = said.at("timeMs"); // of whoever wrote it: any number
-        const std::int64_t writtenMs = static_cast<std::int64_t>(time.toIntegralType()) * 1000;
-        const std::int64_t lastsMs = std::chrono::milliseconds{WriteJournal::WRITER_LASTS}.count();
-        if (!isThisWrite || !saidAt.is_number_integer() || saidAt < writtenMs - lastsMs ||
-            saidAt > writtenMs + lastsMs) {
+        if (!isThisWrite) {
             return nullptr;
         }
         return Json{{"program", said.at("program").get<std::string>()},
@@ -118,8 +114,8 @@ std::uint64_t WriteJournal::emplaceDaemonDevice(tessapi::ITessAccessor& store) {
     return device;
 }
 
-WriteJournal::WriteJournal(Opener storeOpener, std::ostream& errorStream) :
-    opener{std::move(storeOpener)}, errors{errorStream} {}
+WriteJournal::WriteJournal(Opener storeOpener, std::ostream& errorStream, velk::common::Clock& passingClock) :
+    opener{std::move(storeOpener)}, errors{errorStream}, clock{passingClock} {}
 
 WriteJournal::~WriteJournal() {
     const MutexLock lock{mutex};
@@ -152,7 +148,7 @@ void WriteJournal::record(const DeviceWrite& write) {
     note["accepted"] = write.accepted;
     note["error"] = write.error.empty() ? Json(nullptr) : Json(write.error);
     note["time"] = write.time.toIso8601();
-    note["by"] = writerOf(note, write.time);
+    note["by"] = writerOf(note);
     unrecorded.push_back(recordOf(note, write.time, velk::common::wallMs()));
     if (unrecorded.size() > LENGTH) {
         unrecorded.pop_front();
@@ -243,11 +239,12 @@ void WriteJournal::openStore() {
             hear(*said);
         }
     };
+    forget(inband.getChannelCValue(writerChannel));
     inband.subscribeMultipleChannels({writerChannel}, onAnnouncement, qz::sub::everyWrite, nullptr);
     store = std::move(opened);
 }
 
-WriteJournal::Note WriteJournal::writerOf(const Note& note, const conv::UnixTime& time) {
+WriteJournal::Note WriteJournal::writerOf(const Note& note) {
     if (!store) {
         return nullptr;
     }
@@ -265,9 +262,9 @@ WriteJournal::Note WriteJournal::writerOf(const Note& note, const conv::UnixTime
     }
     const MutexLock lock{hearing};
     for (auto each = announcements.begin(); each != announcements.end(); ++each) {
-        Note writer = writerIn(*each, note, time);
+        Note writer = clock.now() - each->heard > WRITER_LASTS ? nullptr : writerIn(each->text, note);
         if (!writer.is_null()) {
-            used.push_back(std::move(*each));
+            used.push_back(std::move(each->text));
             announcements.erase(each);
             if (used.size() > MOST_ANNOUNCEMENTS) {
                 used.pop_front();
@@ -280,15 +277,23 @@ WriteJournal::Note WriteJournal::writerOf(const Note& note, const conv::UnixTime
 
 void WriteJournal::hear(const std::string& announcement) {
     const MutexLock lock{hearing};
-    const auto isIn = [&announcement](const std::deque<std::string>& list) {
-        return std::find(list.begin(), list.end(), announcement) != list.end();
-    };
-    if (isIn(announcements) || isIn(used)) {
+    const bool isKnown =
+        std::find(used.begin(), used.end(), announcement) != used.end() ||
+        std::any_of(announcements.begin(), announcements.end(),
+                    [&announcement](const Announcement& each) { return each.text == announcement; });
+    if (isKnown) {
         return;
     }
-    announcements.push_back(announcement);
+    announcements.push_back({announcement, clock.now()});
     if (announcements.size() > MOST_ANNOUNCEMENTS) {
         announcements.pop_front();
+    }
+}
+
+void WriteJournal::forget(const qz::CValue& announcement) {
+    if (const std::string* said = std::get_if<std::string>(&announcement.variant())) {
+        const MutexLock lock{hearing};
+        used.push_back(*said);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "daemon/IStoreReader.h"
+#include "platform/common/Clock.h"
 #include "platform/common/Mutex.h"
 #include "platform/common/Uuid.h"
 #include "platform/tessapi/ITessAccessor.h"
@@ -33,8 +34,10 @@ namespace velk::daemon {
 /// A program that wants to be named as the writer says so right before it writes, in the channel
 /// "Daemon.Writer": {"device":…,"channel":…,"asked":…,"program":…,"user":…,"pid":…,"timeMs":…}, the time in
 /// milliseconds since 1970. It counts for the next write of that data point with that value, within
-/// `WRITER_LASTS`, whatever others announce meanwhile. "by" of any other write is null, except for what only
-/// the daemon writes ("PrivateAction."): that is its own, with "" for the user.
+/// `WRITER_LASTS` since this object has heard it, whatever others announce meanwhile; the time in it only
+/// tells it from another one, since the writer's clock may be another machine's. What stood there before the
+/// store was opened counts for nothing. "by" of any other write is null, except for what only the daemon
+/// writes ("PrivateAction."): that is its own, with "" for the user.
 ///
 /// Each write is also a record in the store's own ring of writes (tessapi::WriteRecord), which keeps more of
 /// them than the notes; there nobody is "" for program and user.
@@ -55,7 +58,8 @@ public:
     static constexpr const char* LAST_WRITE = "Daemon.LastWrite";
     static constexpr const char* WRITER = "Daemon.Writer";
 
-    static constexpr std::chrono::seconds WRITER_LASTS{60};
+    /// An announcement whose write never came must not name the writer of a later one.
+    static constexpr velk::common::Clock::Duration WRITER_LASTS = std::chrono::seconds{60};
     static constexpr std::size_t MOST_ANNOUNCEMENTS = 32;
 
     /// The Uuid of the daemon's own device.
@@ -65,8 +69,9 @@ public:
     /// pass through.
     static std::uint64_t emplaceDaemonDevice(tessapi::ITessAccessor& store);
 
-    /// `opener` makes the client of the store and may throw. `errors` must outlive this object.
-    WriteJournal(Opener opener, std::ostream& errors);
+    /// `opener` makes the client of the store and may throw. `errors` and `clock` must outlive this object.
+    WriteJournal(Opener opener, std::ostream& errors,
+                 velk::common::Clock& clock = velk::common::Clock::system());
 
     /// Offers a store that is open what waits, once; one that is away is not waited for.
     ~WriteJournal() override;
@@ -93,6 +98,10 @@ public:
 
 private:
     using Note = nlohmann::ordered_json;
+    struct Announcement {
+        std::string text;
+        velk::common::Clock::Duration heard{};
+    };
     enum class Failing { Nothing, Records, Notes }; ///< without notes there are no records, either
 
     bool isOwing() const VELK_REQUIRES(mutex) { return unsaid != 0 || !unrecorded.empty(); }
@@ -103,14 +112,17 @@ private:
     void tellLost() VELK_REQUIRES(mutex);
     void openStore() VELK_REQUIRES(mutex);
     /// Who has announced this write; null when nobody has, or the store fails.
-    Note writerOf(const Note& note, const conv::UnixTime& time) VELK_REQUIRES(mutex);
+    Note writerOf(const Note& note) VELK_REQUIRES(mutex);
     void hear(const std::string& announcement) VELK_EXCLUDES(hearing);
+    /// It is of a time before this object, and of no write to come.
+    void forget(const qz::CValue& announcement) VELK_EXCLUDES(hearing);
     void takeOver(const std::string& storedNotes) VELK_REQUIRES(mutex);
 
     Opener opener;
     std::ostream& errors;
+    velk::common::Clock& clock;
     mutable velk::common::Mutex hearing; ///< last of the locks
-    std::deque<std::string> announcements VELK_GUARDED_BY(hearing);
+    std::deque<Announcement> announcements VELK_GUARDED_BY(hearing);
     std::deque<std::string> used VELK_GUARDED_BY(hearing); ///< each counts for one write
     velk::common::Mutex mutex;
     std::unique_ptr<tessapi::ITessAccessor> store VELK_GUARDED_BY(mutex); ///< null until it could be opened

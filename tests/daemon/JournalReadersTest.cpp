@@ -5,6 +5,7 @@
 #include "daemon/WriteJournal.h"
 #include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/TessAccessor.h"
+#include "testing/FakeClock.h"
 
 #include <gtest/gtest.h>
 
@@ -31,7 +32,8 @@ protected:
 
     std::unique_ptr<tessapi::TessAccessor> reader{open()};
     std::ostringstream errors;
-    WriteJournal journal{[this] { return open(); }, errors};
+    velk::testing::FakeClock clock{velk::testing::FakeClock::Passing::ByHand};
+    WriteJournal journal{[this] { return open(); }, errors, clock};
 };
 
 TEST_F(JournalReadersTest, BothKnowTheSameDeviceAndChannels) {
@@ -70,6 +72,12 @@ protected:
 
     void announce(std::int32_t value, std::int64_t timeMs = 100'000) {
         cli::announceWriter(*reader, point(), qz::CValue{value}, timeMs);
+    }
+
+    void awaitAnnounced(std::size_t count) const {
+        for (int i = 0; i < 3000 && journal.announced() < count; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds{10});
+        }
     }
 
     /// Who wrote, by the note of a write at 100 s.
@@ -130,9 +138,7 @@ TEST_F(WriterOfANoteTest, EachOfSeveralAtOnceKeepsItsWriter) {
     for (std::int32_t value = 30; value < 34; ++value) {
         announce(value);
     }
-    for (int i = 0; i < 3000 && journal.announced() < 4; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds{10});
-    }
+    awaitAnnounced(4);
     for (const std::int32_t value : {32, 30, 33, 31}) {
         EXPECT_EQ(recorded(value), own) << value;
     }
@@ -145,11 +151,31 @@ TEST_F(WriterOfANoteTest, WritesOfTheDaemonItselfAreItsOwn) {
     EXPECT_EQ(reader->browser().writeRecords(0, 10).at(0).program, "powerdistributiond");
 }
 
-TEST_F(WriterOfANoteTest, TellingCountsForAMinute) {
-    announce(30, 40'000);
+TEST_F(WriterOfANoteTest, TellingCountsForAMinuteSinceItWasHeard) {
+    announce(30);
+    awaitAnnounced(1);
+    clock.advance(WriteJournal::WRITER_LASTS);
     EXPECT_EQ(recorded(30), own);
-    announce(30, 39'999);
-    EXPECT_EQ(recorded(30), "unknown");
+    announce(31);
+    awaitAnnounced(1);
+    clock.advance(WriteJournal::WRITER_LASTS + std::chrono::milliseconds{1});
+    EXPECT_EQ(recorded(31), "unknown");
+    EXPECT_EQ(recorded(31), "unknown") << "nor is it heard once more";
+}
+
+TEST_F(WriterOfANoteTest, ClockOfWhoTellsDoesNotMatter) {
+    announce(30, 0);
+    EXPECT_EQ(recorded(30), own);
+    announce(31, 4'000'000'000'000);
+    EXPECT_EQ(recorded(31), own);
+}
+
+TEST_F(WriterOfANoteTest, WhatWasToldBeforeTheJournalBeganNamesNobody) {
+    announce(30);
+    WriteJournal next{[this] { return open(); }, errors, clock};
+    next.open();
+    next.record({"Outlets.1", "Setting.Delay", Value{std::int32_t{30}}, true, "", conv::UnixTime{100}});
+    EXPECT_EQ(reader->browser().writeRecords(0, 10).at(0).program, "");
 }
 
 TEST_F(WriterOfANoteTest, WhatIsNoTellingNamesNobody) {
