@@ -41,11 +41,15 @@ protected:
     }
 
     std::vector<std::string> environment() const {
-        return {"TESS_URL=" + url, "RUNTIME_DIRECTORY=" + (directory / "run").string()};
+        auto variables = more;
+        variables.push_back("TESS_URL=" + url);
+        variables.push_back("RUNTIME_DIRECTORY=" + (directory / "run").string());
+        return variables;
     }
 
     TemporaryDirectory directory;
     std::string url;
+    std::vector<std::string> more; ///< of the programs' environment
     std::unique_ptr<ChildProcess> daemon;
     std::string output;
 };
