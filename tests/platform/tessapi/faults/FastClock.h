@@ -9,7 +9,7 @@ namespace tessapi::faults {
 /// Threads: any.
 class FastClock final : public velk::common::Clock {
 public:
-    static constexpr int OF_KILLED_PROGRAMS = 10;
+    static constexpr int OF_KILLED_PROGRAMS = 4;
 
     explicit FastClock(int times) : factor{times} {}
 

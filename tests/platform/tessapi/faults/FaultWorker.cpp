@@ -67,7 +67,7 @@ std::uint32_t number(const std::string& text) {
     return static_cast<std::uint32_t>(std::stoul(text));
 }
 
-/// Copies and syncs all the time, and measured values in a tenth of the time that the URL says.
+/// Copies and syncs all the time, and measured values in a quarter of the time that the URL says.
 Engine::Options eager() {
     static tessapi::faults::FastClock clock{tessapi::faults::FastClock::OF_KILLED_PROGRAMS};
     Engine::Options options;

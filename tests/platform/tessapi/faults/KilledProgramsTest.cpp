@@ -206,7 +206,7 @@ TEST_F(KilledProgramsTest, LikewiseInMemoryAndTheCopyOnDiskHasEverythingAfterThe
         EXPECT_TRUE(isAllThere(shadows[place], place, *store, tally));
     }
     EXPECT_EQ(problemTextOf(file()), "");
-    EXPECT_GE(copies, share(200) / 10);
+    EXPECT_GE(copies, share(200) / 20);
     tally.note = std::to_string(calls) + " calls acknowledged, at least " + std::to_string(copies) +
                  " copies of measured values";
 }

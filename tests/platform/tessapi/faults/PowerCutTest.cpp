@@ -36,7 +36,7 @@ using Kind = FaultDisk::Event::Kind;
 class PowerCutTest : public ::testing::Test {
 protected:
     static constexpr std::int64_t CALLS = 240;
-    static constexpr int FASTER = 50; ///< so that measured values are copied every 20 ms
+    static constexpr int FASTER = 10; ///< so that measured values are copied every 100 ms
     static bool inMemory;             ///< the store is worked on in memory, which a cut leaves nothing of
 
     void SetUp() override { inMemory = false; }
