@@ -20,6 +20,9 @@ std::optional<JournalEntry> entryOf(const Json& json) {
             entry.error = error.get<std::string>();
         }
         entry.time = json.at("time").get<std::string>();
+        if (const auto at = json.find("changedMs"); at != json.end() && at->is_number_integer()) {
+            entry.changedMs = at->get<std::int64_t>();
+        }
         if (const auto by = json.find("by"); by != json.end() && by->is_object()) {
             entry.by = JournalEntry::Writer{by->value("program", ""), by->value("user", ""),
                                             by->value("pid", std::int64_t{0})};

@@ -37,6 +37,10 @@ struct JournalEntry {
     std::optional<std::string> error;
     std::string time; ///< ISO 8601, UTC
 
+    /// When the store's channel got a value that the device refused: milliseconds since 1970 by the clock of
+    /// who wrote it; empty when the daemon could not tell, and for a value that was accepted.
+    std::optional<std::int64_t> changedMs;
+
     /// The program that asked for the write.
     struct Writer {
         std::string program; ///< "tess"

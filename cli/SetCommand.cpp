@@ -5,7 +5,6 @@
 #include "cli/JournalEntry.h"
 #include "cli/Json.h"
 #include "cli/StoreView.h"
-#include "cli/TimeText.h"
 #include "cli/ValueParser.h"
 #include "cli/ValueText.h"
 
@@ -30,19 +29,17 @@ const Point& requireSetting(const StoreView& view, const std::string& path) {
 }
 
 /// The newest note on this setting, when that says that the device refused the very value that the store
-/// still shows: it shows it until the device is read the next time.
+/// still shows: it shows it until the device is read the next time. When the daemon could not tell to which
+/// change of the channel the note belongs, it may be this one.
 std::optional<JournalEntry> standingRefusal(const StoreView& view, const Point& point) {
     const Point* writes = view.find(JournalEntry::WRITES);
     const std::string* text =
         writes == nullptr ? nullptr : std::get_if<std::string>(&writes->channel->value.variant());
-    std::optional<JournalEntry> newest;
-    for (const JournalEntry& note : JournalEntry::parseAll(text == nullptr ? "" : *text)) {
-        if (note.device == point.devicePath && note.channel == point.name) {
-            newest = note;
-        }
-    }
+    const std::optional<JournalEntry> newest = JournalEntry::newestOf(
+        JournalEntry::parseAll(text == nullptr ? "" : *text), point.devicePath, point.name);
+    // Both moments are by the writer's clock, so that nothing depends on how right it is.
     const bool stands = newest && !newest->accepted && newest->asked == plainText(point.channel->value) &&
-                        newest->time >= utcText(point.channel->changedMs / 1000 * 1000);
+                        newest->changedMs.value_or(point.channel->changedMs) == point.channel->changedMs;
     return stands ? newest : std::nullopt;
 }
 

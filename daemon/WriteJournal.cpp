@@ -25,6 +25,12 @@ std::string textOf(const Json& json) {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+std::string textOf(const qz::CValue& value) {
+    std::ostringstream text;
+    text << value;
+    return text.str();
+}
+
 /// What `tess` writes into a channel comes here as the value of the same kind.
 qz::CValue storeValue(const Value& value) {
     if (const bool* flag = value.getIf<bool>()) {
@@ -45,6 +51,14 @@ qz::CValue storeValue(const Value& value) {
         return qz::CValue{stamp};
     }
     return qz::CValue{};
+}
+
+bool isDeviceOf(const Json& note, const qz::CDevice& device) {
+    constexpr std::uint64_t watched = 20; // others have no place, either
+    const std::string& place = note["device"].get_ref<const std::string&>();
+    return place.empty()
+               ? device.id == watched
+               : device.attributes.at(static_cast<std::size_t>(tessapi::DeviceAttribute::path)) == place;
 }
 
 /// What only the daemon writes, such as the addresses of its host for the device to know.
@@ -92,12 +106,11 @@ tessapi::WriteRecord recordOf(const Json& note, const conv::UnixTime& time, std:
 
 std::string askedText(const Value& value) {
     const qz::CValue stored = storeValue(value);
-    std::ostringstream text;
     if (stored.isValid()) {
-        text << stored;
-    } else {
-        text << value;
+        return textOf(stored);
     }
+    std::ostringstream text;
+    text << value;
     return text.str();
 }
 
@@ -149,6 +162,9 @@ void WriteJournal::record(const DeviceWrite& write) {
     note["error"] = write.error.empty() ? Json(nullptr) : Json(write.error);
     note["time"] = write.time.toIso8601();
     note["by"] = writerOf(note);
+    if (!write.accepted) {
+        note["changedMs"] = changeOf(note);
+    }
     unrecorded.push_back(recordOf(note, write.time, velk::common::wallMs()));
     if (unrecorded.size() > LENGTH) {
         unrecorded.pop_front();
@@ -288,6 +304,26 @@ void WriteJournal::hear(const std::string& announcement) {
     if (announcements.size() > MOST_ANNOUNCEMENTS) {
         announcements.pop_front();
     }
+}
+
+WriteJournal::Note WriteJournal::changeOf(const Note& note) {
+    if (!store) {
+        return nullptr;
+    }
+    try {
+        const tessapi::StoreSnapshot snapshot = store->browser().snapshot();
+        const auto device = std::find_if(snapshot.devices.begin(), snapshot.devices.end(),
+                                         [&note](const qz::CDevice& each) { return isDeviceOf(note, each); });
+        const std::string name = "PowerDistribution." + note["channel"].get<std::string>();
+        for (const tessapi::ChannelRecord& channel : snapshot.channels) {
+            if (device != snapshot.devices.end() && channel.deviceId == device->id && channel.name == name) {
+                return note["asked"] == textOf(channel.value) ? Json(channel.changedMs) : Json(nullptr);
+            }
+        }
+    } catch (const std::exception&) {
+        return nullptr; // the store that fails is reported with the note
+    }
+    return nullptr;
 }
 
 void WriteJournal::forget(const qz::CValue& announcement) {

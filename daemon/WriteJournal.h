@@ -29,7 +29,9 @@ namespace velk::daemon {
 /// for every note, after the array. A note is
 /// {"sequence":7,"device":"Outlets.1","channel":"Setting.AutomaticSwitchOffDelay","asked":"30","accepted":true,
 /// "error":null,"time":"2026-11-21T13:38:11.000Z","by":{"program":"tess","user":"alice","pid":4711}}; the
-/// sequence goes on where the store's notes end.
+/// sequence goes on where the store's notes end. A note of a write that was not accepted has "changedMs"
+/// besides: when the store's channel got that value, by the clock of who wrote it, or null. As long as the
+/// channel has changed at that very moment, it shows what the device has refused.
 ///
 /// A program that wants to be named as the writer says so right before it writes, in the channel
 /// "Daemon.Writer": {"device":…,"channel":…,"asked":…,"program":…,"user":…,"pid":…,"timeMs":…}, the time in
@@ -113,6 +115,9 @@ private:
     void openStore() VELK_REQUIRES(mutex);
     /// Who has announced this write; null when nobody has, or the store fails.
     Note writerOf(const Note& note) VELK_REQUIRES(mutex);
+    /// When the store's channel got the value that `note` is about; null when it has another one by now, or
+    /// the store fails.
+    Note changeOf(const Note& note) VELK_REQUIRES(mutex);
     void hear(const std::string& announcement) VELK_EXCLUDES(hearing);
     /// It is of a time before this object, and of no write to come.
     void forget(const qz::CValue& announcement) VELK_EXCLUDES(hearing);

@@ -192,6 +192,57 @@ TEST_F(WriterOfANoteTest, WhatIsNoTellingNamesNobody) {
     }
 }
 
+/// What a note of a refused write tells of the value that stands in the store.
+class RefusedValueTest : public JournalReadersTest {
+protected:
+    RefusedValueTest() {
+        tessapi::InBandAccessor& inband = reader->inbandAccessor();
+        reader->emplaceDevice(velk::common::Uuid{velk::common::Uuid::VELK_NAMESPACE, "ups"}, 1, 20);
+        const std::uint64_t outlet =
+            reader->emplaceDevice(velk::common::Uuid{velk::common::Uuid::VELK_NAMESPACE, "outlet"}, 20, 0);
+        inband.setDeviceAttribute(outlet, tessapi::DeviceAttribute::path, "Outlets.1");
+        inband.setChannelCValue(
+            inband.emplaceChannel(outlet, "PowerDistribution.Setting.AutomaticSwitchOffDelay", false),
+            qz::CValue{30});
+        inband.setChannelCValue(
+            inband.emplaceChannel(20, "PowerDistribution.Setting.AutomaticSwitchOffDelay", false),
+            qz::CValue{40});
+        journal.open();
+    }
+
+    JournalEntry noted(const std::string& device, std::int32_t asked, bool accepted = false) {
+        journal.record(
+            {device, "Setting.AutomaticSwitchOffDelay", Value{asked}, accepted, "", conv::UnixTime{100}});
+        tessapi::InBandAccessor& inband = reader->inbandAccessor();
+        const std::uint64_t own = reader->deviceIdOf(JournalEntry::deviceUuid());
+        const std::uint64_t channel = inband.getCatchedChannelId(own, JournalEntry::LAST_WRITE);
+        return JournalEntry::parse(inband.getChannelCValue(channel).as_string()).value();
+    }
+
+    std::int64_t changedMs(const std::string& value) {
+        for (const tessapi::ChannelRecord& channel : reader->browser().snapshot().channels) {
+            if (cli::plainText(channel.value) == value) {
+                return channel.changedMs;
+            }
+        }
+        return -1;
+    }
+};
+
+TEST_F(RefusedValueTest, IsKnownByTheTimeOfItsChange) {
+    EXPECT_EQ(noted("Outlets.1", 30).changedMs, changedMs("30"));
+    EXPECT_EQ(noted("", 40).changedMs, changedMs("40"));
+}
+
+TEST_F(RefusedValueTest, IsNotKnownWhenTheStoreHasAnotherOneOrNone) {
+    EXPECT_FALSE(noted("Outlets.1", 31).changedMs);
+    EXPECT_FALSE(noted("Outlets.2", 30).changedMs);
+}
+
+TEST_F(RefusedValueTest, IsNoneWhenTheDeviceTookIt) {
+    EXPECT_FALSE(noted("Outlets.1", 30, true).changedMs);
+}
+
 TEST_F(JournalReadersTest, TellingNobodyWhoWritesHarmsNothing) {
     const auto empty = tessapi::TessAccessor::open("test", "memory:no-daemon");
     EXPECT_NO_THROW(cli::announceWriter(*empty, cli::Point{}, qz::CValue{1}, 0));
