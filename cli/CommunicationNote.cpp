@@ -1,5 +1,7 @@
 #include "cli/CommunicationNote.h"
 
+#include "platform/common/WholeNumber.h"
+
 #include <nlohmann/json.hpp>
 
 namespace velk::cli {
@@ -13,7 +15,7 @@ std::vector<CommunicationNote> CommunicationNote::parseAll(std::string_view text
     for (const nlohmann::json& element : array) {
         try {
             CommunicationNote note;
-            note.timeMs = element.at("timeMs").get<std::int64_t>();
+            note.timeMs = common::wholeNumber<std::int64_t>(element.at("timeMs"));
             note.device = element.at("device").get<std::string>();
             note.state = element.at("state").get<std::string>();
             notes.push_back(std::move(note));

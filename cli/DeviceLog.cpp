@@ -1,6 +1,7 @@
 #include "cli/DeviceLog.h"
 
 #include "cli/TimeText.h"
+#include "platform/common/WholeNumber.h"
 
 #include <nlohmann/json.hpp>
 
@@ -11,15 +12,16 @@ namespace {
 /// Throws what the parser throws when something is missing or of another kind.
 DeviceLog::Entry entryOf(const nlohmann::json& json) {
     DeviceLog::Entry entry;
-    json.at("sequence").get_to(entry.sequence);
-    json.at("id").get_to(entry.id);
-    entry.timeMs = std::int64_t{json.at("time").get<std::uint32_t>()} * 1000;
-    json.at("severity").get_to(entry.severity);
-    json.at("code").get_to(entry.code);
-    json.at("status").get_to(entry.status);
-    json.at("mode").get_to(entry.mode);
-    json.at("reason").get_to(entry.reason);
-    json.at("data").get_to(entry.data);
+    using common::takeWhole;
+    takeWhole(json.at("sequence"), entry.sequence);
+    takeWhole(json.at("id"), entry.id);
+    entry.timeMs = std::int64_t{common::wholeNumber<std::uint32_t>(json.at("time"))} * 1000;
+    takeWhole(json.at("severity"), entry.severity);
+    takeWhole(json.at("code"), entry.code);
+    takeWhole(json.at("status"), entry.status);
+    takeWhole(json.at("mode"), entry.mode);
+    takeWhole(json.at("reason"), entry.reason);
+    takeWhole(json.at("data"), entry.data);
     return entry;
 }
 
@@ -40,7 +42,7 @@ std::optional<DeviceLog> DeviceLog::parse(std::string_view text, std::string& wh
         log.device = json.at("device").get<std::string>();
         if (const nlohmann::json& error = json.at("error"); !error.is_null()) {
             log.error = error.get<std::string>();
-            log.errorSinceMs = std::int64_t{json.at("errorTime").get<std::uint32_t>()} * 1000;
+            log.errorSinceMs = std::int64_t{common::wholeNumber<std::uint32_t>(json.at("errorTime"))} * 1000;
         }
         for (const nlohmann::json& entry : json.at("entries")) {
             addEntry(log, entry);

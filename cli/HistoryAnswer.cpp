@@ -1,5 +1,7 @@
 #include "cli/HistoryAnswer.h"
 
+#include "platform/common/WholeNumber.h"
+
 #include <nlohmann/json.hpp>
 
 namespace velk::cli {
@@ -24,16 +26,16 @@ qz::CValue valueOf(const AnswerJson& json, qz::datatype type) {
     case qz::datatype::boolean:
         return qz::CValue{json.get<bool>()};
     case qz::datatype::int32:
-        return qz::CValue{json.get<std::int32_t>()};
+        return qz::CValue{common::wholeNumber<std::int32_t>(json)};
     case qz::datatype::int64:
-        return qz::CValue{json.get<std::int64_t>()};
+        return qz::CValue{common::wholeNumber<std::int64_t>(json)};
     case qz::datatype::uint32:
-        return qz::CValue{json.get<std::uint32_t>()};
+        return qz::CValue{common::wholeNumber<std::uint32_t>(json)};
     case qz::datatype::uint64:
-        return qz::CValue{json.get<std::uint64_t>()};
+        return qz::CValue{common::wholeNumber<std::uint64_t>(json)};
     case qz::datatype::timestamp: {
         qz::CTimestamp time;
-        time.seconds = json.get<std::int64_t>();
+        time.seconds = common::wholeNumber<std::int64_t>(json);
         return qz::CValue{time};
     }
     default:
@@ -44,9 +46,9 @@ qz::CValue valueOf(const AnswerJson& json, qz::datatype type) {
 /// Throws what the parser throws when something is missing or of another kind.
 void addRest(HistoryAnswer& answer, const AnswerJson& json, qz::datatype type) {
     json.at("kind").get_to(answer.kind);
-    json.at("fromMs").get_to(answer.fromMs);
-    json.at("toMs").get_to(answer.toMs);
-    json.at("oldestMs").get_to(answer.oldestMs);
+    common::takeWhole(json.at("fromMs"), answer.fromMs);
+    common::takeWhole(json.at("toMs"), answer.toMs);
+    common::takeWhole(json.at("oldestMs"), answer.oldestMs);
     if (answer.kind == "number") {
         for (const AnswerJson& column : json.at("columns")) {
             answer.columns.push_back(columnOf(column));
@@ -55,9 +57,10 @@ void addRest(HistoryAnswer& answer, const AnswerJson& json, qz::datatype type) {
         return;
     }
     for (const AnswerJson& change : json.at("changes")) {
-        answer.changes.push_back({change.at(0).get<std::int64_t>(), valueOf(change.at(1), type)});
+        answer.changes.push_back(
+            {common::wholeNumber<std::int64_t>(change.at(0)), valueOf(change.at(1), type)});
     }
-    json.at("leftOut").get_to(answer.leftOut);
+    common::takeWhole(json.at("leftOut"), answer.leftOut);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "daemon/CommunicationJournal.h"
 
 #include "daemon/WriteJournal.h"
+#include "platform/common/WholeNumber.h"
 #include "platform/qz/CValue.h"
 #include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/StoreAdvice.h"
@@ -61,7 +62,7 @@ void CommunicationJournal::takeOver(const std::string& stored) {
     }
     for (const NoteJson& element : array) {
         try {
-            notes.push_back({element.at("timeMs").get<std::int64_t>(),
+            notes.push_back({common::wholeNumber<std::int64_t>(element.at("timeMs")),
                              element.at("device").get<std::string>(),
                              element.at("state").get<std::string>()});
             present[notes.back().device] = notes.back().state;

@@ -1,6 +1,7 @@
 #include "daemon/LogJournal.h"
 
 #include "daemon/WriteJournal.h"
+#include "platform/common/WholeNumber.h"
 #include "platform/qz/CValue.h"
 #include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/StoreAdvice.h"
@@ -37,14 +38,15 @@ Json jsonOf(std::uint64_t sequence, const Entry& entry) {
 /// Throws what the parser throws when something is missing or of another kind.
 Entry entryOf(const Json& json) {
     Entry entry;
-    json.at("id").get_to(entry.id);
-    entry.date = conv::UnixTime{json.at("time").get<std::uint32_t>()};
-    json.at("severity").get_to(entry.severity);
-    json.at("code").get_to(entry.code);
-    json.at("status").get_to(entry.status);
-    json.at("mode").get_to(entry.mode);
-    json.at("reason").get_to(entry.reason);
-    json.at("data").get_to(entry.data);
+    using common::takeWhole;
+    takeWhole(json.at("id"), entry.id);
+    entry.date = conv::UnixTime{common::wholeNumber<std::uint32_t>(json.at("time"))};
+    takeWhole(json.at("severity"), entry.severity);
+    takeWhole(json.at("code"), entry.code);
+    takeWhole(json.at("status"), entry.status);
+    takeWhole(json.at("mode"), entry.mode);
+    takeWhole(json.at("reason"), entry.reason);
+    takeWhole(json.at("data"), entry.data);
     return entry;
 }
 
@@ -155,11 +157,11 @@ void LogJournal::takeOver(const std::string& stored) {
     try {
         const Json json = Json::parse(stored);
         for (const Json& note : json.at("entries")) {
-            sequence = note.at("sequence").get<std::uint64_t>();
+            sequence = common::wholeNumber<std::uint64_t>(note.at("sequence"));
             notes.push_back({sequence, entryOf(note)});
         }
         if (const Json& note = json.at("first"); !note.is_null()) {
-            first = Note{note.at("sequence").get<std::uint64_t>(), entryOf(note)};
+            first = Note{common::wholeNumber<std::uint64_t>(note.at("sequence")), entryOf(note)};
         }
         device = json.at("device").get<std::string>();
         // What failed an earlier daemon need not fail this one.
