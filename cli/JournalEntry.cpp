@@ -1,5 +1,7 @@
 #include "cli/JournalEntry.h"
 
+#include "platform/common/WholeNumber.h"
+
 #include <nlohmann/json.hpp>
 
 namespace velk::cli {
@@ -11,7 +13,7 @@ using Json = nlohmann::json;
 std::optional<JournalEntry> entryOf(const Json& json) {
     try {
         JournalEntry entry;
-        entry.sequence = json.at("sequence").get<std::uint64_t>();
+        entry.sequence = common::wholeNumber<std::uint64_t>(json.at("sequence"));
         entry.device = json.at("device").get<std::string>();
         entry.channel = json.at("channel").get<std::string>();
         entry.asked = json.at("asked").get<std::string>();
@@ -24,8 +26,9 @@ std::optional<JournalEntry> entryOf(const Json& json) {
             entry.changedMs = at->get<std::int64_t>();
         }
         if (const auto by = json.find("by"); by != json.end() && by->is_object()) {
-            entry.by = JournalEntry::Writer{by->value("program", ""), by->value("user", ""),
-                                            by->value("pid", std::int64_t{0})};
+            entry.by = JournalEntry::Writer{
+                by->value("program", ""), by->value("user", ""),
+                by->contains("pid") ? common::wholeNumber<std::int64_t>(by->at("pid")) : 0};
         }
         return entry;
     } catch (const Json::exception&) {

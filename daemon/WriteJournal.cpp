@@ -1,6 +1,7 @@
 #include "daemon/WriteJournal.h"
 
 #include "platform/common/WallTime.h"
+#include "platform/common/WholeNumber.h"
 #include "platform/qz/CValue.h"
 #include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/StoreAdvice.h"
@@ -75,7 +76,7 @@ Json writerIn(const std::string& announcement, const Json& note) {
         }
         return Json{{"program", said.at("program").get<std::string>()},
                     {"user", said.at("user").get<std::string>()},
-                    {"pid", said.at("pid").get<std::int64_t>()}};
+                    {"pid", common::wholeNumber<std::int64_t>(said.at("pid"))}};
     } catch (const Json::exception&) {
         return nullptr;
     }

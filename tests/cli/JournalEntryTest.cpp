@@ -27,6 +27,15 @@ TEST(JournalEntryTest, WhatIsNoNoteIsNone) {
     }
 }
 
+TEST(JournalEntryTest, NumberThatNoWholeNumberHoldsIsNoEntry) {
+    for (const std::string number : {"744444444444444444444444444444444", "1e30", "-1", "1.5"}) {
+        std::string text{NOTE};
+        const auto place = text.find("\"sequence\":") + std::string{"\"sequence\":"}.size();
+        text.replace(place, text.find(',', place) - place, number);
+        EXPECT_FALSE(JournalEntry::parse(text)) << text;
+    }
+}
+
 TEST(JournalEntryTest, ReadsAnArrayAndLeavesOutWhatIsNoNote) {
     const std::string array = std::string{"["} + NOTE + ", 5, " + NOTE + "]";
     EXPECT_EQ(JournalEntry::parseAll(array).size(), 2U);
