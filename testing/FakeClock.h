@@ -100,6 +100,12 @@ public:
 
     void setNow(Duration time) { advance(time - now()); }
 
+    /// How many threads sleep or wait at present.
+    std::size_t blocked() const {
+        const MutexLock lock{mutex};
+        return blockedSleepers + waiters.size();
+    }
+
     /// Blocks until at least `count` threads sleep or wait here.
     void awaitBlocked(std::size_t count) const {
         MutexLock lock{mutex};

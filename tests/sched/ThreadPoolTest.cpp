@@ -150,17 +150,23 @@ TEST(ThreadPoolTest, RoomMeansAnEmptyQueueAndAnIdleWorker) {
 }
 
 TEST(ThreadPoolTest, ThereIsRoomWhenAWorkerTakesTheLastJobWhileAnotherOneIsIdle) {
-    FakeClock clock{FakeClock::Passing::ByHand};
     const std::atomic<bool> running{true};
-    ThreadPool pool{2};
-    std::promise<void> release;
-    pool.async([&] { release.get_future().wait(); });
-    pool.waitForRoom(running, clock); // the other worker sleeps now
-    pool.enqueue([] {});              // and nobody tells it
-    std::thread waiting{[&] { pool.waitForRoom(running, clock); }};
-    clock.awaitBlocked(1);
-    release.set_value();
-    waiting.join();
+    bool hasWaited = false;
+    while (!hasWaited) {
+        FakeClock clock{FakeClock::Passing::ByHand};
+        ThreadPool pool{2};
+        std::promise<void> release;
+        pool.async([&] { release.get_future().wait(); });
+        pool.waitForRoom(running, clock); // the other worker sleeps now
+        pool.enqueue([] {}); // and nobody tells it, unless it was told of the first job and is late
+        auto waiting = std::async(std::launch::async, [&] { pool.waitForRoom(running, clock); });
+        while (clock.blocked() == 0 && waiting.wait_for(0s) != std::future_status::ready) {
+            std::this_thread::yield();
+        }
+        hasWaited = clock.blocked() != 0;
+        release.set_value();
+        waiting.get();
+    }
 }
 
 TEST(ThreadPoolTest, EnqueuedJobsRunInOrderOnceTheWorkersAreWoken) {
