@@ -3,6 +3,7 @@
 #include "daemon/CommunicationJournal.h"
 #include "daemon/LogJournal.h"
 #include "daemon/WriteJournal.h"
+#include "platform/tessapi/InBandAccessor.h"
 #include "platform/tessapi/LossClaim.h"
 #include "platform/tessapi/TessAccessor.h"
 #include "testing/TemporaryDirectory.h"
