@@ -143,7 +143,9 @@ void HistoryDesk::meetLinks(const tessapi::StoreSnapshot& snapshot) {
             const auto device =
                 std::find_if(snapshot.devices.begin(), snapshot.devices.end(),
                              [&](const qz::CDevice& each) { return each.id == channel.deviceId; });
-            links.meet(*device, channel);
+            if (device != snapshot.devices.end()) {
+                links.meet(*device, channel);
+            }
         }
     }
 }
