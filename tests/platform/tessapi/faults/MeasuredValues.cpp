@@ -39,7 +39,11 @@ void MeasuredValues::note(const StoreImage& image, std::int64_t copiedMs) {
 }
 
 std::string MeasuredValues::problemOf(const StoreImage& found, std::int64_t call) const {
-    const auto sure = call < 0 ? std::nullopt : onDisk.at(static_cast<std::size_t>(call));
+    const Stamps* sure = nullptr;
+    if (call >= 0) {
+        const auto& copied = onDisk.at(static_cast<std::size_t>(call));
+        sure = copied ? &written.at(*copied) : nullptr;
+    }
     std::string problems;
     for (const auto& channel : found.content.channels) {
         if (!isMeasured(channel)) {
@@ -49,10 +53,9 @@ std::string MeasuredValues::problemOf(const StoreImage& found, std::int64_t call
         if (channel.value.isValid() && ever.count(text) == 0) {
             problems += "a value that never was: " + text + "\n";
         }
-        if (sure) {
-            const auto& stamps = written.at(*sure);
-            const auto stamp = stamps.find(channel.id);
-            if (stamp != stamps.end() && channel.writtenMs < stamp->second) {
+        if (sure != nullptr) {
+            const auto stamp = sure->find(channel.id);
+            if (stamp != sure->end() && channel.writtenMs < stamp->second) {
                 problems += "a value that is older than its last copy: " + text + "\n";
             }
         }
