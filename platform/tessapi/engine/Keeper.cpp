@@ -11,6 +11,13 @@ namespace tessapi {
 
 using velk::common::MutexLock;
 
+namespace {
+
+/// By then whoever watches the store knows whether it is lost.
+constexpr std::chrono::seconds LONGEST_DOUBT{5};
+
+} // namespace
+
 Keeper::Keeper(std::unique_ptr<IKeeping> way, const Engine::Options& options) :
     keeping{std::move(way)},
     framesWorthCopying{options.framesToCopy},
@@ -87,15 +94,26 @@ bool Keeper::keep(const IKeeping::Round& round) {
     try {
         due = clock.now() + keeping->keep(round);
         failing = false;
+        lostSince.reset();
         return true;
     } catch (const std::exception& failure) {
-        // A copy that is merely out of reach fails likewise: only who knows better may keep it from people.
-        if (!isStoreLost(failure) || !LossBoard::ofProcess().isAnnounced()) {
+        if (!isToldByOthers(failure, round.last)) {
             tell(failure.what(), round.last);
+            failing = true;
         }
-        failing = true;
         return false;
     }
+}
+
+bool Keeper::isToldByOthers(const std::exception& failure, bool last) {
+    auto& board = LossBoard::ofProcess();
+    if (!isStoreLost(failure) || board.isAnnounced()) {
+        return isStoreLost(failure);
+    }
+    // A copy that is merely out of reach fails likewise, and of that nobody else tells.
+    const auto now = clock.now();
+    lostSince = lostSince.value_or(now);
+    return board.isClaimed() && !last && now - *lostSince < LONGEST_DOUBT;
 }
 
 void Keeper::tell(const std::string& failure, bool last) {

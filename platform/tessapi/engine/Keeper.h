@@ -7,7 +7,9 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -39,6 +41,8 @@ private:
     /// False when it failed, which is told once until it has worked again, and at the end.
     bool keep(const IKeeping::Round& round);
     void tell(const std::string& failure, bool last);
+    /// Whether somebody else has told, or is still to tell, that the store is lost.
+    bool isToldByOthers(const std::exception& failure, bool last);
 
     const std::unique_ptr<IKeeping> keeping; // of the thread alone, once it runs
     const int framesWorthCopying;
@@ -52,8 +56,9 @@ private:
     /// Rises after a copy that could not start the log anew because of a reader, so that not every following
     /// commit asks for another one.
     int framesToCopy VELK_GUARDED_BY(mutex);
-    Duration due{};      ///< when to keep without a commit; of the keeper's thread alone
-    bool failing{false}; ///< likewise
+    Duration due{};                    ///< when to keep without a commit; of the keeper's thread alone
+    bool failing{false};               ///< likewise, and that it was told
+    std::optional<Duration> lostSince; ///< likewise
     std::thread thread;
 };
 

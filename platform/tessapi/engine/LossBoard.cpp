@@ -49,6 +49,11 @@ void LossBoard::claim() {
     ++claims;
 }
 
+bool LossBoard::isClaimed() {
+    MutexLock lock{mutex};
+    return claims != 0;
+}
+
 void LossBoard::announce() {
     MutexLock lock{mutex};
     announced = claims != 0;

@@ -26,6 +26,7 @@ public:
     void lose(const std::string& store, StoreFault fault, std::size_t kept) VELK_EXCLUDES(mutex);
 
     void claim() VELK_EXCLUDES(mutex);
+    bool isClaimed() VELK_EXCLUDES(mutex);
     /// Whoever has claimed it tells it now; until the last one releases it.
     void announce() VELK_EXCLUDES(mutex);
     bool isAnnounced() VELK_EXCLUDES(mutex);
