@@ -19,6 +19,10 @@ library=$(find "$prefix" -name 'libvelk-mz-powerdistribution.so.2')
 readelf -d "$library" | grep -q 'SONAME.*\[libvelk-mz-powerdistribution\.so\.2\]' ||
     { echo "the soname is not libvelk-mz-powerdistribution.so.2"; exit 1; }
 
+# The runtime of a sanitizer comes first in every program, also in one that was built without it.
+runtime=$(ldd "$library" | sed -n 's/^.*=> \(.*lib[at]san[^ ]*\) .*$/\1/p')
+host() { env ${runtime:+LD_PRELOAD="$runtime"} "$@"; }
+
 step "manual pages and completions are there"
 for file in man/man1/tess.1 man/man8/powerdistributiond.8 bash-completion/completions/tess zsh/site-functions/_tess \
             fish/vendor_completions.d/tess.fish bash-completion/completions/powerdistributiond \
@@ -46,10 +50,10 @@ cp -r "$source/tests/install/outside" "$work/outside"
 cmake -S "$work/outside" -B "$work/outside-build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_BUILD_TYPE=Debug >"$work/configure.log" 2>&1 || { cat "$work/configure.log"; exit 1; }
 cmake --build "$work/outside-build" >"$work/build.log" 2>&1 || { tail -40 "$work/build.log"; exit 1; }
-"$work/outside-build/host" "$work/outside-build" || { echo "the host did not load the plug-in"; exit 1; }
+host "$work/outside-build/host" "$work/outside-build" || { echo "the host did not load the plug-in"; exit 1; }
 
 step "the same host through pkg-config"
 # shellcheck disable=SC2086
 "$compiler" -std=c++20 $flags "$work/outside/host.cpp" -o "$work/host" $libs -Wl,-rpath,"$(dirname "$library")"
-"$work/host" "$work/outside-build"
+host "$work/host" "$work/outside-build"
 echo "-- an outside user is served"

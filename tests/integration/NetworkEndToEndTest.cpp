@@ -80,7 +80,8 @@ TEST_F(NetworkEndToEndTest, DoctorTellsWhatTheDaemonKeepsWhileTheServerIsAway) {
     std::string found;
     RedisServer::await("what the daemon keeps", [&] {
         found = queue();
-        return found.find(" values of ") != std::string::npos;
+        return found.find(" values of ") != std::string::npos &&
+               found.find(" channels for ") != std::string::npos;
     });
     EXPECT_EQ(found.rfind("problem ", 0), 0U) << found;
     EXPECT_NE(found.find("powerdistributiond (process " + std::to_string(daemon->pid()) + ") keeps "),
