@@ -88,15 +88,27 @@ std::shared_ptr<Engine> open(const std::string& url) {
     return Engine::open(tessapi::StoreUrl{url}, true, eager());
 }
 
+// Of one life: the test does each call again and looks at each store, and must not fall behind.
+constexpr std::uint32_t MOST_CALLS = 2'000;
+constexpr std::uint32_t MOST_STORES = 50;
+
+[[noreturn]] void awaitKill() {
+    for (;;) {
+        std::this_thread::sleep_for(std::chrono::hours{1});
+    }
+}
+
 void write(const Words& words) {
     const auto store = open(words.at(1));
     RandomWork work{*store, number(words.at(4)), number(words.at(3))};
     const Acknowledged acknowledged{words.at(6)};
-    for (auto call = number(words.at(5));; ++call) {
+    const auto first = number(words.at(5));
+    for (auto call = first; call < first + MOST_CALLS; ++call) {
         work.perform(call);
         acknowledged.set(call);
-        rest(std::chrono::microseconds{300}); // the test does each call again, and must not fall behind
+        rest(std::chrono::microseconds{300});
     }
+    awaitKill();
 }
 
 void read(const Words& words) {
@@ -145,12 +157,14 @@ void fill(const Words& words) {
     }
     const auto image = model->image();
     const Acknowledged acknowledged{words.at(5)};
-    for (auto store = number(words.at(4));; ++store) {
+    const auto first = number(words.at(4));
+    for (auto store = first; store < first + MOST_STORES; ++store) {
         open("sqlite:" + (folder / std::to_string(store)).string())->fill(image);
         acknowledged.set(store);
         // Each of them is looked at after the kill.
         std::this_thread::sleep_for(std::chrono::milliseconds{10});
     }
+    awaitKill();
 }
 
 using Clock = std::chrono::steady_clock;
