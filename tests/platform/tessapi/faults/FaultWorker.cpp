@@ -89,8 +89,7 @@ std::shared_ptr<Engine> open(const std::string& url) {
 }
 
 // Of one life: the test does each call again and looks at each store, and must not fall behind.
-constexpr std::uint32_t MOST_CALLS = 2'000;
-constexpr std::uint32_t MOST_STORES = 50;
+constexpr std::uint32_t MOST_CALLS = 2'000, MOST_STORES = 50;
 
 [[noreturn]] void awaitKill() {
     for (;;) {
