@@ -91,7 +91,7 @@ private:
                                               const Deadline& deadline) VELK_REQUIRES(mutex);
     /// What the answer to a greeting means.
     std::pair<std::string, std::string> enter(ReplyView answer);
-    /// Of a server that takes no writes for now, and thus no greeting. Throws `refusal` unless the history
+    /// Of a server that takes no writes at present, and thus no greeting. Throws `refusal` unless the history
     /// that is known goes on there.
     std::pair<std::string, std::string> enterToRead(const ServerRefusal& refusal, const Deadline& deadline)
         VELK_REQUIRES(mutex);
